@@ -1,0 +1,24 @@
+# tallbook_add_layer(name): the object library tallbook_<name> of the folder <name>, whose
+# CMakeLists.txt lists its sources. A layer may use the layers added before it.
+set(TALLBOOK_LAYERS "")
+
+macro(tallbook_add_layer name)
+  add_library(tallbook_${name} OBJECT)
+  target_include_directories(
+    tallbook_${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+  target_link_libraries(tallbook_${name} PRIVATE tallbook_warnings)
+  list(APPEND TALLBOOK_LAYERS ${name})
+  add_subdirectory(${name})
+endmacro()
+
+# tallbook_layers_up_to(name result): the object libraries of the layer and of all below it.
+function(tallbook_layers_up_to name result)
+  set(targets "")
+  foreach(layer IN LISTS TALLBOOK_LAYERS)
+    list(APPEND targets tallbook_${layer})
+    if(layer STREQUAL name)
+      break()
+    endif()
+  endforeach()
+  set(${result} ${targets} PARENT_SCOPE)
+endfunction()

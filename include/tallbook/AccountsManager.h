@@ -1,0 +1,206 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "tallbook/BasicAccount.h"
+#include "tallbook/Export.h"
+#include "tallbook/String.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+class LockHold;
+enum class FixerVerdict : std::int32_t;
+class TBRuntimeFixProtocol;
+
+/// The store of account records: reads the accounts file when it is made, answers look-ups, takes
+/// changes, and on `saveAllAccounts` merges them with what others wrote meanwhile.
+///
+/// A store is made for one task and used by one thread at a time; stores are independent of each
+/// other. Records that it hands out are shared with it: a change made through one is saved with
+/// the store.
+class TALLBOOK_EXPORT AccountsManager {
+ public:
+  using AccountList = std::vector<std::shared_ptr<BasicAccount>>;
+  using AccountTypes = std::vector<String>;
+
+  // Creation. Never null.
+
+  /// A store of the accounts file's records; empty for a file that is missing or no accounts file.
+  static std::shared_ptr<AccountsManager> init();
+  static std::shared_ptr<AccountsManager> initInsideOfMigration();
+  /// A store of the given record dictionaries; null counts as none.
+  static std::shared_ptr<AccountsManager> initWithAccounsInfoArray(const ArrayRef& infos);
+  static std::shared_ptr<AccountsManager> _initWithAccountsInfo(const ArrayRef& infos);
+
+  ~AccountsManager();
+  AccountsManager(const AccountsManager&) = delete;
+  AccountsManager& operator=(const AccountsManager&) = delete;
+
+  // The accounts file
+
+  /// The format version that this library writes: 12.
+  static std::uint64_t currentVersion() noexcept;
+  static std::string fullPathToTallbookPlist();
+  /// The file's version as it was read, 0 where there was none; the upgrade of an older file
+  /// raises it. Saving never writes it.
+  std::uint64_t dataVersion() const noexcept { return _dataVersion; }
+  void setDataVersion(std::uint64_t version) noexcept { _dataVersion = version; }
+
+  // Look-up
+
+  /// The top-level record with that identifier; for a child's identifier, the child's top-level
+  /// parent; null for an identifier that nobody has.
+  std::shared_ptr<BasicAccount> accountWithIdentifier(std::string_view identifier) const;
+  /// The top-level record of the record whose sync store identifier this is; null when nobody's.
+  std::shared_ptr<BasicAccount> displayAccountWithSyncIdentifier(
+      std::string_view syncIdentifier) const;
+  /// The first record, top-level ones before children, whose sync store identifier this is.
+  std::shared_ptr<BasicAccount> syncableAccountWithSyncIdentifier(
+      std::string_view syncIdentifier) const;
+  /// The live list of top-level records. Replacing operations install another list; do not change
+  /// the store while iterating over this one.
+  std::shared_ptr<const AccountList> allBasicAccounts() const { return _orderedTopLevelAccounts; }
+  /// All top-level records in store order, then all child records in the order of their parents.
+  AccountList allBasicSyncableAccounts() const;
+  AccountList basicAccountsWithTypes(const AccountTypes& types) const;
+  std::uint64_t countOfBasicAccountsWithTypes(const AccountTypes& types) const;
+  /// Number of top-level records.
+  std::uint64_t count() const noexcept { return _orderedTopLevelAccounts->size(); }
+
+  // Full accounts. They throw InternalConsistencyFailure as `fullAccountUsingLoader` does.
+
+  /// The full account of the top-level or child record with that identifier; null for an unknown
+  /// or empty one.
+  std::shared_ptr<BasicAccount> fullAccountWithIdentifierLoader(std::string_view identifier,
+                                                                AccountLoader* loader) const;
+  /// Full accounts of the matching records, each top-level record followed by its children.
+  AccountList accountsWithTypesWithLoader(const AccountTypes& types, AccountLoader* loader) const;
+  AccountList accountsWithTypes(const AccountTypes& types) const;
+  AccountList allMailAccounts() const;
+  /// The on-device account; its record is made, not saved, when the store has none.
+  std::shared_ptr<BasicAccount> fullDeviceLocalAccount();
+
+  // Changes. In memory only, until the store is saved.
+
+  /// Puts the record in place of the stored one with its identifier; nothing when there is none.
+  void updateAccount(const std::shared_ptr<BasicAccount>& account);
+  /// Appends the record unless its identifier is taken.
+  void insertAccount(const std::shared_ptr<BasicAccount>& account);
+  /// Removes the top-level record with the record's identifier, and its children.
+  void deleteAccount(const std::shared_ptr<BasicAccount>& account);
+  void deleteAccountWithIdentifier(std::string_view identifier);
+  /// Puts the new record at the stored one's place; nothing when that object is not stored.
+  void replaceAccountWithAccount(const std::shared_ptr<BasicAccount>& account,
+                                 const std::shared_ptr<BasicAccount>& withAccount);
+  /// Installs the given records, children included, as all records of the types.
+  void replaceAccountsWithTypesWithAccounts(const AccountTypes& types, const AccountList& accounts);
+  /// Removes the child's dictionary from the parent's "ChildAccounts".
+  void removeChildWithIdentifierFromAccount(std::string_view identifier,
+                                            const std::shared_ptr<BasicAccount>& account);
+  /// Appends the child's own dictionary, shared, to the parent's "ChildAccounts".
+  void addChildToAccount(const std::shared_ptr<BasicAccount>& child,
+                         const std::shared_ptr<BasicAccount>& account);
+
+  // Saving
+
+  /// Merges every record with the accounts file as it is now, replaces the file, and tells the
+  /// notifier classes. True when the file was replaced; false leaves it as it was, and a later
+  /// save loses nothing. Throws InternalConsistencyFailure, after the file was replaced, when a
+  /// notifier class cannot be found or loaded.
+  bool saveAllAccounts();
+  /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,
+  /// keys removed here are gone. `inMemory` itself when either of the others is null or empty.
+  static DictionaryRef mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties(
+      const DictionaryRef& inMemory, const DictionaryRef& original, const DictionaryRef& onDisk);
+
+  // Notifications
+
+  /// Tell the notifier classes of the record's type and the dataclass that it is about to be, or
+  /// was, switched. Throw as `_notifierClassNamesForAccountTypeDataclass`, and for a missing class.
+  static void accountWillChangeForDataclass(const std::shared_ptr<BasicAccount>& account,
+                                            const String& dataclass);
+  static void accountDidChangeForDataclass(const std::shared_ptr<BasicAccount>& account,
+                                           const String& dataclass);
+  /// Localised title of the group of subscribed calendars; null for every other type.
+  static String displayNameForGroupOfAccountTypeForBeginningOfSentence(std::string_view accountType,
+                                                                       bool forBeginning);
+
+  // MigrationSupport
+
+  /// Waits until no other process migrates and holds the migration lock; null when it cannot be
+  /// made.
+  static std::unique_ptr<LockHold> createAndLockMigrationLock();
+  static void releaseMigrationLock(std::unique_ptr<LockHold> lock);
+  /// Blocks while a migration runs.
+  static void waitForMigrationToFinish();
+  /// Whether the accounts file's version is older than `currentVersion`.
+  static bool tallbookNeedsToBeMigrated();
+  /// Sets which migration work is needed. Throws InternalConsistencyFailure for a null pointer.
+  static void shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(bool* oldMailAccounts,
+                                                                        bool* oldSyncoraAccounts,
+                                                                        bool* newTallbook);
+  /// Deletes the accounts file.
+  static void removeNewTallbookToMigrateOldAccountInformation();
+  static bool _oldMailAccountsInformationFound();
+  static bool _oldSyncoraAccountsInformationFound();
+
+  // Internal
+
+  /// Class names of the notifiers of a type and dataclass, their modules loaded. Throws
+  /// InternalConsistencyFailure for malformed creators information and a module that cannot be
+  /// loaded.
+  static std::vector<String> _notifierClassNamesForAccountTypeDataclass(const String& accountType,
+                                                                        std::string_view dataclass);
+  /// Process-wide: whether saves notify nobody.
+  static void _setShouldSkipNotifications(bool skip) noexcept;
+  /// Change records for each notifier class, in the order in which the classes were first met.
+  using NotificationBatch = std::vector<std::pair<String, ArrayRef>>;
+  static void _addNotificationToDictionaryForChangeTypeOriginalPropertiesCurrentProperties(
+      NotificationBatch& batch, std::int32_t changeType, const DictionaryRef& original,
+      const DictionaryRef& current);
+  void _sendNotificationsForChangedAccounts();
+
+ private:
+  using AccountTable =
+      std::unordered_map<String, std::shared_ptr<BasicAccount>, StringHash, StringEqual>;
+
+  AccountsManager();
+  void _loadChildrenFromAccount(const std::shared_ptr<BasicAccount>& account);
+  void _removeChildrenForAccountWithIdentifier(std::string_view identifier);
+  void _setOriginalAccountDictionaries();
+  static std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _createRuntimeFixers();
+  void loadAccounts(const Array& infos);
+  void appendAccount(std::shared_ptr<BasicAccount> account);
+  AccountList childrenOf(std::string_view parentID) const;
+  void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
+  FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
+  bool fixAccountsBeforeSaving();
+  std::vector<Value> mergedRecords() const;
+
+  AccountTable _topLevelAccountsByID;
+  std::shared_ptr<AccountList> _orderedTopLevelAccounts;
+  AccountTable _childAccountsByID;
+  std::unordered_map<String, String, StringHash, StringEqual> _childAccountIDToParentAccountID;
+  /// The reverse of the table above, in the order of "ChildAccounts": dropping one parent's
+  /// children must not walk everybody's.
+  std::unordered_map<String, std::vector<String>, StringHash, StringEqual>
+      _childAccountIDsByParentAccountID;
+  std::unordered_map<String, DictionaryRef, StringHash, StringEqual> _originalAccountsByID;
+  std::uint64_t _dataVersion = 0;
+  std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _runtimeFixers;
+};
+
+}  // namespace tallbook
+
+/// Paths of the accounts file and of the legacy files. The text belongs to the library and stays
+/// valid until the same thread calls the same function again.
+extern "C" TALLBOOK_EXPORT const char* tallbookAccountsPath();
+extern "C" TALLBOOK_EXPORT const char* mailAccountsPath();
+extern "C" TALLBOOK_EXPORT const char* syncoraAccountPath();

@@ -1,0 +1,205 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "tallbook/AccountProtocols.h"
+#include "tallbook/Export.h"
+#include "tallbook/String.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// The record of one account: its live properties, a snapshot of them as last read or written, the
+/// parent record of a child, and the full and sync accounts made from it on request.
+///
+/// Class operations may be called from any thread; a record is used by one thread at a time.
+/// Lists of dataclasses are arrays of strings in canonical order. The first use of the class reads
+/// the account type catalogue and throws InternalConsistencyFailure when it cannot.
+class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
+                                     public std::enable_shared_from_this<BasicAccount> {
+ protected:
+  /// Only the class and its subclasses make records.
+  struct Making {
+    DictionaryRef given;       ///< the dictionary as passed in
+    DictionaryRef properties;  ///< the record's own, identifiers filled in
+  };
+
+ public:
+  // Account type catalogue
+
+  /// Builds the catalogue; run before the class's first use.
+  static void initialize();
+  /// False on processors of the architecture "armv6".
+  static bool isMultitaskingEnabled();
+  /// Whether the type is a non-empty string with an entry in the catalogue.
+  static bool _isValidAccountType(std::string_view type);
+  /// The fourteen dataclasses in canonical order.
+  static ArrayRef allSupportedDataclasses();
+  /// The recognised dataclasses of the type, in the resource's order; null for an unknown type or
+  /// a type without a list.
+  static ArrayRef supportedDataclassesForAccountType(std::string_view type);
+  /// Choices to offer when a dataclass is turned on (off) on an account of the type, without
+  /// "Keep Local Data" when the dataclass lives in one store only; null where the type has none.
+  static ArrayRef userActionsToEnableDataclassForAccountType(std::string_view dataclass,
+                                                             std::string_view type);
+  static ArrayRef userActionsToDisableDataclassForAccountType(std::string_view dataclass,
+                                                              std::string_view type);
+  /// A copy of the list without its last "Keep Local Data"; null for null.
+  static ArrayRef removeActionsIncompatibleWithSingleStoreDataclass(const ArrayRef& actions);
+  /// Choices to offer when an account of the type is deleted; null where the type has none.
+  static ArrayRef deleteAccountActionsForAccountType(std::string_view type);
+  static bool showRemindersSeparatelyForAccountType(std::string_view type);
+  static bool multipleStoresSupportedByDataclass(std::string_view dataclass);
+  static bool displayToggleForDataclass(std::string_view dataclass);
+  static bool userConfirmationIsRequiredByDataclass(std::string_view dataclass);
+  /// The dataclass properties, read afresh; null when they cannot be read.
+  static DictionaryRef _dataclassesProperties();
+
+  // Creation
+
+  /// A new record with fresh identifiers. Throws InternalConsistencyFailure for an empty class
+  /// name or an unknown type.
+  static std::shared_ptr<BasicAccount> accountWithTypeClass(const String& type,
+                                                            const String& className);
+  static std::shared_ptr<BasicAccount> _initWithTypeClass(const String& type,
+                                                          const String& className);
+  /// A record with these properties, copied one level deep; one without "Identifier" receives a
+  /// fresh one. Null, with a log line, for an unknown "Type" or an empty "Class".
+  static std::shared_ptr<BasicAccount> accountWithProperties(const DictionaryRef& properties);
+  static std::shared_ptr<BasicAccount> initWithProperties(const DictionaryRef& properties);
+  /// Always throws InternalConsistencyFailure: plain construction is not allowed.
+  [[noreturn]] static std::shared_ptr<BasicAccount> init();
+  /// A new UUID, 36 characters in upper case; null when none can be made.
+  static String createNewAccountUID();
+
+  explicit BasicAccount(Making making);
+  ~BasicAccount() override;
+  BasicAccount(const BasicAccount&) = delete;
+  BasicAccount& operator=(const BasicAccount&) = delete;
+
+  // Properties
+
+  /// The record's own value, else that of the nearest ancestor that has the key, else null.
+  Value accountPropertyForKey(std::string_view key) const;
+  /// Stores a value among the record's own; a null value removes the key. "Class" and "Type" stay
+  /// as they are.
+  void setAccountPropertyForKey(Value value, const String& key);
+  /// Removes one of the record's own keys, "Class" and "Type" included.
+  void removeAccountPropertyForKey(std::string_view key);
+  /// `setAccountPropertyForKey` for every key.
+  void _forcedSetAccountPropertyForKey(Value value, const String& key);
+  /// The live dictionary itself.
+  const DictionaryRef& properties() const noexcept { return _properties; }
+  /// What the store writes for this record: the live dictionary itself.
+  virtual DictionaryRef propertiesToSave() const;
+  /// Frozen snapshot of the properties as last read or written.
+  const DictionaryRef& originalProperties() const noexcept { return _originalProperties; }
+  /// Keeps a deep, immutable copy.
+  void setOriginalProperties(const DictionaryRef& properties);
+
+  // The strings below fall back to the parent's like `accountPropertyForKey`; null when nobody has
+  // them.
+  String type() const;
+  virtual String identifier() const;
+  virtual String syncStoreIdentifier() const;
+  String accountClass() const;
+  virtual String displayName() const;
+  String typeString() const;
+  String shortTypeString() const;
+
+  /// Replaces "Class"; null removes it.
+  void setAccountClass(const String& className);
+  /// Stores "DisplayName" among the record's own; null removes it.
+  void setDisplayName(const String& name);
+  /// Null for a top-level record.
+  const std::shared_ptr<BasicAccount>& parentAccount() const noexcept { return _parentAccount; }
+  void setParentAccount(std::shared_ptr<BasicAccount> parent);
+  String parentAccountIdentifier() const;
+
+  // Dataclasses
+
+  /// What the record's type can carry; empty for a type without a list.
+  ArrayRef supportedDataclasses() const;
+  /// Provisioned (own or inherited; else all supported) and supported and not restricted.
+  ArrayRef provisionedDataclasses() const;
+  /// The parent's list where it is not empty; else enabled (own or inherited) and provisioned.
+  /// Null when no list is stored.
+  ArrayRef enabledDataclasses() const;
+  bool isEnabledForDataclass(std::string_view dataclass) const;
+  /// Turns a dataclass on or off in the record's own list; nothing for an unsupported one.
+  void setEnabledForDataclass(bool enabled, const String& dataclass);
+  /// The same for any dataclass.
+  void _forcedSetEnabledForDataclass(bool enabled, const String& dataclass);
+  /// Makes exactly the supported ones of the list enabled; with none, no list is stored.
+  void setEnabledForDataclasses(const ArrayRef& dataclasses);
+  /// The strings in canonical order, each dataclass once, then the rest as they came; empty for
+  /// null.
+  static ArrayRef _orderedDataclasses(const ArrayRef& dataclasses);
+  /// Dataclasses that device management withdraws, asked afresh.
+  static std::vector<String> _profileRestrictedDataclasses();
+  /// The device-management feature whose restriction withdraws the dataclass at present, in words;
+  /// nullopt when none does.
+  static std::optional<std::string_view> restrictionOnDataclass(std::string_view dataclass);
+
+  // Full and sync accounts
+
+  /// The full account, made on first success and kept. Throws InternalConsistencyFailure for
+  /// malformed creators information, a module that cannot be loaded, a missing class, and when the
+  /// creator makes none. `loader` may be null.
+  std::shared_ptr<BasicAccount> fullAccountUsingLoader(AccountLoader* loader);
+  void setFullAccount(std::shared_ptr<BasicAccount> fullAccount);
+  /// The creator's class name, its module loaded; null when the type has no such creator. Throws
+  /// as `fullAccountUsingLoader`.
+  String fullAccountCreatorClassNameForAccountTypeLoader(const String& accountType,
+                                                         AccountLoader* loader) const;
+  String syncAccountCreatorClassNameForAccountType(const String& accountType) const;
+  /// The sync account, made on first success and kept; null when none can be made.
+  std::shared_ptr<AccountRefreshProtocol> _cachedSyncAccount();
+  String _creatorClassNameForAccountTypeCreatorTypeLoader(const String& accountType,
+                                                          std::string_view creatorType,
+                                                          AccountLoader* loader) const;
+
+  /// The sync account's answers; false without one. Throw for malformed creators information.
+  virtual bool refreshContainerWithIdentifierForDataclassIsUserRequested(const String& identifier,
+                                                                         const String& dataclass,
+                                                                         bool isUserRequested);
+  virtual bool refreshContainerListForDataclassIsUserRequested(const String& dataclass,
+                                                               bool isUserRequested);
+  virtual bool refreshContainersForDataclassIsUserRequested(const String& dataclass,
+                                                            bool isUserRequested);
+  /// The same, not requested by the user.
+  bool refreshContainerWithIdentifierForDataclass(const String& identifier,
+                                                  const String& dataclass);
+  bool refreshContainerListForDataclass(const String& dataclass);
+  bool refreshContainersForDataclass(const String& dataclass);
+  /// Calls the handler at once with the result code 3.
+  void renewAccountCredentialsWithHandler(const RenewalHandler& handler) override;
+
+  /// The creators information, read afresh; null when it cannot be read.
+  static DictionaryRef _creatorsInfo();
+  /// The creators information, kept after the first successful read.
+  static DictionaryRef _accountCreationMap();
+
+ protected:
+  /// What `initWithProperties` of every record class does before it makes the record; nullopt when
+  /// the properties are rejected.
+  static std::optional<Making> prepare(const DictionaryRef& properties);
+  /// The properties of a new record, fresh identifiers included. Throws as `accountWithTypeClass`.
+  static DictionaryRef propertiesWithTypeClass(const String& type, const String& className);
+
+ private:
+  /// The nearest value of that kind, the record's own or an ancestor's; null when nobody has one.
+  String stringForKey(std::string_view key) const;
+  ArrayRef arrayForKey(std::string_view key) const;
+
+  DictionaryRef _originalProperties;
+  DictionaryRef _properties;
+  std::shared_ptr<BasicAccount> _fullAccount;
+  std::shared_ptr<AccountRefreshProtocol> _syncAccount;
+  std::shared_ptr<BasicAccount> _parentAccount;
+};
+
+}  // namespace tallbook

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "tallbook/Export.h"
+#include "tallbook/String.h"
+
+namespace tallbook {
+
+/// What a data-migration host asks of the principal class of a plug-in.
+class TALLBOOK_EXPORT DataMigrator {
+ public:
+  virtual ~DataMigrator() = default;
+
+  /// Names the kind of data that it migrates.
+  virtual String dataClassName() const = 0;
+  /// Runs the migration; true when it succeeded or had nothing to do.
+  virtual bool performMigration() = 0;
+};
+
+}  // namespace tallbook

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "tallbook/Export.h"
+
+namespace tallbook {
+
+/// What a process may settle before it first uses the library.
+struct HostOptions {
+  enum class Log {
+    System,         ///< the system's journal, standard error where there is none
+    StandardError,  ///< standard error
+    Nowhere         ///< dropped; messages are not even formatted
+  };
+
+  /// Root of the device tree; empty for the running system itself.
+  std::string root;
+  /// Where the library log goes.
+  Log log = Log::System;
+};
+
+/// Sets the process up. Records and stores made before must not be used any more.
+TALLBOOK_EXPORT void configureHost(const HostOptions& options);
+
+}  // namespace tallbook

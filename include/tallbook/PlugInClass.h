@@ -1,0 +1,74 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "tallbook/AccountProtocols.h"
+#include "tallbook/DataMigrator.h"
+#include "tallbook/Export.h"
+#include "tallbook/String.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+class BasicAccount;
+
+/// Version of this interface between the library and the modules that it loads; grows with every
+/// change that an older module would not survive.
+inline constexpr unsigned kPlugInInterfaceVersion = 1;
+
+/// A class that is found by name. Each member is a class operation; an empty one is not offered.
+struct PlugInClass {
+  std::string name;
+
+  /// A new record of this class with these properties, null when they are rejected. Offered by
+  /// classes of full accounts.
+  std::function<std::shared_ptr<BasicAccount>(const DictionaryRef& properties)> initWithProperties;
+
+  // A creator of full accounts offers one of these; `classForAccountType` comes first.
+
+  /// Name of the class of full accounts for an account type; null when there is none.
+  std::function<String(const String& accountType)> classForAccountType;
+  /// The full account of a record, null when none can be made.
+  std::function<std::shared_ptr<BasicAccount>(const std::shared_ptr<BasicAccount>& account)>
+      accountWithBasicAccount;
+
+  // A creator of sync accounts.
+
+  /// The sync account of a record, null when none can be made.
+  std::function<std::shared_ptr<AccountRefreshProtocol>(
+      const std::shared_ptr<BasicAccount>& account)>
+      accountToRefreshForBasicAccount;
+
+  // A notifier class.
+
+  /// Called just before and just after a dataclass of an account is switched.
+  std::function<void(const String& identifier, const String& dataclass)>
+      accountWillChangeForDataclass;
+  std::function<void(const String& identifier, const String& dataclass)>
+      accountDidChangeForDataclass;
+  /// Called after a save with an array of change records.
+  std::function<void(const ArrayRef& changes)> noteAccountChanges;
+
+  // The principal class of a data-migration plug-in.
+
+  std::function<std::unique_ptr<DataMigrator>()> makeDataMigrator;
+};
+
+/// Registers a class for as long as the process lives. A module has one static registration for
+/// each of its classes. Of two classes with one name the first stays.
+///
+/// `interfaceVersion` is always `kPlugInInterfaceVersion`, so that the module carries the version
+/// that it was built for: a module of another version is refused as one that cannot be loaded,
+/// before `make` is called for any of its classes.
+class TALLBOOK_EXPORT PlugInRegistration {
+ public:
+  PlugInRegistration(unsigned interfaceVersion, PlugInClass (*make)());
+};
+
+}  // namespace tallbook
+
+/// The registered class of that name; null when there is none. Valid for the life of the process.
+extern "C" TALLBOOK_EXPORT const tallbook::PlugInClass* tallbookClassNamed(const char* name);

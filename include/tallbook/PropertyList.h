@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tallbook/Export.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// The property list that `bytes` hold in the binary (format version 1.0) or XML encoding, as a
+/// frozen tree; nullopt when they hold none. `problem`, where given, then receives a one-line
+/// reason.
+///
+/// Refused as no property list: cycles, containers nested past `kMaximumNesting`, references or
+/// offsets outside the bytes, a tree that would unfold past 10 million values, strings that are no
+/// Unicode text, XML that declares entities.
+TALLBOOK_EXPORT std::optional<Value> propertyListFromBytes(std::string_view bytes,
+                                                           std::string* problem = nullptr);
+
+/// `root` in the binary encoding; nullopt, with `errorDescription` set where given, when the tree
+/// cannot be written: a string that is not UTF-8, or containers nested past `kMaximumNesting` (a
+/// cycle is). Equal content in equal order gives equal bytes.
+TALLBOOK_EXPORT std::optional<std::string> binaryPropertyList(
+    const Value& root, std::string* errorDescription = nullptr);
+
+}  // namespace tallbook

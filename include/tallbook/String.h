@@ -1,0 +1,86 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "tallbook/Export.h"
+#include "tallbook/Ref.h"
+
+namespace tallbook {
+
+/// Immutable bytes behind `String` and `Data`: a header followed by the bytes in one allocation.
+class TALLBOOK_EXPORT Blob final : public Counted {
+ public:
+  static Ref<Blob> copyOf(std::string_view bytes);
+  /// A blob whose `size` bytes `fill(char*)` writes.
+  template <class Fill>
+  static Ref<Blob> make(std::size_t size, Fill fill) {
+    Ref<Blob> blob = uninitialised(size);
+    fill(reinterpret_cast<char*>(blob.get() + 1));
+    return blob;
+  }
+  static void destroy(Blob* blob) noexcept;
+
+  std::string_view view() const noexcept {
+    return {reinterpret_cast<const char*>(this + 1), _size};
+  }
+
+ private:
+  explicit Blob(std::size_t size) noexcept : _size(size) {}
+  ~Blob() = default;
+  static Ref<Blob> uninitialised(std::size_t size);
+
+  std::size_t _size;
+};
+
+/// A shared, immutable text in UTF-8, or null: the answer "there is none". Copying shares the text.
+/// NUL characters are ordinary. Null equals only null; a null string's view is empty.
+class TALLBOOK_EXPORT String {
+ public:
+  String() noexcept = default;
+  String(std::nullptr_t) noexcept {}
+  String(std::string_view text) : _blob(Blob::copyOf(text)) {}
+  String(const std::string& text) : String(std::string_view(text)) {}
+  String(const char* text) : String(std::string_view(text)) {}
+  explicit String(Ref<Blob> blob) noexcept : _blob(std::move(blob)) {}
+
+  explicit operator bool() const noexcept { return static_cast<bool>(_blob); }
+  bool empty() const noexcept { return view().empty(); }
+  std::string_view view() const noexcept { return _blob ? _blob->view() : std::string_view(); }
+  operator std::string_view() const noexcept { return view(); }
+  std::string str() const { return std::string(view()); }
+  const Ref<Blob>& blob() const noexcept { return _blob; }
+
+  friend bool operator==(const String& a, const String& b) noexcept {
+    return a._blob == b._blob || (a._blob && b._blob && a.view() == b.view());
+  }
+  friend bool operator==(const String& a, std::string_view b) noexcept {
+    return a._blob && a.view() == b;
+  }
+  friend bool operator==(const String& a, const char* b) noexcept {
+    return a == std::string_view(b);
+  }
+  friend bool operator==(const String& a, std::nullptr_t) noexcept { return !a._blob; }
+
+ private:
+  friend class Value;
+
+  Ref<Blob> _blob;
+};
+
+/// Hash for tables keyed by `String` that are also searched by `std::string_view`.
+struct StringHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const noexcept {
+    return std::hash<std::string_view>()(text);
+  }
+};
+
+/// Equality to go with `StringHash`.
+struct StringEqual {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const noexcept { return a == b; }
+};
+
+}  // namespace tallbook

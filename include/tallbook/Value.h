@@ -1,0 +1,336 @@
+#pragma once
+
+#include <bit>
+#include <concepts>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tallbook/Export.h"
+#include "tallbook/Ref.h"
+#include "tallbook/String.h"
+
+namespace tallbook {
+
+class Array;
+class BinaryReader;
+class Dictionary;
+using ArrayRef = Ref<Array>;
+using DictionaryRef = Ref<Dictionary>;
+
+/// A point in time: seconds, fractions included, since 2001-01-01T00:00:00Z, negative before.
+struct Date {
+  double secondsSince2001 = 0;
+};
+
+/// A unique-identifier token of keyed archives; carried, never interpreted.
+struct UID {
+  std::uint64_t value = 0;
+};
+
+/// Immutable bytes, shared by its copies.
+class Data {
+ public:
+  explicit Data(std::string_view bytes) : _blob(Blob::copyOf(bytes)) {}
+  explicit Data(Ref<Blob> blob) noexcept : _blob(std::move(blob)) {}
+
+  std::string_view bytes() const noexcept { return _blob->view(); }
+  const Ref<Blob>& blob() const noexcept { return _blob; }
+
+ private:
+  Ref<Blob> _blob;
+};
+
+/// A property-list value, two words wide: null, boolean, integer (all signed and unsigned 64-bit
+/// numbers), real, string, date, data, UID, array or dictionary. Copies of an array or dictionary
+/// value refer to one object; all other kinds are immutable.
+///
+/// A stored value may have the wrong kind, so every typed read answers "absent" (nullopt, null,
+/// false, 0) for the other kinds and never fails.
+class TALLBOOK_EXPORT Value {
+ public:
+  enum class Kind : std::uint8_t {
+    Null,
+    Boolean,
+    Integer,
+    Real,
+    Date,
+    UID,
+    String,
+    Data,
+    Array,
+    Dictionary
+  };
+
+  Value() noexcept = default;
+  Value(std::nullptr_t) noexcept {}
+  template <std::same_as<bool> Boolean>
+  Value(Boolean boolean) noexcept : _bits(boolean), _kind(Kind::Boolean) {}
+  template <std::signed_integral Integer>
+  requires(!std::same_as<Integer, char>) Value(Integer integer)
+  noexcept
+      : _bits(static_cast<std::uint64_t>(static_cast<std::int64_t>(integer))),
+        _kind(Kind::Integer) {}
+  template <std::unsigned_integral Integer>
+  requires(!std::same_as<Integer, bool> && !std::same_as<Integer, char>) Value(Integer integer)
+  noexcept
+      : _bits(integer),
+        _kind(Kind::Integer),
+        _beyondSigned((static_cast<std::uint64_t>(integer) >> 63) != 0) {}
+  Value(double real) noexcept : _bits(std::bit_cast<std::uint64_t>(real)), _kind(Kind::Real) {}
+  Value(Date date) noexcept
+      : _bits(std::bit_cast<std::uint64_t>(date.secondsSince2001)), _kind(Kind::Date) {}
+  Value(UID uid) noexcept : _bits(uid.value), _kind(Kind::UID) {}
+  /// The null value for a null string, array or dictionary.
+  Value(const String& string) noexcept : Value(string.blob().get(), Kind::String) {}
+  Value(String&& string) noexcept : Value(std::move(string._blob), Kind::String) {}
+  Value(std::string_view string) : Value(String(string)) {}
+  Value(const std::string& string) : Value(String(string)) {}
+  Value(const char* string) : Value(String(string)) {}
+  Value(const Data& data) noexcept : Value(data.blob().get(), Kind::Data) {}
+  Value(const ArrayRef& array) noexcept;
+  Value(ArrayRef&& array) noexcept;
+  Value(const DictionaryRef& dictionary) noexcept;
+  Value(DictionaryRef&& dictionary) noexcept;
+
+  Value(const Value& other) noexcept
+      : _bits(other._bits), _kind(other._kind), _beyondSigned(other._beyondSigned) {
+    if (isShared()) counted()->retain();
+  }
+  Value(Value&& other) noexcept
+      : _bits(other._bits),
+        _kind(std::exchange(other._kind, Kind::Null)),
+        _beyondSigned(other._beyondSigned) {}
+  Value& operator=(Value other) noexcept {
+    std::swap(_bits, other._bits);
+    std::swap(_kind, other._kind);
+    std::swap(_beyondSigned, other._beyondSigned);
+    return *this;
+  }
+  ~Value() {
+    if (isShared() && counted()->release()) destroyShared();
+  }
+
+  Kind kind() const noexcept { return _kind; }
+  bool isNull() const noexcept { return _kind == Kind::Null; }
+  /// True for an integer above the signed 64-bit range; read it with `unsignedValue`.
+  bool isBeyondSigned() const noexcept { return _beyondSigned && _kind == Kind::Integer; }
+
+  /// A boolean itself; a number other than 0 is true; every other kind is false.
+  bool boolValue() const noexcept;
+  /// An integer itself (modulo 2^64 where beyond the signed range), a boolean as 0 or 1, a real
+  /// truncated (0 where it is no number, the nearest end where it is out of range); else 0.
+  std::int64_t integerValue() const noexcept;
+  /// `integerValue` as an unsigned number.
+  std::uint64_t unsignedValue() const noexcept {
+    return static_cast<std::uint64_t>(integerValue());
+  }
+  /// A real itself, an integer converted; else 0.
+  double realValue() const noexcept;
+  /// The string; null for every other kind.
+  String string() const noexcept;
+  /// The string's text without sharing it; nullopt for every other kind.
+  std::optional<std::string_view> stringView() const noexcept;
+  std::optional<Date> date() const noexcept;
+  std::optional<UID> uid() const noexcept;
+  std::optional<Data> data() const noexcept;
+  /// The object itself, shared; null for every other kind.
+  ArrayRef array() const noexcept;
+  DictionaryRef dictionary() const noexcept;
+
+  /// A deep, immutable copy: frozen containers and all other kinds are their own copy.
+  /// Throws InternalConsistencyFailure where containers nest past `kMaximumNesting`.
+  Value frozenCopy() const;
+
+  /// The value on one line, for logs: strings, data and dates in double quotes, `<` and `>`, and
+  /// ISO 8601; `[a, b]`; `{Key: value, ...}` in stored order. Nested past `kMaximumNesting`: "...".
+  std::string description() const;
+
+  /// Equality by content, at once for the same object. Values of different kinds are never equal;
+  /// reals and dates are equal when their bits are, so that a value always equals itself.
+  friend TALLBOOK_EXPORT bool operator==(const Value& a, const Value& b) noexcept;
+
+ private:
+  friend class Array;
+  friend class Dictionary;
+  friend class Equality;
+
+  Value(const Counted* object, Kind kind) noexcept
+      : _bits(reinterpret_cast<std::uintptr_t>(object)), _kind(object ? kind : Kind::Null) {
+    if (object) object->retain();
+  }
+  /// Takes the reference over.
+  template <class T>
+  Value(Ref<T>&& object, Kind kind) noexcept
+      : _bits(reinterpret_cast<std::uintptr_t>(static_cast<const Counted*>(object._object))),
+        _kind(std::exchange(object._object, nullptr) ? kind : Kind::Null) {}
+  bool isShared() const noexcept { return _kind >= Kind::String; }
+  const Counted* counted() const noexcept { return reinterpret_cast<const Counted*>(_bits); }
+  template <class T>
+  T* object() const noexcept {
+    return static_cast<T*>(const_cast<Counted*>(counted()));
+  }
+  void destroyShared() noexcept;
+  /// Whether the value can never change: it is no container, or a frozen one.
+  bool isImmutable() const noexcept;
+  Value frozenCopyAtDepth(int depth) const;
+
+  std::uint64_t _bits = 0;
+  Kind _kind = Kind::Null;
+  bool _beyondSigned = false;
+};
+
+/// The deepest nesting of containers that is read, written, copied or compared.
+inline constexpr int kMaximumNesting = 512;
+
+/// An ordered list of values with identity: all holders of one array see its changes.
+///
+/// An array is mutable or frozen. A frozen one holds only frozen containers and never changes;
+/// changing it throws InternalConsistencyFailure. Not safe for use by two threads at a time unless
+/// frozen.
+class TALLBOOK_EXPORT Array final : public Counted {
+ public:
+  /// A new, mutable array.
+  static ArrayRef make(std::vector<Value> elements = {});
+  /// A new, frozen array; the containers among `elements` must be frozen.
+  static ArrayRef makeFrozen(std::vector<Value> elements);
+  static void destroy(Array* array) noexcept;
+
+  bool isFrozen() const noexcept { return _frozen; }
+  std::size_t size() const noexcept { return _elements.size(); }
+  bool empty() const noexcept { return _elements.empty(); }
+  const Value& operator[](std::size_t index) const noexcept { return _elements[index]; }
+  auto begin() const noexcept { return _elements.begin(); }
+  auto end() const noexcept { return _elements.end(); }
+  /// Whether an element equals `value`.
+  bool contains(const Value& value) const noexcept;
+  bool contains(std::string_view string) const noexcept;
+
+  void append(Value value);
+  void replace(std::size_t index, Value value);
+  void remove(std::size_t index);
+  /// Removes every element that equals `value`.
+  void removeAllEqual(const Value& value);
+
+  /// A new mutable array with the same elements; nested containers are shared.
+  ArrayRef mutableCopy() const;
+  /// A deep, immutable copy; a frozen array is its own. Throws as `Value::frozenCopy`.
+  ArrayRef frozenCopy() const;
+
+ private:
+  friend class BinaryReader;
+  friend class Value;
+
+  explicit Array(std::vector<Value> elements, bool frozen) noexcept
+      : _elements(std::move(elements)), _frozen(frozen) {}
+  ~Array() = default;
+  void checkMutable() const;
+  void checkMutableAt(std::size_t index) const;
+  ArrayRef frozenCopyAtDepth(int depth) const;
+
+  std::vector<Value> _elements;
+  bool _frozen;
+};
+
+/// Values under string keys, in insertion order, with identity: all holders of one dictionary see
+/// its changes. Look-up takes constant time however many keys there are.
+///
+/// Mutable or frozen, like an array. A mutable copy of any dictionary, and a frozen copy of one
+/// whose containers are frozen, share its storage until one of them changes: both cost nothing.
+class TALLBOOK_EXPORT Dictionary final : public Counted {
+ public:
+  struct Entry {
+    String key;  ///< null in the gap that a removed entry leaves; iteration passes over gaps
+    Value value;
+  };
+  class Iterator;
+
+  /// A new, mutable dictionary. Of two entries with one key the later value counts.
+  static DictionaryRef make();
+  static DictionaryRef make(std::initializer_list<std::pair<String, Value>> entries);
+  /// A new, frozen dictionary of entries without null keys; their containers must be frozen.
+  /// Of two entries with one key the later value stays, at the place of the first.
+  static DictionaryRef makeFrozen(std::vector<Entry> entries);
+  static void destroy(Dictionary* dictionary) noexcept;
+
+  bool isFrozen() const noexcept { return _frozen; }
+  std::size_t size() const noexcept;
+  bool empty() const noexcept { return size() == 0; }
+  Iterator begin() const noexcept;
+  Iterator end() const noexcept;
+
+  /// The value stored under `key`, which may be the null value; nullptr when there is no such key.
+  /// Valid until the dictionary changes.
+  const Value* find(std::string_view key) const noexcept;
+  bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
+  /// The value stored under `key`, or the null value. The reference is valid until the dictionary
+  /// changes.
+  const Value& operator[](std::string_view key) const noexcept;
+
+  /// Stores `value` under `key`, the null value included; a new key comes last.
+  void set(const String& key, Value value);
+  /// Removes the key; nothing where there is none.
+  void remove(std::string_view key);
+
+  /// A new mutable dictionary with the same entries; nested containers are shared.
+  DictionaryRef mutableCopy() const;
+  /// A deep, immutable copy; a frozen dictionary is its own. Throws as `Value::frozenCopy`.
+  DictionaryRef frozenCopy() const;
+  /// Whether both still share one storage: then neither changed since one was copied from the
+  /// other, and they are equal.
+  bool sharesStorageWith(const Dictionary& other) const noexcept { return _table == other._table; }
+
+ private:
+  friend class BinaryReader;
+  friend class Value;
+  class Table;
+
+  Dictionary(Ref<Table> table, bool frozen) noexcept;
+  ~Dictionary();
+  void checkMutable() const;
+  DictionaryRef frozenCopyAtDepth(int depth) const;
+
+  Ref<Table> _table;
+  bool _frozen;
+};
+
+/// Forward iteration over the entries of a dictionary, in insertion order. Any change of the
+/// dictionary ends its validity.
+class Dictionary::Iterator {
+ public:
+  using value_type = Entry;
+  using difference_type = std::ptrdiff_t;
+
+  Iterator() = default;
+  Iterator(const Entry* at, const Entry* end) noexcept : _at(at), _end(end) { skipGaps(); }
+  const Entry& operator*() const noexcept { return *_at; }
+  const Entry* operator->() const noexcept { return _at; }
+  Iterator& operator++() noexcept {
+    ++_at;
+    skipGaps();
+    return *this;
+  }
+  Iterator operator++(int) noexcept {
+    Iterator before = *this;
+    ++*this;
+    return before;
+  }
+  friend bool operator==(const Iterator& a, const Iterator& b) noexcept { return a._at == b._at; }
+
+ private:
+  void skipGaps() noexcept {
+    while (_at != _end && !_at->key) ++_at;
+  }
+
+  const Entry* _at = nullptr;
+  const Entry* _end = nullptr;
+};
+
+/// Equality by content: the same keys with equal values, in any order. Null equals only null.
+TALLBOOK_EXPORT bool equalContent(const DictionaryRef& a, const DictionaryRef& b) noexcept;
+
+}  // namespace tallbook

@@ -1,0 +1,169 @@
+#include "model/AccountTypeCatalogue.h"
+
+#include <utility>
+#include <vector>
+
+#include "tallbook/BasicAccount.h"
+#include "tallbook/InternalConsistencyFailure.h"
+#include "tallbook/Vocabulary.h"
+
+#include "model/DictionaryFile.h"
+#include "platform/OncePerPlatform.h"
+#include "platform/Platform.h"
+
+namespace tallbook {
+namespace {
+
+/// The list without what is no dataclass, or none on this device. A list of nothing else stays as
+/// it is.
+ArrayRef recognisedDataclasses(const ArrayRef& listed) {
+  if (!listed) return nullptr;
+  const ArrayRef known = BasicAccount::allSupportedDataclasses();
+  std::vector<Value> recognised;
+  for (const Value& dataclass : *listed) {
+    const auto name = dataclass.stringView();
+    if (!name || !known->contains(*name)) continue;
+    if (kAccountDataclassNotes == *name && !BasicAccount::isMultitaskingEnabled()) continue;
+    recognised.push_back(dataclass);
+  }
+  return recognised.empty() ? listed : Array::makeFrozen(std::move(recognised));
+}
+
+AccountTypeEntry entryFrom(const Dictionary& described) {
+  AccountTypeEntry entry;
+  entry.supportedDataclasses =
+      recognisedDataclasses(described[kPropertiesSupportedDataclasses].array());
+  entry.orderedDataclasses =
+      BasicAccount::_orderedDataclasses(entry.supportedDataclasses)->frozenCopy();
+  entry.enableActions = described[kPropertiesEnableDataclassActions].array();
+  entry.disableActions = described[kPropertiesDisableDataclassActions].array();
+  entry.deleteActions = described[kPropertiesDeleteAccountActions].array();
+  entry.showRemindersSeparately = described[kPropertiesShowRemindersSeparately].boolValue();
+  return entry;
+}
+
+OncePerPlatform<DictionaryRef> dataclassesProperties;
+
+bool dataclassProperty(std::string_view dataclass, const String& key) {
+  const DictionaryRef& table =
+      dataclassesProperties.get([] { return BasicAccount::_dataclassesProperties(); });
+  const DictionaryRef entry = table ? (*table)[dataclass].dictionary() : nullptr;
+  return entry && (*entry)[key].boolValue();
+}
+
+ArrayRef actionsForDataclass(const ArrayRef& actions, std::string_view dataclass) {
+  return BasicAccount::multipleStoresSupportedByDataclass(dataclass)
+             ? actions
+             : BasicAccount::removeActionsIncompatibleWithSingleStoreDataclass(actions);
+}
+
+}  // namespace
+
+const AccountTypeCatalogue& AccountTypeCatalogue::shared() {
+  static OncePerPlatform<AccountTypeCatalogue> catalogue;
+  return catalogue.get(read);
+}
+
+AccountTypeCatalogue AccountTypeCatalogue::read() {
+  const auto path =
+      Platform::current().resourceBundle().pathForResource("AccountTypesProperties", "plist");
+  if (!path) throw InternalConsistencyFailure("Could not find AccountTypesProperties.plist");
+  const DictionaryRef types = dictionaryFromFile(*path);
+  if (!types) {
+    throw InternalConsistencyFailure("Could not load the dataclasses configuration file");
+  }
+  AccountTypeCatalogue catalogue;
+  for (const auto& [type, described] : *types) {
+    if (const DictionaryRef entry = described.dictionary()) {
+      catalogue._entries.emplace(type, entryFrom(*entry));
+    }
+  }
+  return catalogue;
+}
+
+const AccountTypeEntry* AccountTypeCatalogue::entryForType(std::string_view type) const {
+  const auto found = _entries.find(type);
+  return found == _entries.end() ? nullptr : &found->second;
+}
+
+void BasicAccount::initialize() {
+  AccountTypeCatalogue::shared();
+}
+
+bool BasicAccount::isMultitaskingEnabled() {
+  const Value architecture =
+      Platform::current().deviceInformation().answerForKey("CPUArchitecture");
+  return architecture.stringView() != "armv6";
+}
+
+bool BasicAccount::_isValidAccountType(std::string_view type) {
+  const AccountTypeCatalogue& catalogue = AccountTypeCatalogue::shared();
+  return !type.empty() && catalogue.entryForType(type);
+}
+
+ArrayRef BasicAccount::allSupportedDataclasses() {
+  static const ArrayRef dataclasses = Array::makeFrozen(
+      {kAccountDataclassMail, kAccountDataclassContacts, kAccountDataclassCalendars,
+       kAccountDataclassReminders, kAccountDataclassBookmarks, kAccountDataclassNotes,
+       kAccountDataclassMediaStream, kAccountDataclassDeviceLocator,
+       kAccountDataclassContactsSearch, kAccountDataclassBackup, kAccountDataclassUbiquity,
+       kAccountDataclassKeyValue, kAccountDataclassPouchet, kAccountDataclassSharedStreams});
+  return dataclasses;
+}
+
+ArrayRef BasicAccount::supportedDataclassesForAccountType(std::string_view type) {
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
+  return entry ? entry->supportedDataclasses : nullptr;
+}
+
+ArrayRef BasicAccount::userActionsToEnableDataclassForAccountType(std::string_view dataclass,
+                                                                  std::string_view type) {
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
+  return entry ? actionsForDataclass(entry->enableActions, dataclass) : nullptr;
+}
+
+ArrayRef BasicAccount::userActionsToDisableDataclassForAccountType(std::string_view dataclass,
+                                                                   std::string_view type) {
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
+  return entry ? actionsForDataclass(entry->disableActions, dataclass) : nullptr;
+}
+
+ArrayRef BasicAccount::removeActionsIncompatibleWithSingleStoreDataclass(const ArrayRef& actions) {
+  if (!actions) return nullptr;
+  ArrayRef compatible = actions->mutableCopy();
+  for (std::size_t index = compatible->size(); index-- > 0;) {
+    if ((*compatible)[index].string() == kDataclassToggleActionKeepLocalData) {
+      compatible->remove(index);
+      break;
+    }
+  }
+  return compatible;
+}
+
+ArrayRef BasicAccount::deleteAccountActionsForAccountType(std::string_view type) {
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
+  return entry ? entry->deleteActions : nullptr;
+}
+
+bool BasicAccount::showRemindersSeparatelyForAccountType(std::string_view type) {
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
+  return entry && entry->showRemindersSeparately;
+}
+
+bool BasicAccount::multipleStoresSupportedByDataclass(std::string_view dataclass) {
+  return dataclassProperty(dataclass, kDataclassSupportsMultipleStores);
+}
+
+bool BasicAccount::displayToggleForDataclass(std::string_view dataclass) {
+  return dataclassProperty(dataclass, kDataclassDisplaySwitch);
+}
+
+bool BasicAccount::userConfirmationIsRequiredByDataclass(std::string_view dataclass) {
+  return dataclassProperty(dataclass, kDataclassRequiresUserConfirmation);
+}
+
+DictionaryRef BasicAccount::_dataclassesProperties() {
+  return dictionaryFromResource("DataclassesProperties");
+}
+
+}  // namespace tallbook

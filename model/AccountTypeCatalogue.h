@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string_view>
+#include <unordered_map>
+
+#include "tallbook/String.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// What the shipped resource says about one account type. Lists are frozen; a list that the
+/// resource does not have is null.
+struct AccountTypeEntry {
+  ArrayRef supportedDataclasses;  ///< the recognised ones, in the resource's order
+  ArrayRef orderedDataclasses;    ///< the same in canonical order, each once; never null
+  ArrayRef enableActions;
+  ArrayRef disableActions;
+  ArrayRef deleteActions;
+  bool showRemindersSeparately = false;
+};
+
+/// The account types that records may have. Read from the resource "AccountTypesProperties" once
+/// and never changed afterwards, so that any thread may read it.
+class AccountTypeCatalogue {
+ public:
+  /// The process's catalogue. Throws InternalConsistencyFailure when the resource is missing or no
+  /// property-list dictionary.
+  static const AccountTypeCatalogue& shared();
+
+  /// Null for a type without an entry.
+  const AccountTypeEntry* entryForType(std::string_view type) const;
+
+ private:
+  static AccountTypeCatalogue read();
+
+  std::unordered_map<String, AccountTypeEntry, StringHash, StringEqual> _entries;
+};
+
+}  // namespace tallbook

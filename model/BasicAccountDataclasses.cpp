@@ -1,0 +1,163 @@
+#include <algorithm>
+#include <array>
+#include <unordered_set>
+#include <utility>
+
+#include "tallbook/BasicAccount.h"
+#include "tallbook/Vocabulary.h"
+
+#include "model/AccountTypeCatalogue.h"
+#include "platform/Platform.h"
+
+namespace tallbook {
+namespace {
+
+/// A feature that device management may forbid, and what is withdrawn with it.
+struct Restriction {
+  ManagementRestrictions::Feature feature;
+  std::array<const String*, 2> dataclasses;  ///< the second is null where there is one
+  std::string_view inWords;
+
+  bool isInForce() const {
+    return Platform::current().restrictions().restrictionOfFeature(feature) ==
+           ManagementRestrictions::kExplicitlyNotAllowed;
+  }
+};
+
+using Feature = ManagementRestrictions::Feature;
+
+// Pointers, because the constants have no value yet while this table is initialised.
+constexpr std::array<Restriction, 5> kRestrictions{{
+    {Feature::CloudDocumentSync,
+     {&kAccountDataclassUbiquity, &kAccountDataclassKeyValue},
+     "syncing documents with the cloud"},
+    {Feature::PhotoStream, {&kAccountDataclassMediaStream, nullptr}, "the photo stream"},
+    {Feature::SharedPhotoStreams,
+     {&kAccountDataclassSharedStreams, nullptr},
+     "shared photo streams"},
+    {Feature::CloudBackup, {&kAccountDataclassBackup, nullptr}, "backing up to the cloud"},
+    {Feature::PassesWhileLocked,
+     {&kAccountDataclassPouchet, nullptr},
+     "showing cards and passes while the device is locked"},
+}};
+
+/// The list with each string once.
+std::vector<Value> withoutRepetitions(const Array& list) {
+  std::vector<Value> members;
+  std::unordered_set<std::string_view> seen;
+  for (const Value& element : list) {
+    const auto text = element.stringView();
+    if (!text || seen.insert(*text).second) members.push_back(element);
+  }
+  return members;
+}
+
+}  // namespace
+
+ArrayRef BasicAccount::arrayForKey(std::string_view key) const {
+  for (const BasicAccount* record = this; record; record = record->_parentAccount.get()) {
+    if (ArrayRef list = (*record->_properties)[key].array()) return list;
+  }
+  return nullptr;
+}
+
+ArrayRef BasicAccount::supportedDataclasses() const {
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type());
+  return entry ? entry->orderedDataclasses : Array::make();
+}
+
+ArrayRef BasicAccount::provisionedDataclasses() const {
+  const ArrayRef supported = supportedDataclasses();
+  const ArrayRef stored = arrayForKey(kAccountProvisionedDataclasses);
+  const std::vector<String> restricted = _profileRestrictedDataclasses();
+  std::vector<Value> provisioned;
+  for (Value& dataclass : withoutRepetitions(*supported)) {
+    const bool isRestricted =
+        std::find(restricted.begin(), restricted.end(), dataclass.string()) != restricted.end();
+    if (!isRestricted && (!stored || stored->contains(dataclass))) {
+      provisioned.push_back(std::move(dataclass));
+    }
+  }
+  return Array::make(std::move(provisioned));
+}
+
+ArrayRef BasicAccount::enabledDataclasses() const {
+  if (_parentAccount) {
+    if (ArrayRef inherited = _parentAccount->enabledDataclasses(); inherited && !inherited->empty())
+      return inherited;
+  }
+  const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
+  if (!stored) return nullptr;
+  const ArrayRef provisioned = provisionedDataclasses();
+  std::vector<Value> enabled;
+  for (const Value& dataclass : *provisioned) {
+    if (stored->contains(dataclass)) enabled.push_back(dataclass);
+  }
+  return Array::make(std::move(enabled));
+}
+
+bool BasicAccount::isEnabledForDataclass(std::string_view dataclass) const {
+  const ArrayRef enabled = enabledDataclasses();
+  return enabled && enabled->contains(dataclass);
+}
+
+void BasicAccount::setEnabledForDataclass(bool enabled, const String& dataclass) {
+  if (supportedDataclasses()->contains(Value(dataclass)))
+    _forcedSetEnabledForDataclass(enabled, dataclass);
+}
+
+void BasicAccount::_forcedSetEnabledForDataclass(bool enabled, const String& dataclass) {
+  if (!dataclass) return;
+  const ArrayRef stored = (*_properties)[kAccountEnabledDataclasses].array();
+  std::vector<Value> members = stored ? withoutRepetitions(*stored) : std::vector<Value>();
+  const auto found = std::find(members.begin(), members.end(), Value(dataclass));
+  if (enabled && found == members.end()) {
+    members.emplace_back(dataclass);
+  } else if (!enabled && found != members.end()) {
+    members.erase(found);
+  }
+  setAccountPropertyForKey(Array::make(std::move(members)), kAccountEnabledDataclasses);
+}
+
+void BasicAccount::setEnabledForDataclasses(const ArrayRef& dataclasses) {
+  removeAccountPropertyForKey(kAccountEnabledDataclasses);
+  if (!dataclasses) return;
+  for (const Value& dataclass : *dataclasses) setEnabledForDataclass(true, dataclass.string());
+}
+
+ArrayRef BasicAccount::_orderedDataclasses(const ArrayRef& dataclasses) {
+  std::vector<Value> ordered;
+  if (!dataclasses) return Array::make();
+  const ArrayRef canonical = allSupportedDataclasses();
+  for (const Value& dataclass : *canonical) {
+    if (dataclasses->contains(dataclass)) ordered.push_back(dataclass);
+  }
+  for (const Value& dataclass : *dataclasses) {
+    if (dataclass.stringView() && !canonical->contains(dataclass)) ordered.push_back(dataclass);
+  }
+  return Array::make(std::move(ordered));
+}
+
+std::vector<String> BasicAccount::_profileRestrictedDataclasses() {
+  std::vector<String> restricted;
+  for (const Restriction& restriction : kRestrictions) {
+    if (!restriction.isInForce()) continue;
+    for (const String* dataclass : restriction.dataclasses) {
+      if (dataclass) restricted.push_back(*dataclass);
+    }
+  }
+  return restricted;
+}
+
+std::optional<std::string_view> BasicAccount::restrictionOnDataclass(std::string_view dataclass) {
+  for (const Restriction& restriction : kRestrictions) {
+    const auto& withdrawn = restriction.dataclasses;
+    const bool concerned = std::any_of(withdrawn.begin(), withdrawn.end(), [&](const String* each) {
+      return each && *each == dataclass;
+    });
+    if (concerned && restriction.isInForce()) return restriction.inWords;
+  }
+  return std::nullopt;
+}
+
+}  // namespace tallbook

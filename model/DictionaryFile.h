@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// The property-list dictionary in the file at `path`, frozen; null when there is no such file, it
+/// cannot be read, or it holds anything else.
+DictionaryRef dictionaryFromFile(const std::string& path);
+
+/// The same for the shipped resource `name`.plist.
+DictionaryRef dictionaryFromResource(std::string_view name);
+
+}  // namespace tallbook

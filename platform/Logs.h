@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string_view>
+
+namespace tallbook {
+
+/// The system's log, by subsystem and category.
+class SystemLog {
+ public:
+  virtual ~SystemLog() = default;
+
+  /// Whether a written line reaches anyone. Callers format nothing when it does not.
+  virtual bool hasListener() const = 0;
+  /// Writes one line at the default level.
+  virtual void write(std::string_view subsystem, std::string_view category,
+                     std::string_view line) = 0;
+};
+
+/// The process's console log: plain lines.
+class ConsoleLog {
+ public:
+  virtual ~ConsoleLog() = default;
+
+  /// Writes one line; the line end is added.
+  virtual void write(std::string_view line) = 0;
+};
+
+}  // namespace tallbook

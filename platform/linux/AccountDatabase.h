@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace tallbook {
+
+/// The device's user and group accounts: the running system's own database for an empty root, else
+/// the files etc/passwd and etc/group below the root, read afresh at every question.
+class AccountDatabase {
+ public:
+  explicit AccountDatabase(std::string root) : _root(std::move(root)) {}
+
+  /// Each is nullopt for a name that is not there.
+  std::optional<uid_t> userNamed(const std::string& name) const;
+  std::optional<gid_t> groupNamed(const std::string& name) const;
+  /// The user's home as the database has it, the root not put before it.
+  std::optional<std::string> homeOf(const std::string& name) const;
+
+ private:
+  std::string _root;
+};
+
+}  // namespace tallbook

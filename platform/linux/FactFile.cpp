@@ -1,0 +1,25 @@
+#include "platform/linux/FactFile.h"
+
+#include "tallbook/PropertyList.h"
+
+#include "platform/linux/FileDescriptor.h"
+
+namespace tallbook {
+
+DictionaryRef dictionaryInFile(const std::string& path, std::string* problem) {
+  std::error_code error;
+  const std::string bytes = readRegularFile(path, error);
+  if (error == std::errc::no_such_file_or_directory) return nullptr;
+  const auto report = [&](const std::string& reason) -> DictionaryRef {
+    if (problem) *problem = path + ": " + reason;
+    return nullptr;
+  };
+  if (error) return report(error.message());
+  std::string malformed;
+  const auto root = propertyListFromBytes(bytes, &malformed);
+  if (!root) return report(malformed);
+  const DictionaryRef dictionary = root->dictionary();
+  return dictionary ? dictionary : report("not a dictionary");
+}
+
+}  // namespace tallbook

@@ -1,0 +1,102 @@
+#include "platform/linux/FileDescriptor.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tallbook {
+namespace {
+
+// No property list of the device comes near; a sparse file of terabytes must not exhaust memory.
+constexpr off_t kLargestFile = off_t{1} << 30;
+
+std::error_code whyNotReadable(const struct stat& status) {
+  if (S_ISDIR(status.st_mode)) return make_error_code(std::errc::is_a_directory);
+  if (!S_ISREG(status.st_mode)) return make_error_code(std::errc::not_supported);
+  if (status.st_size > kLargestFile) return make_error_code(std::errc::file_too_large);
+  return {};
+}
+
+// `expected` bytes may turn out to be fewer or more when somebody writes meanwhile.
+std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
+  std::string bytes(expected + 1, '\0');
+  std::size_t used = 0;
+  for (;;) {
+    const ssize_t got = ::read(fd, bytes.data() + used, bytes.size() - used);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      error = lastSystemError();
+      return {};
+    }
+    if (got == 0) break;
+    used += static_cast<std::size_t>(got);
+    if (used == bytes.size()) bytes.resize(bytes.size() * 2);
+  }
+  bytes.resize(used);
+  return bytes;
+}
+
+}  // namespace
+
+std::error_code lastSystemError() noexcept {
+  return {errno, std::generic_category()};
+}
+
+FileDescriptor::~FileDescriptor() {
+  (void)close();
+}
+
+FileDescriptor FileDescriptor::open(const std::string& path, int flags, unsigned mode,
+                                    std::error_code& error) {
+  int fd;
+  do {
+    fd = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, static_cast<mode_t>(mode));
+  } while (fd < 0 && errno == EINTR);
+  error = fd < 0 ? lastSystemError() : std::error_code();
+  return FileDescriptor(fd);
+}
+
+std::error_code FileDescriptor::write(std::string_view bytes) const {
+  return writeAll(_fd, bytes);
+}
+
+std::error_code FileDescriptor::flush() const {
+  int result;
+  do {
+    result = ::fsync(_fd);
+  } while (result != 0 && errno == EINTR);
+  return result == 0 ? std::error_code() : lastSystemError();
+}
+
+std::error_code FileDescriptor::close() {
+  const int fd = std::exchange(_fd, -1);
+  // An interrupted close has closed the file all the same.
+  if (fd < 0 || ::close(fd) == 0 || errno == EINTR) return {};
+  return lastSystemError();
+}
+
+std::error_code writeAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return lastSystemError();
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return {};
+}
+
+std::string readRegularFile(const std::string& path, std::error_code& error) {
+  const FileDescriptor file = FileDescriptor::open(path, O_RDONLY | O_NONBLOCK, 0, error);
+  if (!file) return {};
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) {
+    error = lastSystemError();
+    return {};
+  }
+  error = whyNotReadable(status);
+  if (error) return {};
+  return readToEnd(file.get(), static_cast<std::size_t>(status.st_size), error);
+}
+
+}  // namespace tallbook

@@ -1,0 +1,9 @@
+#include "platform/linux/LinuxBookmarksLibrary.h"
+
+namespace tallbook {
+
+void LinuxBookmarksLibrary::cloudTabsWereSwitchedOn() {
+  _bus.emit({"/com/orvane/Bookmarks", "com.orvane.Bookmarks", "CloudTabsSwitchedOn"}, {});
+}
+
+}  // namespace tallbook

@@ -1,0 +1,19 @@
+#include "platform/linux/LinuxDirectories.h"
+
+#include "platform/linux/AccountDatabase.h"
+
+namespace tallbook {
+
+std::string LinuxDirectories::mobileHome() const {
+  // Asking the running system may mean asking a directory server: once is enough.
+  std::call_once(_homeAsked, [this] {
+    _home = _root + "/var/mobile";
+    if (!_root.empty()) return;
+    const auto home = AccountDatabase(_root).homeOf("mobile");
+    if (home && home->size() > 1 && home->front() == '/') _home = *home;
+    if (_home.back() == '/') _home.pop_back();
+  });
+  return _home;
+}
+
+}  // namespace tallbook

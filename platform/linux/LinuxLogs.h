@@ -1,0 +1,19 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/Logs.h"
+#include "platform/linux/LinuxPlatform.h"
+
+namespace tallbook {
+
+/// The library log's way out: the journal, standard error, or nowhere.
+std::unique_ptr<SystemLog> makeSystemLog(LinuxPlatformOptions::LogSink sink);
+
+/// Lines on the process's standard error, each written at once.
+class StandardErrorConsoleLog final : public ConsoleLog {
+ public:
+  void write(std::string_view line) override;
+};
+
+}  // namespace tallbook

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/Platform.h"
+
+namespace tallbook {
+
+/// How the Linux platform of a process is set up.
+struct LinuxPlatformOptions {
+  /// Root of the device tree; "" and "/" are the running system's own.
+  std::string root;
+  /// Where the library log goes.
+  enum class LogSink {
+    JournalElseStandardError,
+    StandardError,
+    Nowhere
+  } log = LogSink::JournalElseStandardError;
+};
+
+std::unique_ptr<Platform> makeLinuxPlatform(const LinuxPlatformOptions& options);
+
+}  // namespace tallbook

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/Preferences.h"
+#include "platform/WellKnownDirectories.h"
+#include "platform/linux/DeviceBus.h"
+
+namespace tallbook {
+
+/// Property lists in the preferences folder of "mobile", one a domain; notices are signals on the
+/// device's message bus.
+class LinuxPreferences final : public Preferences {
+ public:
+  LinuxPreferences(const WellKnownDirectories& directories, const DeviceBus& bus)
+      : _directories(directories), _bus(bus) {}
+
+  Value valueForKey(std::string_view key, std::string_view domain) override;
+  void postChangedNotice(std::string_view applicationIdentifier, std::string_view key) override;
+
+ private:
+  const WellKnownDirectories& _directories;
+  const DeviceBus& _bus;
+};
+
+}  // namespace tallbook

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tallbook {
+
+/// The languages of the user's messages by the process's environment, the best first: "de_AT.UTF-8"
+/// gives "de_AT" and "de". None for the locales "C" and "POSIX", for no locale and for a name that
+/// is none.
+std::vector<std::string> userLanguages();
+
+}  // namespace tallbook

@@ -1,0 +1,321 @@
+#include "platform/propertylist/BinaryReader.h"
+
+#include <algorithm>
+
+#include "platform/propertylist/BinaryFormat.h"
+#include "platform/propertylist/Limits.h"
+#include "platform/propertylist/MalformedPropertyList.h"
+#include "platform/propertylist/UnicodeText.h"
+
+namespace tallbook {
+
+using namespace binaryformat;
+
+namespace {
+
+std::uint8_t markerAt(const char* at) noexcept {
+  return static_cast<std::uint8_t>(*at);
+}
+
+/// The number in `bytes`, where 64 bits can hold it: higher bytes must be zero.
+std::uint64_t readWideNumber(std::string_view bytes) {
+  const std::size_t low = std::min<std::size_t>(bytes.size(), 8);
+  const std::string_view high = bytes.substr(0, bytes.size() - low);
+  if (std::any_of(high.begin(), high.end(), [](char byte) { return byte != 0; })) {
+    throw MalformedPropertyList("a number is too large");
+  }
+  return readNumber(bytes.data() + high.size(), low);
+}
+
+/// Integers of 1, 2 and 4 bytes have no sign, those of 8 and 16 have.
+Value readInteger(std::string_view bytes) {
+  if (bytes.size() < 8) return readWideNumber(bytes);
+  if (bytes.size() == 8) return static_cast<std::int64_t>(readNumber(bytes.data(), 8));
+  const std::uint64_t high = readNumber(bytes.data(), 8);
+  const auto low = static_cast<std::int64_t>(readNumber(bytes.data() + 8, 8));
+  if (high == UINT64_MAX && low < 0) return low;
+  return readWideNumber(bytes);
+}
+
+double readDouble(const char* at) noexcept {
+  return std::bit_cast<double>(readNumber(at, 8));
+}
+
+float readFloat(const char* at) noexcept {
+  return std::bit_cast<float>(static_cast<std::uint32_t>(readNumber(at, 4)));
+}
+
+}  // namespace
+
+bool BinaryReader::recognises(std::string_view bytes) noexcept {
+  return bytes.starts_with(kMagic);
+}
+
+BinaryReader::BinaryReader(std::string_view bytes) : _bytes(bytes) {
+  if (bytes.size() <= kMagic.size() + kTrailerSize) throw MalformedPropertyList("cut off");
+  const std::size_t tableEnd = bytes.size() - kTrailerSize;
+  const char* const trailer = bytes.data() + tableEnd;
+  _offsetSize = markerAt(trailer + kOffsetSizeAt);
+  _referenceSize = markerAt(trailer + kReferenceSizeAt);
+  _topObject = readNumber(trailer + kTopObjectAt, 8);
+  const std::uint64_t count = readNumber(trailer + kObjectCountAt, 8);
+  const std::uint64_t table = readNumber(trailer + kOffsetTableAt, 8);
+
+  const auto isSize = [](std::size_t size) { return size >= 1 && size <= 8; };
+  if (!isSize(_offsetSize) || !isSize(_referenceSize) || table <= kMagic.size() ||
+      table >= tableEnd || count != (tableEnd - table) / _offsetSize ||
+      (tableEnd - table) % _offsetSize != 0) {
+    throw MalformedPropertyList("the trailer does not fit the file, which may be cut off");
+  }
+  _end = bytes.data() + table;
+  _unclaimed = table - kMagic.size();
+  checkOffsets();
+  _slots.resize(count);
+}
+
+void BinaryReader::checkOffsets() const {
+  const auto objectsEnd = static_cast<std::uint64_t>(_end - _bytes.data());
+  const char* const tableEnd = _bytes.data() + _bytes.size() - kTrailerSize;
+  for (const char* at = _end; at != tableEnd; at += _offsetSize) {
+    const std::uint64_t offset = readNumber(at, _offsetSize);
+    if (offset < kMagic.size() || offset >= objectsEnd) {
+      throw MalformedPropertyList("an object lies outside the file");
+    }
+  }
+}
+
+Value BinaryReader::read() {
+  Value root = readObject(_topObject);
+  readOpenContainers();
+  for (Dictionary::Table* table : _unsettled) table->settle();
+  return root;
+}
+
+void BinaryReader::readOpenContainers() {
+  while (!_frames.empty()) {
+    Frame& frame = _frames.back();
+    if (frame.left == 0) {
+      const Frame closed = frame;
+      _frames.pop_back();
+      close(closed);
+      continue;
+    }
+    --frame.left;
+    const std::uint64_t reference = referenceAt(frame.next);
+    frame.next += _referenceSize;
+    if (frame.array) {
+      std::vector<Value>& elements = frame.array->_elements;
+      elements.push_back(readObject(reference));
+    } else {
+      Dictionary::Table& table = *frame.table;
+      const char* const keyAt = frame.nextKey;
+      frame.nextKey += _referenceSize;
+      String key = readKey(referenceAt(keyAt));
+      table.appendUnsettled(std::move(key), readObject(reference));
+    }
+  }
+}
+
+void BinaryReader::close(const Frame& frame) {
+  frame.slot->isOpen = false;
+  if (!_frames.empty()) add(*_frames.back().slot, *frame.slot);
+  if (!frame.table || areKnownDistinct(frame.keyReferences)) return;
+  if (frame.table->size() <= Dictionary::Table::kMostWithoutIndex &&
+      frame.table->isSettledAlready()) {
+    _distinctKeys[_nextDistinctKeys++ % _distinctKeys.size()] = frame.keyReferences;
+  } else {
+    _unsettled.push_back(frame.table);
+  }
+}
+
+Value BinaryReader::readObject(std::uint64_t reference) {
+  Slot& slot = slotOf(reference);
+  return slot.object ? readAgain(slot) : readNew(slot, objectAt(slot));
+}
+
+Value BinaryReader::readNew(Slot& slot, const char* at) {
+  const std::uint8_t marker = markerAt(at);
+  const std::size_t low = marker & 0xf;
+  const auto body = [&](std::size_t size) {
+    if (size > static_cast<std::size_t>(_end - at) - 1) {
+      throw MalformedPropertyList("an object runs past the last one");
+    }
+    return std::string_view(at + 1, size);
+  };
+  switch (marker >> 4) {
+    case kSimple:
+      if (marker == kNull) return nullptr;
+      if (marker == kFalse || marker == kTrue) return marker == kTrue;
+      break;
+    case kInteger:
+      if (low <= 4) return readInteger(body(std::size_t{1} << low));
+      break;
+    case kReal:
+      if (marker == kReal64) return readDouble(body(8).data());
+      if (marker == kReal32) return static_cast<double>(readFloat(body(4).data()));
+      break;
+    case kDates:
+      if (marker == kDate) return Date{readDouble(body(8).data())};
+      break;
+    case kUID:
+      return UID{readWideNumber(body(low + 1))};
+    case kData:
+      return readData(slot, at);
+    case kASCII:
+    case kUTF16:
+      return readString(slot, at);
+    case kArray:
+      return openArray(slot, at);
+    case kDictionary:
+      return openDictionary(slot, at);
+    default:
+      break;
+  }
+  throw MalformedPropertyList("an object is of an unknown kind");
+}
+
+Value BinaryReader::readAgain(const Slot& slot) {
+  Counted* const object = const_cast<Counted*>(slot.object);
+  switch (slot.kind) {
+    case Value::Kind::String:
+      return String(Ref<Blob>::toUnpublished(static_cast<Blob*>(object)));
+    case Value::Kind::Data:
+      return Data(Ref<Blob>::toUnpublished(static_cast<Blob*>(object)));
+    default:
+      break;
+  }
+  if (slot.isOpen) throw MalformedPropertyList("a container contains itself");
+  if (_frames.size() + slot.nesting > kMaximumNesting) {
+    throw MalformedPropertyList("containers are nested too deeply");
+  }
+  add(*_frames.back().slot, slot);
+  if (slot.kind == Value::Kind::Array) return ArrayRef::toUnpublished(static_cast<Array*>(object));
+  return DictionaryRef::toUnpublished(static_cast<Dictionary*>(object));
+}
+
+String BinaryReader::readKey(std::uint64_t reference) {
+  Slot& slot = slotOf(reference);
+  if (!slot.object) {
+    const char* const at = objectAt(slot);
+    const int family = markerAt(at) >> 4;
+    if (family == kASCII || family == kUTF16) return readString(slot, at);
+  } else if (slot.kind == Value::Kind::String) {
+    auto* const blob = static_cast<Blob*>(const_cast<Counted*>(slot.object));
+    return String(Ref<Blob>::toUnpublished(blob));
+  }
+  throw MalformedPropertyList("a key is no string");
+}
+
+String BinaryReader::readString(Slot& slot, const char* at) {
+  String string;
+  if (markerAt(at) >> 4 == kASCII) {
+    const std::string_view text = claimBody(at, 1);
+    if (isASCII(text)) string = String(Blob::copyOf(text));
+  } else {
+    string = stringFromUTF16(claimBody(at, 2));
+  }
+  if (!string) throw MalformedPropertyList("a string is no Unicode text");
+  slot.object = string.blob().get();
+  slot.kind = Value::Kind::String;
+  return string;
+}
+
+Value BinaryReader::readData(Slot& slot, const char* at) {
+  Ref<Blob> blob = Blob::copyOf(claimBody(at, 1));
+  slot.object = blob.get();
+  slot.kind = Value::Kind::Data;
+  return Data(std::move(blob));
+}
+
+Value BinaryReader::openArray(Slot& slot, const char* at) {
+  const std::string_view references = claimBody(at, _referenceSize);
+  const std::size_t count = references.size() / _referenceSize;
+  ArrayRef array = ArrayRef::toUnpublished(new Array({}, true));
+  array->_elements.reserve(count);
+  slot.object = array.get();
+  slot.kind = Value::Kind::Array;
+  open({&slot, array.get(), nullptr, references.data(), nullptr, count, {}}, count);
+  return array;
+}
+
+Value BinaryReader::openDictionary(Slot& slot, const char* at) {
+  const std::string_view references = claimBody(at, 2 * _referenceSize);
+  const std::string_view keys = references.substr(0, references.size() / 2);
+  const std::size_t count = keys.size() / _referenceSize;
+  Ref<Dictionary::Table> table = count > 0 ? Dictionary::Table::make(count) : nullptr;
+  Dictionary::Table* const entries = table.get();
+  auto dictionary = DictionaryRef::toUnpublished(new Dictionary(std::move(table), true));
+  slot.object = dictionary.get();
+  slot.kind = Value::Kind::Dictionary;
+  open({&slot, nullptr, entries, keys.data() + keys.size(), keys.data(), count, keys}, count);
+  return dictionary;
+}
+
+void BinaryReader::open(const Frame& frame, std::size_t count) {
+  if (_frames.size() == kMaximumNesting) {
+    throw MalformedPropertyList("containers are nested too deeply");
+  }
+  if (count >= kMostValues) throw MalformedPropertyList("there are too many values");
+  frame.slot->unfolded = static_cast<std::uint32_t>(1 + count);
+  frame.slot->nesting = 1;
+  if (count > 0) {
+    frame.slot->isOpen = true;
+    _frames.push_back(frame);
+  } else if (!_frames.empty()) {
+    add(*_frames.back().slot, *frame.slot);
+  }
+}
+
+/// Counts a container among its parent's values, of which it was one already.
+void BinaryReader::add(Slot& parent, const Slot& child) const {
+  parent.nesting = std::max(parent.nesting, static_cast<std::uint16_t>(child.nesting + 1));
+  parent.unfolded += child.unfolded - 1;
+  if (parent.unfolded > kMostValues) throw MalformedPropertyList("there are too many values");
+}
+
+bool BinaryReader::areKnownDistinct(std::string_view keyReferences) const noexcept {
+  return std::find(_distinctKeys.begin(), _distinctKeys.end(), keyReferences) !=
+         _distinctKeys.end();
+}
+
+BinaryReader::Slot& BinaryReader::slotOf(std::uint64_t reference) {
+  if (reference >= _slots.size()) {
+    throw MalformedPropertyList("an object is referred to that does not exist");
+  }
+  return _slots[reference];
+}
+
+const char* BinaryReader::objectAt(const Slot& slot) const {
+  const auto number = static_cast<std::size_t>(&slot - _slots.data());
+  return _bytes.data() + readNumber(_end + number * _offsetSize, _offsetSize);
+}
+
+std::uint64_t BinaryReader::referenceAt(const char* at) const noexcept {
+  return readNumber(at, _referenceSize);
+}
+
+/// The bytes that follow the marker and the size of the object at `at`: `size` units of `unit`
+/// bytes each.
+std::string_view BinaryReader::claimBody(const char* at, std::size_t unit) {
+  const char* body = at + 1;
+  std::uint64_t size = markerAt(at) & 0xf;
+  if (size == kSizeFollows) {
+    const std::uint8_t marker = body < _end ? markerAt(body) : 0;
+    const std::size_t width = std::size_t{1} << (marker & 0xf);
+    if (marker >> 4 != kInteger || width > 8 || width >= static_cast<std::size_t>(_end - body)) {
+      throw MalformedPropertyList("an object has no size");
+    }
+    size = readNumber(body + 1, width);
+    body += 1 + width;
+  }
+  if (size > static_cast<std::size_t>(_end - body) / unit) {
+    throw MalformedPropertyList("an object runs past the last one");
+  }
+  body += size * unit;
+  const auto claimed = static_cast<std::size_t>(body - at);
+  if (claimed > _unclaimed) throw MalformedPropertyList("objects overlap");
+  _unclaimed -= claimed;
+  return {body - size * unit, static_cast<std::size_t>(size * unit)};
+}
+
+}  // namespace tallbook

@@ -1,0 +1,226 @@
+#include "tallbook/AccountsManager.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "tallbook/Vocabulary.h"
+
+#include "model/LibraryLogging.h"
+#include "store/AccountsFile.h"
+#include "store/TBRuntimeFixMailAccount.h"
+
+namespace tallbook {
+namespace {
+
+bool hasTypeAmong(const BasicAccount& account, const AccountsManager::AccountTypes& types) {
+  return std::ranges::find(types, account.type()) != types.end();
+}
+
+}  // namespace
+
+AccountsManager::AccountsManager()
+    : _orderedTopLevelAccounts(std::make_shared<AccountList>()),
+      _runtimeFixers(_createRuntimeFixers()) {}
+
+AccountsManager::~AccountsManager() = default;
+
+std::vector<std::unique_ptr<TBRuntimeFixProtocol>> AccountsManager::_createRuntimeFixers() {
+  std::vector<std::unique_ptr<TBRuntimeFixProtocol>> fixers;
+  fixers.push_back(std::make_unique<TBRuntimeFixMailAccount>());
+  return fixers;
+}
+
+std::uint64_t AccountsManager::currentVersion() noexcept {
+  return 12;
+}
+
+std::string AccountsManager::fullPathToTallbookPlist() {
+  return AccountsFile::path();
+}
+
+std::shared_ptr<AccountsManager> AccountsManager::init() {
+  return initInsideOfMigration();
+}
+
+std::shared_ptr<AccountsManager> AccountsManager::initInsideOfMigration() {
+  const DictionaryRef file = AccountsFile::read();
+  auto store = _initWithAccountsInfo(file ? (*file)[kPlistAccountsKey].array() : nullptr);
+  store->_dataVersion = file ? (*file)[kPlistVersionKey].unsignedValue() : 0;
+  return store;
+}
+
+std::shared_ptr<AccountsManager> AccountsManager::initWithAccounsInfoArray(const ArrayRef& infos) {
+  return _initWithAccountsInfo(infos);
+}
+
+std::shared_ptr<AccountsManager> AccountsManager::_initWithAccountsInfo(const ArrayRef& infos) {
+  std::shared_ptr<AccountsManager> store(new AccountsManager);
+  if (infos) store->loadAccounts(*infos);
+  store->_setOriginalAccountDictionaries();
+  return store;
+}
+
+void AccountsManager::loadAccounts(const Array& infos) {
+  bool repaired = false;
+  _orderedTopLevelAccounts->reserve(infos.size());
+  _topLevelAccountsByID.reserve(infos.size());
+  for (const Value& info : infos) {
+    const DictionaryRef properties = info.dictionary();
+    auto account = properties ? BasicAccount::initWithProperties(properties) : nullptr;
+    if (!account) {
+      logMessage("-[AccountsManager _initWithAccountsInfo:]", [&] {
+        return "ERROR: Failed to create a BasicAccount from " + info.description();
+      });
+      continue;
+    }
+    const FixerVerdict verdict = offerToFixers(*account, "loading accounts");
+    repaired |= verdict != FixerVerdict::NothingToFix;
+    if (verdict != FixerVerdict::CannotBeFixed) appendAccount(std::move(account));
+  }
+  if (!repaired) return;
+  for (const auto& fixer : _runtimeFixers) fixer->accountsHaveBeenSaved(false);
+}
+
+FixerVerdict AccountsManager::offerToFixers(BasicAccount& account, std::string_view occasion) {
+  FixerVerdict worst = FixerVerdict::NothingToFix;
+  for (const auto& fixer : _runtimeFixers) {
+    worst = std::max(worst, fixer->fixBasicAccountIfNeededLoggingMessage(account, occasion));
+  }
+  return worst;
+}
+
+void AccountsManager::appendAccount(std::shared_ptr<BasicAccount> account) {
+  if (const String identifier = account->identifier()) {
+    _topLevelAccountsByID.insert_or_assign(identifier, account);
+  }
+  _orderedTopLevelAccounts->push_back(std::move(account));
+  _loadChildrenFromAccount(_orderedTopLevelAccounts->back());
+}
+
+void AccountsManager::_loadChildrenFromAccount(const std::shared_ptr<BasicAccount>& account) {
+  const String parentID = account->identifier();
+  if (!parentID) return;
+  _removeChildrenForAccountWithIdentifier(parentID);
+  const ArrayRef children = account->accountPropertyForKey(kAccountChildAccounts).array();
+  if (!children) return;
+  for (const Value& info : *children) {
+    const DictionaryRef properties = info.dictionary();
+    auto child = properties ? BasicAccount::initWithProperties(properties) : nullptr;
+    if (child) child->setParentAccount(account);
+    const String childID = child ? child->identifier() : nullptr;
+    if (!childID) {
+      logMessage("-[AccountsManager _loadChildrenFromAccount:]", [&] {
+        return "Ignoring unknown child account with properties " + info.description();
+      });
+      continue;
+    }
+    _childAccountsByID.insert_or_assign(childID, std::move(child));
+    _childAccountIDToParentAccountID.insert_or_assign(childID, parentID);
+    _childAccountIDsByParentAccountID[parentID].push_back(childID);
+  }
+}
+
+void AccountsManager::_removeChildrenForAccountWithIdentifier(std::string_view identifier) {
+  const auto children = _childAccountIDsByParentAccountID.find(identifier);
+  if (children == _childAccountIDsByParentAccountID.end()) return;
+  for (const String& childID : children->second) {
+    // A child filed under another parent since then is that parent's.
+    const auto parent = _childAccountIDToParentAccountID.find(childID);
+    if (parent == _childAccountIDToParentAccountID.end() || parent->second != identifier) continue;
+    _childAccountIDToParentAccountID.erase(parent);
+    _childAccountsByID.erase(childID);
+  }
+  _childAccountIDsByParentAccountID.erase(children);
+}
+
+AccountsManager::AccountList AccountsManager::childrenOf(std::string_view parentID) const {
+  AccountList children;
+  const auto childIDs = _childAccountIDsByParentAccountID.find(parentID);
+  if (childIDs == _childAccountIDsByParentAccountID.end()) return children;
+  std::unordered_set<std::string_view> met;
+  for (const String& childID : childIDs->second) {
+    const auto parent = _childAccountIDToParentAccountID.find(childID);
+    if (parent == _childAccountIDToParentAccountID.end() || parent->second != parentID) continue;
+    if (met.insert(childID.view()).second) children.push_back(_childAccountsByID.at(childID));
+  }
+  return children;
+}
+
+void AccountsManager::_setOriginalAccountDictionaries() {
+  _originalAccountsByID.clear();
+  _originalAccountsByID.reserve(_orderedTopLevelAccounts->size());
+  for (const auto& account : *_orderedTopLevelAccounts) {
+    if (const String identifier = account->identifier()) {
+      _originalAccountsByID.insert_or_assign(identifier, account->propertiesToSave()->frozenCopy());
+      continue;
+    }
+    logMessage("-[AccountsManager _setOriginalAccountDictionaries]", [&] {
+      return Value(account->properties()).description() +
+             " returned a nil identifier. Account properties may not get saved";
+    });
+  }
+}
+
+std::shared_ptr<BasicAccount> AccountsManager::accountWithIdentifier(
+    std::string_view identifier) const {
+  if (const auto found = _topLevelAccountsByID.find(identifier);
+      found != _topLevelAccountsByID.end()) {
+    return found->second;
+  }
+  const auto child = _childAccountsByID.find(identifier);
+  if (child == _childAccountsByID.end()) return nullptr;
+  const auto parentID = _childAccountIDToParentAccountID.find(child->second->identifier());
+  if (parentID == _childAccountIDToParentAccountID.end()) return nullptr;
+  const auto parent = _topLevelAccountsByID.find(parentID->second);
+  return parent == _topLevelAccountsByID.end() ? nullptr : parent->second;
+}
+
+std::shared_ptr<BasicAccount> AccountsManager::displayAccountWithSyncIdentifier(
+    std::string_view syncIdentifier) const {
+  const auto account = syncableAccountWithSyncIdentifier(syncIdentifier);
+  const String identifier = account ? account->identifier() : nullptr;
+  return identifier ? accountWithIdentifier(identifier) : nullptr;
+}
+
+std::shared_ptr<BasicAccount> AccountsManager::syncableAccountWithSyncIdentifier(
+    std::string_view syncIdentifier) const {
+  for (const auto& account : *_orderedTopLevelAccounts) {
+    if (account->syncStoreIdentifier() == syncIdentifier) return account;
+  }
+  for (const auto& account : *_orderedTopLevelAccounts) {
+    for (const auto& child : childrenOf(account->identifier())) {
+      if (child->syncStoreIdentifier() == syncIdentifier) return child;
+    }
+  }
+  return nullptr;
+}
+
+AccountsManager::AccountList AccountsManager::allBasicSyncableAccounts() const {
+  AccountList accounts = *_orderedTopLevelAccounts;
+  accounts.reserve(accounts.size() + _childAccountsByID.size());
+  std::unordered_set<const BasicAccount*> met;
+  for (const auto& account : *_orderedTopLevelAccounts) {
+    for (auto& child : childrenOf(account->identifier())) {
+      // Two records with one identifier have the same children.
+      if (met.insert(child.get()).second) accounts.push_back(std::move(child));
+    }
+  }
+  return accounts;
+}
+
+AccountsManager::AccountList AccountsManager::basicAccountsWithTypes(
+    const AccountTypes& types) const {
+  AccountList accounts;
+  std::ranges::copy_if(*_orderedTopLevelAccounts, std::back_inserter(accounts),
+                       [&](const auto& account) { return hasTypeAmong(*account, types); });
+  return accounts;
+}
+
+std::uint64_t AccountsManager::countOfBasicAccountsWithTypes(const AccountTypes& types) const {
+  return static_cast<std::uint64_t>(
+      std::ranges::count_if(*_orderedTopLevelAccounts,
+                            [&](const auto& account) { return hasTypeAmong(*account, types); }));
+}
+
+}  // namespace tallbook

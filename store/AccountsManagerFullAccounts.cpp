@@ -1,0 +1,69 @@
+#include <algorithm>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/DeviceLocalAccount.h"
+#include "tallbook/Vocabulary.h"
+
+#include "model/LibraryLogging.h"
+#include "store/TBRuntimeFixProtocol.h"
+
+namespace tallbook {
+
+std::shared_ptr<BasicAccount> AccountsManager::fullAccountWithIdentifierLoader(
+    std::string_view identifier, AccountLoader* loader) const {
+  if (identifier.empty()) return nullptr;
+  for (const AccountTable* table : {&_topLevelAccountsByID, &_childAccountsByID}) {
+    if (const auto found = table->find(identifier); found != table->end()) {
+      return found->second->fullAccountUsingLoader(loader);
+    }
+  }
+  return nullptr;
+}
+
+AccountsManager::AccountList AccountsManager::accountsWithTypesWithLoader(
+    const AccountTypes& types, AccountLoader* loader) const {
+  AccountList fullAccounts;
+  const auto appendFullAccount = [&](const BasicAccount& account) {
+    if (std::ranges::find(types, account.type()) == types.end()) return;
+    if (auto full = fullAccountWithIdentifierLoader(account.identifier(), loader)) {
+      fullAccounts.push_back(std::move(full));
+    }
+  };
+  // Making a full account runs other components' code, which may change the store.
+  const AccountList accounts = *_orderedTopLevelAccounts;
+  for (const auto& account : accounts) {
+    appendFullAccount(*account);
+    for (const auto& child : childrenOf(account->identifier())) {
+      if (child->parentAccount() == account) appendFullAccount(*child);
+    }
+  }
+  return fullAccounts;
+}
+
+AccountsManager::AccountList AccountsManager::accountsWithTypes(const AccountTypes& types) const {
+  return accountsWithTypesWithLoader(types, nullptr);
+}
+
+AccountsManager::AccountList AccountsManager::allMailAccounts() const {
+  return accountsWithTypes(
+      {kMailAccountType, kVeltroAccountType, kGmailAccountType, kYahooAccountType});
+}
+
+std::shared_ptr<BasicAccount> AccountsManager::fullDeviceLocalAccount() {
+  const auto stored = std::ranges::find_if(*_orderedTopLevelAccounts, [](const auto& account) {
+    return account->type() == kOnMyDeviceAccountType;
+  });
+  if (stored != _orderedTopLevelAccounts->end()) {
+    const std::shared_ptr<BasicAccount> account = *stored;
+    return account->fullAccountUsingLoader(nullptr);
+  }
+  logMessage("-[AccountsManager fullDeviceLocalAccount]",
+             [] { return std::string("DeviceLocalAccount missing. Creating..."); });
+  const auto account =
+      BasicAccount::initWithProperties(DeviceLocalAccount::basicAccountProperties());
+  if (!account) return nullptr;
+  replaceAccountsWithTypesWithAccounts({kOnMyDeviceAccountType}, {account});
+  return account->fullAccountUsingLoader(nullptr);
+}
+
+}  // namespace tallbook

@@ -1,0 +1,122 @@
+#include <string>
+#include <system_error>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/InternalConsistencyFailure.h"
+#include "tallbook/Vocabulary.h"
+
+#include "model/LibraryLogging.h"
+#include "platform/Platform.h"
+#include "store/AccountsFile.h"
+#include "store/TBRuntimeFixProtocol.h"
+
+namespace tallbook {
+namespace {
+
+constexpr std::string_view kMigrationLockName = "AccountMigrationInProgress";
+
+std::string oldMailAccountsPath() {
+  return Platform::current().directories().mobileHome() + "/Library/Mail/Accounts.plist";
+}
+
+std::string oldSyncoraAccountsPath() {
+  return Platform::current().directories().mobileHome() +
+         "/Library/Preferences/com.orvane.Syncora.plist";
+}
+
+void requireOutParameter(const bool* parameter, const char* failure) {
+  if (!parameter) throw InternalConsistencyFailure(failure);
+}
+
+}  // namespace
+
+std::unique_ptr<LockHold> AccountsManager::createAndLockMigrationLock() {
+  return Platform::current().namedLock().lock(kMigrationLockName);
+}
+
+void AccountsManager::releaseMigrationLock(std::unique_ptr<LockHold> lock) {
+  lock.reset();
+}
+
+void AccountsManager::waitForMigrationToFinish() {
+  releaseMigrationLock(createAndLockMigrationLock());
+}
+
+bool AccountsManager::tallbookNeedsToBeMigrated() {
+  constexpr std::string_view kOperation =
+      "+[AccountsManager(MigrationSupport) tallbookNeedsToBeMigrated]";
+  const DictionaryRef file = AccountsFile::read();
+  if (!file) return false;
+  const Value* version = file->find(kPlistVersionKey);
+  if (!version) {
+    logMessage(kOperation, [] {
+      return std::string("Tallbook plist is missing a version number, returning NO for migration");
+    });
+    return false;
+  }
+  // Compared without sign: a negative version counts as current.
+  if (version->unsignedValue() >= currentVersion()) return false;
+  logMessage(kOperation, [&] {
+    return "Tallbook Version out of date: savedVersion=" + std::to_string(version->integerValue()) +
+           ", currentVersion=" + std::to_string(currentVersion());
+  });
+  return true;
+}
+
+void AccountsManager::shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(
+    bool* oldMailAccounts, bool* oldSyncoraAccounts, bool* newTallbook) {
+  requireOutParameter(oldMailAccounts, "migrateOldMailAccounts cannot be nil");
+  requireOutParameter(oldSyncoraAccounts, "migrateOldSyncoraAccounts cannot be nil");
+  requireOutParameter(newTallbook, "migrateNewAccounts cannot be nil");
+  *oldMailAccounts = _oldMailAccountsInformationFound();
+  *oldSyncoraAccounts = _oldSyncoraAccountsInformationFound();
+  // Legacy records come first: while there are any, the version is not looked at.
+  *newTallbook = !*oldMailAccounts && !*oldSyncoraAccounts && tallbookNeedsToBeMigrated();
+  if (!*oldMailAccounts && !*oldSyncoraAccounts && !*newTallbook) return;
+  const auto digit = [](bool flag) { return flag ? "1" : "0"; };
+  logMessage(
+      "+[AccountsManager(MigrationSupport) "
+      "shouldMigrateOldMailAccounts:oldSyncoraAccounts:newTallbook:]",
+      [&] {
+        return std::string("Tallbook needs migration! oldMailAccountsPresent=") +
+               digit(*oldMailAccounts) +
+               ", oldSyncoraAccountsPresent=" + digit(*oldSyncoraAccounts) +
+               ", migrateNewAccountsInfo=" + digit(*newTallbook);
+      });
+}
+
+void AccountsManager::removeNewTallbookToMigrateOldAccountInformation() {
+  FileSystem& files = Platform::current().fileSystem();
+  const std::string path = fullPathToTallbookPlist();
+  if (!files.exists(path)) return;
+  if (const std::error_code error = files.remove(path)) {
+    logMessage(
+        "+[AccountsManager(MigrationSupport) removeNewTallbookToMigrateOldAccountInformation]",
+        [&] { return "Could not remove " + path + ". Error " + error.message(); });
+  }
+}
+
+bool AccountsManager::_oldMailAccountsInformationFound() {
+  return Platform::current().fileSystem().exists(oldMailAccountsPath());
+}
+
+bool AccountsManager::_oldSyncoraAccountsInformationFound() {
+  return Platform::current().fileSystem().exists(oldSyncoraAccountsPath());
+}
+
+}  // namespace tallbook
+
+const char* tallbookAccountsPath() {
+  thread_local std::string path;
+  return (path = tallbook::AccountsManager::fullPathToTallbookPlist()).c_str();
+}
+
+const char* mailAccountsPath() {
+  thread_local std::string path;
+  return (path = tallbook::oldMailAccountsPath()).c_str();
+}
+
+const char* syncoraAccountPath() {
+  thread_local std::string path;
+  return (path = tallbook::oldSyncoraAccountsPath()).c_str();
+}

@@ -1,0 +1,181 @@
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/Vocabulary.h"
+
+#include "model/LibraryLogging.h"
+#include "store/TBRuntimeFixProtocol.h"
+
+namespace tallbook {
+namespace {
+
+void logMutation(std::string_view operation, const char* verb, const BasicAccount& account) {
+  logMessage(operation,
+             [&] { return verb + (" account: " + Value(account.properties()).description()); });
+}
+
+ArrayRef childrenProperty(const BasicAccount& account) {
+  return account.accountPropertyForKey(kAccountChildAccounts).array();
+}
+
+}  // namespace
+
+void AccountsManager::updateAccount(const std::shared_ptr<BasicAccount>& account) {
+  if (!account) return;
+  logMutation("-[AccountsManager updateAccount:]", "Updating", *account);
+  const String identifier = account->identifier();
+  if (!identifier) return;
+  for (auto& stored : *_orderedTopLevelAccounts) {
+    if (stored->identifier() != identifier) continue;
+    stored = account;
+    _topLevelAccountsByID.insert_or_assign(identifier, account);
+    _loadChildrenFromAccount(account);
+  }
+}
+
+void AccountsManager::insertAccount(const std::shared_ptr<BasicAccount>& account) {
+  if (!account) return;
+  logMutation("-[AccountsManager insertAccount:]", "Inserting", *account);
+  const String identifier = account->identifier();
+  if (identifier && _topLevelAccountsByID.contains(identifier)) return;
+  appendAccount(account);
+}
+
+void AccountsManager::deleteAccount(const std::shared_ptr<BasicAccount>& account) {
+  if (!account) return;
+  logMutation("-[AccountsManager deleteAccount:]", "Deleting", *account);
+  const String identifier = account->identifier();
+  if (!identifier) return;
+  _removeChildrenForAccountWithIdentifier(identifier);
+  _topLevelAccountsByID.erase(identifier);
+  AccountList& accounts = *_orderedTopLevelAccounts;
+  const auto last = std::find_if(accounts.rbegin(), accounts.rend(), [&](const auto& stored) {
+    return stored->identifier() == identifier;
+  });
+  if (last == accounts.rend()) return;
+  const std::shared_ptr<BasicAccount> removed = *last;
+  std::erase(accounts, removed);
+}
+
+void AccountsManager::deleteAccountWithIdentifier(std::string_view identifier) {
+  const auto found = _topLevelAccountsByID.find(identifier);
+  if (found == _topLevelAccountsByID.end()) return;
+  const std::shared_ptr<BasicAccount> account = found->second;
+  deleteAccount(account);
+}
+
+void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccount>& account,
+                                                const std::shared_ptr<BasicAccount>& withAccount) {
+  if (!withAccount) return;
+  const auto stored = std::ranges::find(*_orderedTopLevelAccounts, account);
+  if (stored == _orderedTopLevelAccounts->end()) return;
+  // A new list: one handed out earlier keeps showing the store as it was.
+  auto accounts = std::make_shared<AccountList>(*_orderedTopLevelAccounts);
+  (*accounts)[static_cast<std::size_t>(stored - _orderedTopLevelAccounts->begin())] = withAccount;
+  if (const String identifier = account->identifier()) {
+    _removeChildrenForAccountWithIdentifier(identifier);
+    _topLevelAccountsByID.erase(identifier);
+  }
+  if (const String identifier = withAccount->identifier()) {
+    _topLevelAccountsByID.insert_or_assign(identifier, withAccount);
+  }
+  _loadChildrenFromAccount(withAccount);
+  _orderedTopLevelAccounts = std::move(accounts);
+}
+
+void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& types,
+                                                           const AccountList& accounts) {
+  logMessage("-[AccountsManager replaceAccountsWithTypes:withAccounts:]",
+             [] { return std::string("Replacing accounts"); });
+  AccountTable givenByID;
+  for (const auto& given : accounts) {
+    if (const String identifier = given->identifier()) {
+      givenByID.insert_or_assign(identifier, given);
+    }
+  }
+  AccountTable newTable;
+  newTable.reserve(_topLevelAccountsByID.size());
+  std::unordered_set<const BasicAccount*> placed;
+
+  // From the last record to the first, so that of two with one identifier the first one counts;
+  // the kept ones are collected backwards.
+  auto newList = std::make_shared<AccountList>();
+  newList->reserve(_orderedTopLevelAccounts->size());
+  for (auto stored = _orderedTopLevelAccounts->rbegin(); stored != _orderedTopLevelAccounts->rend();
+       ++stored) {
+    const String identifier = (*stored)->identifier();
+    const auto given = identifier ? givenByID.find(identifier) : givenByID.end();
+    std::shared_ptr<BasicAccount> kept = *stored;
+    if (given != givenByID.end()) {
+      kept = given->second;
+      placed.insert(kept.get());
+      _loadChildrenFromAccount(kept);
+    } else if (std::ranges::find(types, kept->type()) != types.end()) {
+      if (identifier) _removeChildrenForAccountWithIdentifier(identifier);
+      continue;
+    }
+    if (identifier) newTable.insert_or_assign(identifier, kept);
+    newList->push_back(std::move(kept));
+  }
+  std::ranges::reverse(*newList);
+
+  for (const auto& given : accounts) {
+    if (placed.contains(given.get())) continue;
+    if (given->parentAccount()) {
+      moveChild(given, newTable);
+      continue;
+    }
+    newList->push_back(given);
+    if (const String identifier = given->identifier()) {
+      newTable.insert_or_assign(identifier, given);
+    }
+    _loadChildrenFromAccount(given);
+  }
+  _orderedTopLevelAccounts = std::move(newList);
+  _topLevelAccountsByID = std::move(newTable);
+}
+
+void AccountsManager::moveChild(const std::shared_ptr<BasicAccount>& child,
+                                const AccountTable& parents) {
+  const String childID = child->identifier();
+  const auto found = parents.find(child->parentAccountIdentifier());
+  const auto newParent = found == parents.end() ? nullptr : found->second;
+  const auto filed = _childAccountIDToParentAccountID.find(childID);
+  if (filed != _childAccountIDToParentAccountID.end()) {
+    const auto oldParent = newParent && filed->second == newParent->identifier()
+                               ? newParent
+                               : accountWithIdentifier(filed->second);
+    if (oldParent) removeChildWithIdentifierFromAccount(childID, oldParent);
+  }
+  if (newParent) addChildToAccount(child, newParent);
+}
+
+void AccountsManager::removeChildWithIdentifierFromAccount(
+    std::string_view identifier, const std::shared_ptr<BasicAccount>& account) {
+  if (!account) return;
+  const ArrayRef children = childrenProperty(*account);
+  if (!children) return;
+  const ArrayRef remaining = children->mutableCopy();
+  for (const Value& info : *children) {
+    // Only what makes a record has an identifier to compare.
+    const DictionaryRef properties = info.dictionary();
+    const auto child = properties ? BasicAccount::initWithProperties(properties) : nullptr;
+    if (child && child->identifier() == identifier) remaining->removeAllEqual(info);
+  }
+  account->setAccountPropertyForKey(remaining, kAccountChildAccounts);
+  _loadChildrenFromAccount(account);
+}
+
+void AccountsManager::addChildToAccount(const std::shared_ptr<BasicAccount>& child,
+                                        const std::shared_ptr<BasicAccount>& account) {
+  if (!child || !account) return;
+  const ArrayRef present = childrenProperty(*account);
+  const ArrayRef children = present ? present->mutableCopy() : Array::make();
+  children->append(child->properties());
+  account->setAccountPropertyForKey(children, kAccountChildAccounts);
+  _loadChildrenFromAccount(account);
+}
+
+}  // namespace tallbook

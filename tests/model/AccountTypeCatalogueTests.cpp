@@ -1,0 +1,101 @@
+#include "tallbook/BasicAccount.h"
+
+#include "tests/model/Lists.h"
+#include "tests/support/Device.h"
+
+namespace tallbook {
+namespace {
+
+using test::dataclasses;
+using test::failureOf;
+using test::words;
+
+class AnAccountTypeCatalogue : public ThrowAwayDevice {
+ protected:
+  void shipType(const String& type, const DictionaryRef& entry) {
+    platform().resources.replace("AccountTypesProperties", Dictionary::make({{type, entry}}));
+  }
+  void shipSupported(const std::string& listed) {
+    shipType("T", Dictionary::make({{"Supported Dataclasses", dataclasses(listed)}}));
+  }
+};
+
+TEST_F(AnAccountTypeCatalogue, KeepsRecognisedDataclassesInTheirOrder) {
+  struct Case {
+    const char* architecture;
+    const char* listed;
+    const char* kept;
+  };
+  for (const auto& [architecture, listed, kept] : {
+           Case{"armv7", "Notes Mail !unknown Mail", "Notes Mail Mail"},
+           Case{"armv7", "!one !two", "one two"},
+           Case{"armv6", "Notes Mail", "Mail"},
+           Case{"armv6", "Notes", "Notes"},
+           Case{"armv6", "Notes !unknown", "Notes unknown"},
+       }) {
+    SCOPED_TRACE(std::string(architecture) + ": " + listed);
+    restart();
+    platform().information.answers["CPUArchitecture"] = architecture;
+    shipSupported(listed);
+    EXPECT_EQ(words(BasicAccount::supportedDataclassesForAccountType("T")), kept);
+  }
+}
+
+TEST_F(AnAccountTypeCatalogue, AnswersAbsentForWhatTheResourceLacksOrGetsWrong) {
+  platform().resources.replace(
+      "AccountTypesProperties",
+      Dictionary::make({{"", Dictionary::make()},
+                        {"bare", Dictionary::make()},
+                        {"wrong", Dictionary::make({{"Supported Dataclasses", 7},
+                                                    {"Enable Actions", "None"},
+                                                    {"Show Reminders Separately", "yes"}})},
+                        {"no dictionary", 3}}));
+  for (const char* type : {"bare", "wrong", "unknown"}) {
+    SCOPED_TRACE(type);
+    EXPECT_EQ(BasicAccount::_isValidAccountType(type), type != std::string_view("unknown"));
+    EXPECT_FALSE(BasicAccount::supportedDataclassesForAccountType(type));
+    EXPECT_FALSE(BasicAccount::userActionsToEnableDataclassForAccountType("d", type));
+    EXPECT_FALSE(BasicAccount::deleteAccountActionsForAccountType(type));
+    EXPECT_FALSE(BasicAccount::showRemindersSeparatelyForAccountType(type));
+  }
+  EXPECT_FALSE(BasicAccount::_isValidAccountType(""));
+  EXPECT_FALSE(BasicAccount::_isValidAccountType("no dictionary"));
+}
+
+TEST_F(AnAccountTypeCatalogue, CannotBeUsedWithoutItsResource) {
+  platform().resources.takeAway("AccountTypesProperties");
+  EXPECT_EQ(failureOf([] { BasicAccount::initialize(); }),
+            "Could not find AccountTypesProperties.plist");
+  for (const char* bytes : {"", "no property list", "<plist><array/></plist>"}) {
+    restart();
+    platform().resources.replaceBytes("AccountTypesProperties", bytes);
+    EXPECT_EQ(failureOf([] { BasicAccount::initialize(); }),
+              "Could not load the dataclasses configuration file");
+  }
+}
+
+TEST_F(AnAccountTypeCatalogue, WithdrawsTheLastKeepLocalDataFromSingleStoreDataclasses) {
+  const ArrayRef actions = Array::make({"Merge Local Data", "Keep Local Data", "Keep Local Data"});
+  const ArrayRef keep = Array::make({"Keep Local Data", "None"});
+  shipType("T", Dictionary::make({{"Enable Actions", actions}, {"Disable Actions", keep}}));
+  platform().resources.replace(
+      "DataclassesProperties",
+      Dictionary::make({{"many", Dictionary::make({{"Supports Multiple Stores", true}})},
+                        {"one", Dictionary::make({{"Display Dataclass Switch", 1}})}}));
+  const auto toEnable = [](const char* dataclass) {
+    return words(BasicAccount::userActionsToEnableDataclassForAccountType(dataclass, "T"));
+  };
+  EXPECT_EQ(toEnable("many"), "Merge Local Data Keep Local Data Keep Local Data");
+  EXPECT_EQ(toEnable("one"), "Merge Local Data Keep Local Data");
+  EXPECT_EQ(toEnable("one"), "Merge Local Data Keep Local Data") << "the catalogue changed";
+  EXPECT_EQ(words(BasicAccount::userActionsToDisableDataclassForAccountType("unknown", "T")),
+            "None");
+  EXPECT_TRUE(BasicAccount::displayToggleForDataclass("one"));
+  EXPECT_FALSE(BasicAccount::userConfirmationIsRequiredByDataclass("one"));
+  platform().resources.takeAway("DataclassesProperties");
+  EXPECT_TRUE(BasicAccount::multipleStoresSupportedByDataclass("many")) << "read only once";
+  EXPECT_FALSE(BasicAccount::_dataclassesProperties());
+}
+
+}  // namespace
+}  // namespace tallbook

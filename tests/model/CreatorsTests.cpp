@@ -1,0 +1,180 @@
+#include <filesystem>
+
+#include "tallbook/BasicAccount.h"
+
+#include "model/PlugInRegistry.h"
+#include "tests/model/Lists.h"
+#include "tests/support/Device.h"
+
+namespace tallbook {
+namespace {
+
+using test::failureOf;
+
+DictionaryRef creator(const Value& role, const Value& framework, const Value& className) {
+  const DictionaryRef description = Dictionary::make();
+  if (!framework.isNull()) description->set("Framework", framework);
+  if (!className.isNull()) description->set("Class", className);
+  return Dictionary::make({{"Type", role}, {"Description", description}});
+}
+
+class AnAccountWithCreators : public ThrowAwayDevice {
+ protected:
+  AnAccountWithCreators() {
+    for (const char* module : {"creators", "foreign-version", "unresolved"}) {
+      const std::string file = std::string("/") + module + ".so";
+      std::filesystem::create_symlink(TALLBOOK_BUILD_ROOT "/tests/modules" + file, path(file));
+    }
+  }
+  void ship(std::vector<Value> entries) {
+    platform().resources.replace("AccountCreators",
+                                 Dictionary::make({{"Mail", Array::make(std::move(entries))}}));
+  }
+  static std::shared_ptr<BasicAccount> record() {
+    return BasicAccount::initWithProperties(
+        Dictionary::make({{"Type", "Mail"}, {"Class", "C"}, {"Identifier", "i"}}));
+  }
+};
+
+struct CountingLoader final : AccountLoader {
+  bool answer = false;
+  int asked = 0;
+  bool loadBundleForAccountWithProperties(const DictionaryRef&) override {
+    ++asked;
+    return answer;
+  }
+};
+
+TEST_F(AnAccountWithCreators, FailsForMalformedInformation) {
+  const std::string malformed = "Malformed AccountCreators information. Could not find the ";
+  struct Case {
+    std::vector<Value> entries;
+    std::string failure;
+  };
+  for (const Case& each : {
+           Case{{Dictionary::make({{"Type", "FullAccount"}})},
+                malformed + "description for the FullAccount with type Mail"},
+           Case{{creator("FullAccount", 5, "C")},
+                malformed + "path to the framework for the FullAccount with type Mail"},
+           Case{{creator("FullAccount", "creators.so", "")},
+                malformed + "name of the class that creates FullAccount with the type Mail"},
+           Case{{creator("FullAccount", "creators.so", "TestMissing")},
+                "The framework/bundle where TestMissing is defined has not been loaded"},
+           Case{{creator("FullAccount", "creators.so", "TestNotifier")},
+                "Could not create the account with class TestNotifier and id i"},
+       }) {
+    restart();
+    ship(each.entries);
+    EXPECT_EQ(failureOf([] { record()->fullAccountUsingLoader(nullptr); }), each.failure);
+  }
+  restart();
+  platform().resources.replace("AccountCreators", Dictionary::make());
+  const std::string unknown = malformed + "information for the type Mail";
+  EXPECT_EQ(failureOf([] { record()->fullAccountUsingLoader(nullptr); }), unknown);
+  EXPECT_EQ(failureOf([] { record()->refreshContainersForDataclass("all"); }), unknown);
+}
+
+TEST_F(AnAccountWithCreators, ReadsTheInformationAgainUntilItCouldBeRead) {
+  platform().resources.replaceBytes("AccountCreators", "");
+  EXPECT_FALSE(BasicAccount::_accountCreationMap());
+  ship({});
+  const DictionaryRef kept = BasicAccount::_accountCreationMap();
+  ASSERT_TRUE(kept);
+  platform().resources.takeAway("AccountCreators");
+  EXPECT_EQ(BasicAccount::_accountCreationMap(), kept);
+}
+
+TEST_F(AnAccountWithCreators, MakesItsFullAccountOnce) {
+  ship({creator("SyncAccount", "missing.so", "C"), "no entry",
+        creator("FullAccount", "/creators.so", "BasicAccount"),
+        creator("FullAccount", "creators.so", "TestFullAccountCreator")});
+  const auto basic = record();
+  basic->setParentAccount(record());
+  const auto full = basic->fullAccountUsingLoader(nullptr);
+  EXPECT_EQ(basic->fullAccountUsingLoader(nullptr), full);
+  EXPECT_EQ(full->parentAccount(), basic->parentAccount());
+  int result = -1;
+  full->renewAccountCredentialsWithHandler([&](int code) { result = code; });
+  EXPECT_EQ(result, 0);
+  basic->renewAccountCredentialsWithHandler([&](int code) { result = code; });
+  EXPECT_EQ(result, 3);
+  basic->setAccountPropertyForKey(true, "late");
+  EXPECT_FALSE(full->properties()->contains("late"));
+  EXPECT_TRUE(classNamed("BasicAccount")->initWithProperties) << "the first class of a name stays";
+}
+
+TEST_F(AnAccountWithCreators, AsksALoaderForFullAccountsOnly) {
+  ship({creator("FullAccount", nullptr, "DeviceLocalAccount"),
+        creator("SyncAccount", "missing.so", "C")});
+  CountingLoader loader;
+  EXPECT_NE(failureOf([&] { record()->fullAccountUsingLoader(&loader); }).find("path to"),
+            std::string::npos);
+  loader.answer = true;
+  EXPECT_EQ(record()->fullAccountUsingLoader(&loader)->identifier(), "DeviceLocalAccount");
+  EXPECT_EQ(loader.asked, 2);
+  EXPECT_NE(failureOf([&] {
+              record()->_creatorClassNameForAccountTypeCreatorTypeLoader("Mail", "SyncAccount",
+                                                                         &loader);
+            }).find("Could not load"),
+            std::string::npos);
+  EXPECT_EQ(loader.asked, 2);
+}
+
+TEST_F(AnAccountWithCreators, RefusesModulesThatDoNotFit) {
+  for (const auto& [module, reason] :
+       {std::pair{"missing", "missing.so"}, std::pair{"unresolved", "SymbolThatNobodyProvides"},
+        std::pair{"foreign-version", "version 2"}, std::pair{"foreign-version", "version 2"}}) {
+    const std::string file = std::string(module) + ".so";
+    const std::string failure = failureOf([&] { loadAccountCreatorFramework("//" + file); });
+    EXPECT_EQ(
+        failure.rfind(
+            "Could not load the account creator framework " + root() + "/" + file + ". Error ", 0),
+        0u)
+        << failure;
+    EXPECT_NE(failure.find(reason), std::string::npos) << failure;
+  }
+  EXPECT_FALSE(classNamed("TestFitting"));
+  EXPECT_FALSE(tallbookClassNamed("TestForeign"));
+  EXPECT_FALSE(tallbookClassNamed(nullptr));
+}
+
+TEST_F(AnAccountWithCreators, ForwardsRefreshesToItsSyncAccount) {
+  ship({creator("SyncAccount", "creators.so", "TestSyncAccountCreator")});
+  const auto basic = record();
+  EXPECT_TRUE(basic->refreshContainerWithIdentifierForDataclass("container", "dataclass"));
+  EXPECT_TRUE(basic->refreshContainerListForDataclass("list"));
+  EXPECT_FALSE(basic->refreshContainersForDataclass("all"));
+  EXPECT_TRUE(basic->refreshContainersForDataclassIsUserRequested("all", true));
+}
+
+TEST_F(AnAccountWithCreators, LogsEachRefreshThatFindsNoSyncAccount) {
+  ship({creator("SyncAccount", "creators.so", "TestSyncAccountCreator")});
+  const auto basic = record();
+  basic->setDisplayName("nothing to sync");
+  EXPECT_FALSE(basic->refreshContainersForDataclass("all"));
+  EXPECT_TRUE(logContains(
+      "\"ERROR: Could not create the account with class TestSyncAccountCreator and id i\""));
+  basic->setDisplayName("something");
+  EXPECT_TRUE(basic->_cachedSyncAccount()) << "a failed attempt is not kept";
+
+  restart();
+  ship({creator("SyncAccount", "creators.so", "TestMissing")});
+  const auto lost = record();
+  EXPECT_FALSE(lost->refreshContainersForDataclass("all"));
+  EXPECT_FALSE(lost->refreshContainersForDataclass("all"));
+  EXPECT_EQ(platform().log.lines.size(), 2u);
+  EXPECT_TRUE(
+      logContains("TestMissing is defined has not been loaded, so there is no syncable "
+                  "account for basic account with properties {"));
+  platform().log.listening = false;
+  EXPECT_FALSE(lost->refreshContainersForDataclass("all"));
+  EXPECT_EQ(platform().log.lines.size(), 2u);
+
+  restart();
+  ship({});
+  EXPECT_FALSE(record()->refreshContainersForDataclass("all"));
+  EXPECT_TRUE(platform().log.lines.empty());
+}
+
+}  // namespace
+}  // namespace tallbook

@@ -1,0 +1,109 @@
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include "platform/linux/LinuxNamedLock.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Device.h"
+
+namespace tallbook {
+namespace {
+
+namespace fs = std::filesystem;
+using test::ChildProcess;
+
+class ANamedLock : public ThrowAwayDevice {
+ protected:
+  /// Looks at the lock's file from outside.
+  bool isHeld() const {
+    const int file = ::open(lockPath.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool held = file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) != 0;
+    ::close(file);
+    return held;
+  }
+
+  const std::string lockPath = path("/tmp/InProgress");
+  LinuxNamedLock locks{root()};
+};
+
+TEST_F(ANamedLock, IsHeldExactlyAsLongAsItsHold) {
+  auto hold = locks.lock("InProgress");
+  ASSERT_TRUE(hold);
+  EXPECT_TRUE(isHeld());
+  // A process forked meanwhile keeps the file open, not the lock.
+  ChildProcess bystander([](ChildProcess::Parent& parent) {
+    parent.say('h');
+    return parent.hear() == 'q';
+  });
+  ASSERT_EQ(bystander.hear(), 'h');
+  hold.reset();
+  EXPECT_FALSE(isHeld());
+  bystander.say('q');
+  EXPECT_EQ(bystander.wait(), 0);
+}
+
+TEST_F(ANamedLock, EndsWithAHolderThatIsKilled) {
+  ChildProcess holder([this](ChildProcess::Parent& parent) {
+    const auto hold = locks.lock("InProgress");
+    parent.say(hold ? 'h' : 'n');
+    return parent.hear() == 'q';
+  });
+  ASSERT_EQ(holder.hear(), 'h');
+  EXPECT_TRUE(isHeld());
+  holder.kill();
+  EXPECT_TRUE(locks.lock("InProgress"));
+}
+
+// Each process counts on in a file that it reads and writes in two steps: two holders at once lose
+// counts. Every third time one removes the lock's file, like somebody who empties the folder.
+TEST_F(ANamedLock, HasOneHolderAtATimeEvenWhenItsFileIsRemoved) {
+  constexpr int kProcesses = 4;
+  constexpr int kRounds = 150;
+  const std::string counter = path("/counter");
+  test::writeFile(counter, "0");
+  const auto countOn = [&](ChildProcess::Parent& parent) {
+    parent.hear();
+    for (int round = 0; round < kRounds; ++round) {
+      const auto hold = locks.lock("InProgress");
+      if (!hold) return false;
+      test::writeFile(counter, std::to_string(std::stoi(test::readFile(counter)) + 1));
+      if (round % 3 == 0) fs::remove(lockPath);
+    }
+    return true;
+  };
+  std::vector<std::unique_ptr<ChildProcess>> processes;
+  for (int i = 0; i < kProcesses; ++i) {
+    processes.push_back(std::make_unique<ChildProcess>(countOn));
+  }
+  for (const auto& process : processes) process->say('g');
+  for (const auto& process : processes) EXPECT_EQ(process->wait(), 0);
+  EXPECT_EQ(test::readFile(counter), std::to_string(kProcesses * kRounds));
+}
+
+TEST_F(ANamedLock, CanBeTakenByEveryUser) {
+  const mode_t before = ::umask(0077);
+  EXPECT_TRUE(locks.lock("InProgress"));
+  ::umask(before);
+  EXPECT_EQ(fs::status(lockPath).permissions(), fs::perms(0444));
+}
+
+TEST_F(ANamedLock, RefusesWhatWasPlantedAtItsPath) {
+  test::writeFile(path("/victim"), "mine");
+  fs::create_symlink(path("/victim"), path("/tmp/link"));
+  fs::create_symlink(path("/made-through-the-link"), path("/tmp/dangling"));
+  fs::create_directory(path("/tmp/directory"));
+  ASSERT_EQ(::mkfifo(path("/tmp/pipe").c_str(), 0666), 0);
+  for (const char* name : {"link", "dangling", "directory", "pipe", "../victim", ""}) {
+    EXPECT_FALSE(locks.lock(name)) << name;
+  }
+  EXPECT_FALSE(test::exists(path("/made-through-the-link")));
+  fs::remove_all(path("/tmp"));
+  EXPECT_FALSE(locks.lock("InProgress")) << "there is no folder for locks";
+}
+
+}  // namespace
+}  // namespace tallbook

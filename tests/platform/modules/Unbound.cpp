@@ -1,0 +1,5 @@
+void thisFunctionIsNowhere();
+
+extern "C" __attribute__((visibility("default"))) void callNowhere() {
+  thisFunctionIsNowhere();
+}

@@ -1,0 +1,15 @@
+#include "tests/support/TestPlatform.h"
+
+#include "platform/linux/LinuxPlatform.h"
+
+namespace tallbook {
+
+TestPlatform::TestPlatform(const std::string& root)
+    : _linux(makeLinuxPlatform({root, LinuxPlatformOptions::LogSink::Nowhere})),
+      _fileSystem(&_linux->fileSystem()),
+      capturedPreferences(_linux->preferences()),
+      scriptedDirectories(_linux->directories()),
+      scriptedUUIDs(_linux->uuids()),
+      resources(root + "/usr/share/tallbook") {}
+
+}  // namespace tallbook

@@ -1,0 +1,282 @@
+"""Runs the command-line tool on device trees; reads and writes accounts files with plistlib.
+
+Usage: test_tallbook.py PATH-OF-THE-TOOL [unittest arguments]
+"""
+
+import datetime
+import json
+import os
+import plistlib
+import pty
+import subprocess
+import sys
+import tempfile
+import unittest
+
+TOOL = ""
+DONE, NOT_FOUND, USAGE, UNREADABLE, NOT_SAVED = range(5)
+
+
+def dataclass(name):
+    return "com.orvane.Dataclass." + name
+
+
+def mail(identifier, **more):
+    return {"Identifier": identifier, "Type": "Mail", "Class": "IMAPAccount"} | more
+
+
+def family():
+    child = {"Identifier": "c1", "Type": "CalDAV", "Class": "CalDAVAccount"}
+    return [
+        mail("m1", DisplayName="Büro", Port=993, **{"Enabled Dataclasses": [dataclass("Mail")]}),
+        {"Identifier": "p1", "Type": "OrvaneAccount", "Class": "OrvaneAccount",
+         "DisplayName": "Umbrella", "ChildAccounts": [child, dict(child, Identifier="c2")]},
+    ]
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = os.path.join(folder.name, "device")
+        self.run_tool("init", self.root, root=None)
+        self.path = os.path.join(self.root, "var/mobile/Library/Preferences/com.orvane.tallbook.plist")
+
+    def run_tool(self, *arguments, root="", expect=DONE):
+        """Runs the tool and answers its output; the message goes to self.message."""
+        of_device = [] if root is None else ["--root", root or self.root]
+        done = subprocess.run([TOOL, *of_device, *arguments], capture_output=True, timeout=60,
+                              env=os.environ | {"LC_ALL": "C.UTF-8"})
+        self.message = done.stderr.decode()
+        self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
+        return done.stdout.decode()
+
+    def json(self, *arguments, **more):
+        return json.loads(self.run_tool("--json", *arguments, **more))
+
+    def write(self, records, path=None, **top):
+        with open(path or self.path, "wb") as file:
+            plistlib.dump({"Version": 12, "Accounts": records} | top, file,
+                          fmt=plistlib.FMT_BINARY)
+
+    def read(self):
+        with open(self.path, "rb") as file:
+            return plistlib.load(file, fmt=plistlib.FMT_BINARY)["Accounts"]
+
+
+class Outcomes(ToolTest):
+    def test_every_command_answers_with_its_exit_code(self):
+        self.write(family())
+        for code, *arguments in [
+                (DONE, "list"), (DONE, "list", "--type", "Mail"), (NOT_FOUND, "list", "--type", "Gmail"),
+                (USAGE, "list", "--type", "Nonsense"), (USAGE,), (USAGE, "frobnicate"),
+                (USAGE, "--root", "/nowhere", "list"), (DONE, "--help"),
+                (DONE, "show", "c2"), (NOT_FOUND, "show", "c3"), (USAGE, "show"),
+                (DONE, "get", "m1", "Port"), (NOT_FOUND, "get", "m1", "Nothing"),
+                (NOT_FOUND, "set", "m9", "Port", "1"), (USAGE, "set", "m1", "Port", "many"),
+                (USAGE, "set", "m1", "Type", "Gmail"), (USAGE, "set", "m1", "Class", ""),
+                (USAGE, "set", "m1", "Class", "NoMailClass"), (USAGE, "set", "m1", "Key", b"\xff"),
+                (NOT_FOUND, "unset", "m1", "Nothing"), (USAGE, "unset", "m1", "Identifier"),
+                (USAGE, "enable", "m1", "Nonsense"), (USAGE, "enable", "m1", "Backup"),
+                (USAGE, "add", "Nonsense", "Class"), (USAGE, "add", "Mail", ""),
+                (USAGE, "add", "CalDAV", "CalDAVAccount", "--parent", "c1"),
+                (NOT_FOUND, "remove", "m9"), (DONE, "types"), (DONE, "types", "Mail"),
+                (USAGE, "types", "Nonsense"), (NOT_FOUND, "explain", "m9", "Mail"),
+                (NOT_FOUND, "diff", self.path, self.path + ".none"), (DONE, "wait"),
+                (USAGE, "init", self.root)]:
+            with self.subTest(arguments=arguments):
+                self.run_tool(*arguments, expect=code)
+        self.assertEqual(self.read(), family(), "a refused command changed the file")
+
+    def test_a_device_without_a_file_is_empty_and_gets_one_with_the_first_account(self):
+        self.assertEqual(self.json("list"), [])
+        self.run_tool("dump", expect=NOT_FOUND)
+        identifier = self.run_tool("add", "Gmail", "GmailAccount", "--name", "Work").strip()
+        self.assertEqual([(r["Identifier"], r["DisplayName"]) for r in self.read()],
+                         [(identifier, "Work")])
+
+    def test_a_save_that_fails_says_so_and_leaves_the_file(self):
+        self.write(family())
+        os.remove(os.path.join(self.root, "etc/passwd"))
+        self.run_tool("set", "m1", "Port", "143", expect=NOT_SAVED)
+        self.assertEqual(self.read(), family())
+        self.run_tool("--verbose", "set", "m1", "Port", "143", expect=NOT_SAVED)
+        self.assertIn("Failed to save accounts to filesystem.", self.message)
+
+    def test_only_a_terminal_gets_colours(self):
+        self.write(family())
+        self.write([], self.path + ".other")
+        command = [TOOL, "diff", self.path, self.path + ".other"]
+        self.assertNotIn("\x1b", self.run_tool(*command[1:]))
+        ours, theirs = pty.openpty()
+        environment = {k: v for k, v in os.environ.items() if k != "NO_COLOR"}
+        subprocess.run(command, stdout=theirs, check=True, timeout=60, env=environment)
+        self.assertIn(b"\x1b[31m", os.read(ours, 4096))
+        os.close(ours)
+        os.close(theirs)
+
+
+class UnreadableFiles(ToolTest):
+    CONTENTS = {
+        "empty": b"", "noise": bytes(range(256)),
+        "cut off": plistlib.dumps({"Accounts": family()}, fmt=plistlib.FMT_BINARY)[:-40],
+        "no dictionary": plistlib.dumps([1], fmt=plistlib.FMT_BINARY),
+        "no list": plistlib.dumps({"Accounts": {"m1": mail("m1")}}, fmt=plistlib.FMT_BINARY),
+    }
+
+    def test_no_command_replaces_them(self):
+        changes = [("set", "m1", "Port", "1"), ("add", "Mail", "IMAPAccount"), ("remove", "m1"),
+                   ("enable", "m1", "Mail"), ("disable", "m1", "Mail"), ("unset", "m1", "Port")]
+        for name, content in self.CONTENTS.items():
+            with open(self.path, "wb") as file:
+                file.write(content)
+            for command in [*changes, ("list",), ("check",), ("dump",), ("diff", self.path, self.path)]:
+                with self.subTest(file=name, command=command):
+                    self.run_tool(*command, expect=UNREADABLE)
+                    self.assertIn(self.path, self.message)
+            with open(self.path, "rb") as file:
+                self.assertEqual(file.read(), content)
+
+    def test_they_are_replaced_on_demand_after_a_copy_of_each(self):
+        for number, content in enumerate([b"first", b"second"], start=1):
+            with open(self.path, "wb") as file:
+                file.write(content)
+            self.run_tool("--replace-unreadable", "add", "Mail", "IMAPAccount")
+            self.assertEqual(len(self.read()), 1)
+            with open(f"{self.path}.unreadable-{number}", "rb") as file:
+                self.assertEqual(file.read(), content)
+
+
+class Changes(ToolTest):
+    def test_typed_values_arrive_as_other_programs_read_them(self):
+        self.write([mail("m1", Port=993, Kept=plistlib.UID(7))])
+        date = datetime.datetime(4001, 1, 1, 12, 30)
+        for kind, text, value in [
+                ("string", "993", "993"), ("integer", "18446744073709551615", 2**64 - 1),
+                ("integer", "-9223372036854775808", -2**63), ("real", "0.1", 0.1),
+                ("boolean", "true", True), ("data", "AP8=", b"\0\xff"), ("uid", "5", plistlib.UID(5)),
+                ("date", "4001-01-01T12:30:00Z", date), ("json", '{"a": [1, 2.0, "ü\\u0000"]}',
+                                                       {"a": [1, 2.0, "ü\0"]}),
+                ("json", '{"$data": "AQI="}', b"\1\2")]:
+            with self.subTest(kind=kind, text=text):
+                self.run_tool("set", "m1", "K", "--type", kind, "--", text)
+                stored = self.read()[0]["K"]
+                self.assertEqual((type(stored), stored), (type(value), value))
+                # What get prints as JSON is what set takes.
+                again = self.run_tool("--json", "get", "m1", "K")
+                self.run_tool("set", "m1", "Copy", "--type", "json", "--", again)
+                self.assertEqual(self.read()[0]["Copy"], value)
+        self.run_tool("set", "m1", "Port", "143")
+        self.run_tool("set", "m1", "New", "143")
+        self.run_tool("unset", "m1", "K")
+        record = self.read()[0]
+        self.assertEqual((record["Port"], record["New"], record["Kept"]), (143, "143", plistlib.UID(7)))
+        self.assertNotIn("K", record)
+
+    def test_children_change_in_their_place(self):
+        self.write(family())
+        self.run_tool("set", "c1", "DisplayName", "First")
+        added = self.run_tool("add", "CardDAV", "CardDAVAccount", "--parent", "p1").strip()
+        self.run_tool("remove", "c2")
+        children = self.read()[1]["ChildAccounts"]
+        self.assertEqual([(c["Identifier"], c.get("DisplayName")) for c in children],
+                         [("c1", "First"), (added, None)])
+        shown = self.json("list")[1]
+        self.assertEqual([c["identifier"] for c in shown["children"]], ["c1", added])
+
+    def test_there_is_one_on_device_account(self):
+        self.run_tool("add", "OnMyDevice", "DeviceLocalAccount")
+        self.run_tool("add", "OnMyDevice", "DeviceLocalAccount", expect=USAGE)
+        self.assertEqual([r["Identifier"] for r in self.read()], ["DeviceLocalAccount"])
+
+    def test_dataclasses_are_switched_and_explained(self):
+        self.write(family())
+        self.run_tool("enable", "m1", "notes")
+        self.run_tool("disable", "m1", dataclass("Mail"))
+        self.assertEqual(self.read()[0]["Enabled Dataclasses"], [dataclass("Notes")])
+        self.run_tool("set", "p1", "--type", "json", "Provisioned Dataclasses",
+                      json.dumps([dataclass("Mail"), dataclass("Backup")]))
+        self.run_tool("enable", "p1", "Mail")
+        self.run_tool("enable", "p1", "Contacts")
+        self.assertIn("stays off", self.message)
+        os.makedirs(os.path.join(self.root, "etc/tallbook"))
+        with open(os.path.join(self.root, "etc/tallbook/Restrictions.plist"), "wb") as file:
+            plistlib.dump({"CloudBackup": 2}, file)
+        for identifier, name, on, reason in [
+                ("m1", "Notes", True, "enabled"), ("m1", "Mail", False, "disabled"),
+                ("m1", "Backup", False, "unsupported"), ("p1", "Contacts", False, "unprovisioned"),
+                ("p1", "Backup", False, "restricted"), ("c1", "Calendars", False, "parent"), ("c1", "Mail", True, "parent")]:
+            with self.subTest(identifier=identifier, name=name):
+                answer = self.json("explain", identifier, name)
+                self.assertEqual((answer["on"], answer["reason"]), (on, reason))
+
+
+class Comparing(ToolTest):
+    def test_diff_names_records_and_keys(self):
+        other = self.path + ".other"
+        before = family() + [mail("gone")]
+        after = family() + [mail("new")]
+        after[0]["Port"] = 143
+        after[0]["Server"] = "mail.example"
+        del after[0]["DisplayName"]
+        after[1]["ChildAccounts"][1]["Username"] = "x"
+        self.write(before)
+        self.write(after, other, Version=7)
+        changes = self.json("diff", self.path, other)
+        self.assertEqual([(c["change"], sorted(c["keys"])) for c in changes], [
+            ("changed", ["Version"]), ("changed", ["DisplayName", "Port", "Server"]),
+            ("changed", ["Username"]), ("removed", ["Class", "Identifier", "Type"]),
+            ("added", ["Class", "Identifier", "Type"])])
+        self.assertEqual(changes[1]["keys"], {"Port": {"before": 993, "after": 143},
+                                              "Server": {"after": "mail.example"},
+                                              "DisplayName": {"before": "Büro"}})
+        self.assertIn("~ Port: 993 -> 143", self.run_tool("diff", self.path, other))
+        self.assertEqual(self.run_tool("diff", self.path, self.path), "")
+        self.write(list(reversed(family())), other)
+        self.write(family())
+        self.assertEqual(self.json("diff", self.path, other)[0]["record"], "order of the records")
+
+    def test_dump_says_what_the_file_says(self):
+        record = mail("m1", Text="<&>\r\n\"ü😀", Real=1e300, Big=2**64 - 1, Data=b"\0\1\2",
+                      Date=datetime.datetime(1, 2, 3), No=False, List=[[], {}])
+        self.write([record])
+        self.assertEqual(plistlib.loads(self.run_tool("dump").encode())["Accounts"], [record])
+        self.assertEqual(self.json("dump")["Accounts"][0]["Date"], {"$date": "0001-02-03T00:00:00Z"})
+        for value in ["\x01", plistlib.UID(1)]:
+            self.write([mail("m1", Bad=[value])])
+            self.run_tool("dump", expect=NOT_FOUND)
+            self.assertIn("Accounts[0].Bad[0]", self.message)
+
+    def test_check_finds_what_the_library_does_not_take(self):
+        self.write(family())
+        self.assertEqual(self.json("check"), [])
+        device = {"Type": "OnMyDevice", "Class": "DeviceLocalAccount"}
+        path = {"AccountPath": "/var/mobile/Library/Mail/IMAP-a@b"}
+        for effect, place, records, top in [
+                ("dropped", "Extra", [], {"Extra": 1}), ("ambiguous", "Version", [], {"Version": 7}),
+                ("ambiguous", "Version", [], {"Version": "12"}),
+                ("dropped", "Accounts[0]", ["text"], {}), ("dropped", "Accounts[0]", [mail("a", Type="X")], {}),
+                ("dropped", "Accounts[0]", [mail("a", Type=5)], {}),
+                ("dropped", "Accounts[0]", [mail("a", Class="")], {}),
+                ("dropped", "Accounts[0]", [mail("a", Class="MailAccount")], {}),
+                ("repaired", "Accounts[0]", [mail("a", Class="MailAccount", **path)], {}),
+                ("ambiguous", "Accounts[1]", [mail("a"), mail("a")], {}),
+                ("ambiguous", "Accounts[1]", [device | {"Identifier": i} for i in "ab"], {}),
+                ("ignored", "Accounts[0]", [mail("a", ChildAccounts="none")], {}),
+                ("ignored", "Accounts[0].ChildAccounts[0]", [mail("a", ChildAccounts=[1])], {}),
+                ("ambiguous", "Accounts[0].ChildAccounts[0]", [mail("a", ChildAccounts=[mail("a")])], {}),
+                ("ignored", "Accounts[0]", [mail("a", **{"Enabled Dataclasses": [3]})], {})]:
+            with self.subTest(effect=effect, records=records, top=top):
+                self.write(records, **top)
+                findings = self.json("check", expect=NOT_FOUND)
+                self.assertEqual([(f["effect"], f["place"].split(" ")[0]) for f in findings],
+                                 [(effect, place)])
+                # What is said to be dropped is what a save drops.
+                if effect == "dropped" and records:
+                    self.run_tool("add", "Gmail", "GmailAccount")
+                    self.assertEqual([r["Type"] for r in self.read()], ["Gmail"])
+
+
+if __name__ == "__main__":
+    TOOL = sys.argv.pop(1)
+    unittest.main()

@@ -1,0 +1,36 @@
+#include <iostream>
+
+#include "tools/tallbook/AccountsFile.h"
+#include "tools/tallbook/Commands.h"
+#include "tools/tallbook/FileCheck.h"
+#include "tools/tallbook/Output.h"
+
+namespace tallbook::tool {
+
+ExitCode check(const Options& options) {
+  const AccountsFile file = readAccountsFile();
+  if (file.state == AccountsFile::State::Unreadable) {
+    throw unreadable(file,
+                     "every program reads it as empty, and the first to save loses its accounts; "
+                     "restore it from a copy");
+  }
+  if (file.state == AccountsFile::State::Missing) note("there is no " + file.path + " yet");
+  const std::vector<Finding> findings =
+      file.content ? findingsOf(*file.content) : std::vector<Finding>();
+  if (options.json) {
+    JSON array = JSON::array();
+    for (const Finding& finding : findings) {
+      array.push_back({{"effect", finding.effect}, {"place", finding.place}, {"why", finding.why}});
+    }
+    printJSON(array);
+  } else {
+    for (const Finding& finding : findings) {
+      const Style style = finding.effect == "dropped" ? Style::Removed : Style::Changed;
+      std::cout << styled(style, std::string(finding.effect)) << ": " << printable(finding.place)
+                << ": " << printable(finding.why) << '\n';
+    }
+  }
+  return findings.empty() ? ExitCode::Done : ExitCode::NotFound;
+}
+
+}  // namespace tallbook::tool

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/tallbook/Outcome.h"
+
+namespace tallbook::tool {
+
+/// What holds for every command.
+struct Options {
+  bool json = false;               ///< print for a program
+  bool replaceUnreadable = false;  ///< a file that is no accounts file may be replaced
+};
+
+// Each command prints its result on standard output, and throws Failure where there is none.
+
+/// The accounts, children below their parents; only those of the types where some are given.
+ExitCode list(const Options& options, const std::vector<std::string>& types);
+ExitCode show(const Options& options, const std::string& identifier);
+ExitCode get(const Options& options, const std::string& identifier, const std::string& key);
+/// `kind` as `valueFromText` takes it; empty for the kind that the key has now, else a string.
+ExitCode set(const Options& options, const std::string& identifier, const std::string& key,
+             const std::string& text, const std::string& kind);
+ExitCode unset(const Options& options, const std::string& identifier, const std::string& key);
+ExitCode setEnabled(const Options& options, const std::string& identifier,
+                    const std::string& dataclass, bool enabled);
+/// Prints the new record's identifier. `name` and `parent` may be empty.
+ExitCode add(const Options& options, const std::string& type, const std::string& className,
+             const std::string& name, const std::string& parent);
+ExitCode remove(const Options& options, const std::string& identifier);
+/// The whole catalogue for an empty type.
+ExitCode types(const Options& options, const std::string& type);
+ExitCode dump(const Options& options);
+ExitCode diff(const Options& options, const std::string& before, const std::string& after);
+ExitCode check(const Options& options);
+ExitCode explain(const Options& options, const std::string& identifier,
+                 const std::string& dataclass);
+ExitCode init(const std::string& folder);
+ExitCode wait();
+
+}  // namespace tallbook::tool

@@ -1,0 +1,50 @@
+#include "tools/tallbook/Dataclasses.h"
+
+#include <algorithm>
+
+#include "tallbook/BasicAccount.h"
+
+#include "tools/tallbook/Outcome.h"
+
+namespace tallbook::tool {
+namespace {
+
+constexpr std::string_view kPrefix = "com.orvane.Dataclass.";
+
+bool isSameLetter(char a, char b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+  return lower(a) == lower(b);
+}
+
+}  // namespace
+
+std::string shortName(std::string_view dataclass) {
+  if (dataclass.starts_with(kPrefix)) dataclass.remove_prefix(kPrefix.size());
+  return std::string(dataclass);
+}
+
+std::string shortNames(const ArrayRef& dataclasses) {
+  if (!dataclasses) return "not set";
+  std::string names;
+  for (const Value& dataclass : *dataclasses) {
+    if (!names.empty()) names += ", ";
+    names += shortName(dataclass.string());
+  }
+  return names.empty() ? "none" : names;
+}
+
+String dataclassNamed(std::string_view name) {
+  const ArrayRef all = BasicAccount::allSupportedDataclasses();
+  for (const Value& dataclass : *all) {
+    const String full = dataclass.string();
+    const std::string brief = shortName(full);
+    if (full == name ||
+        std::equal(brief.begin(), brief.end(), name.begin(), name.end(), isSameLetter)) {
+      return full;
+    }
+  }
+  throw Failure(ExitCode::Usage, "there is no dataclass \"" + std::string(name) +
+                                     "\"; there are: " + shortNames(all));
+}
+
+}  // namespace tallbook::tool

@@ -1,0 +1,95 @@
+#include "tools/tallbook/EditableStore.h"
+
+#include <filesystem>
+
+#include "tallbook/InternalConsistencyFailure.h"
+#include "tallbook/Vocabulary.h"
+
+#include "tools/tallbook/Output.h"
+
+namespace tallbook::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Copies the file to the first free name beside it.
+void keepCopy(const std::string& path) {
+  std::error_code failure;
+  for (int number = 1;; ++number) {
+    const std::string copy = path + ".unreadable-" + std::to_string(number);
+    if (fs::copy_file(path, copy, failure)) {
+      note("the unreadable file is kept as " + copy);
+      return;
+    }
+    if (failure != std::errc::file_exists) {
+      throw Failure(ExitCode::NotSaved, path + " cannot be copied (" + failure.message() +
+                                            "), so it is left as it is; copy it yourself, "
+                                            "remove it, and repeat the command");
+    }
+  }
+}
+
+}  // namespace
+
+EditableStore::EditableStore(const Options& options) : _file(readAccountsFile()) {
+  if (_file.state == AccountsFile::State::Unreadable && !options.replaceUnreadable) {
+    throw unreadable(_file,
+                     "saving would lose every account in it; restore it from a copy, or repeat "
+                     "the command with --replace-unreadable");
+  }
+  const ArrayRef records = _file.records();
+  _store = AccountsManager::initWithAccounsInfoArray(records);
+  if (records && records->size() > _store->count()) {
+    note(std::to_string(records->size() - _store->count()) +
+         " of the file's records cannot be loaded and leave it with the next save; "
+         "\"tallbook check\" names them");
+  }
+}
+
+void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
+  const std::shared_ptr<BasicAccount> parent = record->parentAccount();
+  if (!parent) {
+    _store->updateAccount(record);
+    return;
+  }
+  const ArrayRef children =
+      parent->accountPropertyForKey(kAccountChildAccounts).array()->mutableCopy();
+  // Of two children with one identifier the later one is the record that look-ups give.
+  for (std::size_t index = children->size(); index-- > 0;) {
+    const DictionaryRef child = (*children)[index].dictionary();
+    if (child && (*child)[kAccountIdentifier].string() == record->identifier()) {
+      children->replace(index, record->properties());
+      break;
+    }
+  }
+  parent->setAccountPropertyForKey(children, kAccountChildAccounts);
+  _store->updateAccount(parent);
+}
+
+void EditableStore::save() const {
+  if (_file.state == AccountsFile::State::Unreadable) keepCopy(_file.path);
+  bool replaced = false;
+  try {
+    replaced = _store->saveAllAccounts();
+  } catch (const InternalConsistencyFailure& failure) {
+    note(std::string("the change is saved, but not everyone who listens could be told: ") +
+         failure.what());
+    return;
+  }
+  if (!replaced) {
+    throw Failure(ExitCode::NotSaved, _file.path +
+                                          " could not be replaced and is as it was; repeat the "
+                                          "command with --verbose to see why");
+  }
+}
+
+void requireLoadable(const DictionaryRef& properties) {
+  if (AccountsManager::initWithAccounsInfoArray(Array::make({properties}))->count() == 1) return;
+  throw Failure(ExitCode::Usage, "the next load would drop an account of the type \"" +
+                                     (*properties)[kAccountType].string().str() +
+                                     "\" with the class \"" +
+                                     (*properties)[kAccountClass].string().str() +
+                                     "\"; give a class that the type has");
+}
+
+}  // namespace tallbook::tool

@@ -1,0 +1,213 @@
+#include "tools/tallbook/FileCheck.h"
+
+#include <map>
+#include <utility>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/Vocabulary.h"
+
+#include "tools/tallbook/Dataclasses.h"
+#include "tools/tallbook/ValueText.h"
+
+namespace tallbook::tool {
+namespace {
+
+using Kind = Value::Kind;
+
+/// The kind that each key must have to be read.
+const std::vector<std::pair<String, Kind>>& kindsOfKeys() {
+  static const std::vector<std::pair<String, Kind>> kinds{
+      {kAccountIdentifier, Kind::String},
+      {kAccountSyncIdentifier, Kind::String},
+      {kAccountType, Kind::String},
+      {kAccountClass, Kind::String},
+      {kAccountDisplayName, Kind::String},
+      {kAccountUsername, Kind::String},
+      {kAccountTypeString, Kind::String},
+      {kAccountShortTypeString, Kind::String},
+      {kAccountEnabledDataclasses, Kind::Array},
+      {kAccountProvisionedDataclasses, Kind::Array},
+      {kCalendarsAccountSubscribedCalendars, Kind::Array},
+      {kAccountChildAccounts, Kind::Array},
+  };
+  return kinds;
+}
+
+std::string quoted(std::string_view text) {
+  return "\"" + std::string(text) + "\"";
+}
+
+std::string kindText(const Value& value, std::string_view wanted) {
+  return "is of the kind " + std::string(nameOfKind(value.kind())) + ", not " + std::string(wanted);
+}
+
+class FileCheck {
+ public:
+  std::vector<Finding> run(const Dictionary& content) {
+    checkVersion(content[kPlistVersionKey]);
+    for (const auto& [key, value] : content) {
+      if (key == kPlistVersionKey || key == kPlistAccountsKey) continue;
+      add("dropped", key.str(), "the next save keeps no top-level keys but Version and Accounts");
+    }
+    if (const ArrayRef records = content[kPlistAccountsKey].array()) {
+      for (std::size_t index = 0; index < records->size(); ++index) {
+        checkTopLevel("Accounts[" + std::to_string(index) + "]", (*records)[index]);
+      }
+    } else {
+      add("ignored", kPlistAccountsKey.str(), "there is none, so the file holds no account");
+    }
+    return std::move(_findings);
+  }
+
+ private:
+  void add(std::string_view effect, const std::string& place, const std::string& why) {
+    _findings.push_back({effect, place, why});
+  }
+
+  void checkVersion(const Value& version) {
+    const std::uint64_t current = AccountsManager::currentVersion();
+    if (version.kind() != Kind::Integer) {
+      add("ambiguous", kPlistVersionKey.str(),
+          (version.isNull() ? "it is missing" : "it " + kindText(version, "integer")) +
+              ", and reads as " + std::to_string(version.unsignedValue()));
+    } else if (version.unsignedValue() != current) {
+      add("ambiguous", kPlistVersionKey.str(),
+          "it is " + lineText(version) +
+              (version.unsignedValue() < current ? ", older than " : ", newer than ") +
+              std::to_string(current) + ", which the next save writes whatever the records are");
+    }
+  }
+
+  static std::string placeOf(const std::string& place, const Dictionary& record) {
+    const String type = record[kAccountType].string();
+    const String identifier = record[kAccountIdentifier].string();
+    if (type.empty() && identifier.empty()) return place;
+    return place + " (" + type.str() + (type.empty() || identifier.empty() ? "" : " ") +
+           identifier.str() + ")";
+  }
+
+  void checkTopLevel(const std::string& index, const Value& element) {
+    const DictionaryRef record = element.dictionary();
+    if (!record) return add("dropped", index, "it " + kindText(element, "dictionary"));
+    const std::string place = placeOf(index, *record);
+    const std::string fault = faultOf(*record);
+    if (!fault.empty()) return add("dropped", place, fault);
+
+    const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({record}));
+    const String className = (*record)[kAccountClass].string();
+    if (store->count() == 0) {
+      return add("dropped", place,
+                 "its class " + quoted(className) +
+                     " is none of a mail account, and \"AccountPath\" does not tell another");
+    }
+    const String loaded = store->allBasicAccounts()->front()->accountClass();
+    if (!(loaded == className)) {
+      add("repaired", place, "its class " + quoted(className) + " becomes " + quoted(loaded));
+    }
+    checkIdentifier(place, *record, false);
+    if (!(*record)[kAccountIdentifier].string()) {
+      add("repaired", place, "it has no identifier and receives a new one");
+    }
+    if ((*record)[kAccountType].string() == kOnMyDeviceAccountType) {
+      if (!_onDevice.empty()) {
+        add("ambiguous", place, "a device has one on-device account, which is " + _onDevice);
+      } else {
+        _onDevice = index;
+      }
+    }
+    checkKeys(place, *record);
+    checkChildren(place, index, *record);
+  }
+
+  void checkChildren(const std::string& place, const std::string& index, const Dictionary& parent) {
+    const ArrayRef children = parent[kAccountChildAccounts].array();
+    if (!children) return;
+    for (std::size_t child = 0; child < children->size(); ++child) {
+      const std::string childIndex = index + ".ChildAccounts[" + std::to_string(child) + "]";
+      const DictionaryRef record = (*children)[child].dictionary();
+      if (!record) {
+        add("ignored", childIndex, "it " + kindText((*children)[child], "dictionary"));
+        continue;
+      }
+      const std::string childPlace = placeOf(childIndex, *record);
+      const std::string fault = faultOf(*record);
+      if (!fault.empty()) {
+        add("ignored", childPlace, fault + "; it stays in " + place);
+        continue;
+      }
+      checkIdentifier(childPlace, *record, true);
+      if (!record->contains(kAccountIdentifier)) {
+        add("ambiguous", childPlace, "it has no identifier and receives another at every load");
+      }
+      checkKeys(childPlace, *record);
+      if (record->contains(kAccountChildAccounts)) {
+        add("ignored", childPlace, "a child has no children of its own that anyone finds");
+      }
+    }
+  }
+
+  /// Why no record can be made of the dictionary; empty where one can.
+  static std::string faultOf(const Dictionary& record) {
+    const Value& type = record[kAccountType];
+    if (type.isNull()) return "it has no \"Type\"";
+    if (type.kind() != Kind::String) return "its \"Type\" " + kindText(type, "string");
+    if (!BasicAccount::_isValidAccountType(type.string())) {
+      return "there is no account type " + quoted(type.string());
+    }
+    const Value& className = record[kAccountClass];
+    if (className.isNull()) return "it has no \"Class\"";
+    if (className.kind() != Kind::String) return "its \"Class\" " + kindText(className, "string");
+    return className.string().empty() ? "its \"Class\" is empty" : "";
+  }
+
+  void checkIdentifier(const std::string& place, const Dictionary& record, bool isChild) {
+    const String identifier = record[kAccountIdentifier].string();
+    if (!identifier) return;
+    const auto [first, isNew] = _places.emplace(identifier.str(), place);
+    if (isNew) return;
+    add("ambiguous", place,
+        "it has the identifier of " + first->second +
+            (isChild ? ", and look-ups find only one of the two"
+                     : ", and look-ups find only one of the two, whose values the next save may "
+                       "write for both"));
+  }
+
+  void checkKeys(const std::string& place, const Dictionary& record) {
+    for (const auto& [key, kind] : kindsOfKeys()) {
+      const Value& value = record[key];
+      if (!value.isNull() && value.kind() != kind) {
+        add("ignored", place, quoted(key) + " " + kindText(value, nameOfKind(kind)));
+      }
+    }
+    checkDataclasses(place, record, kAccountEnabledDataclasses);
+    checkDataclasses(place, record, kAccountProvisionedDataclasses);
+  }
+
+  void checkDataclasses(const std::string& place, const Dictionary& record, const String& key) {
+    const ArrayRef dataclasses = record[key].array();
+    if (!dataclasses) return;
+    const String type = record[kAccountType].string();
+    const ArrayRef supported = BasicAccount::supportedDataclassesForAccountType(type);
+    for (const Value& dataclass : *dataclasses) {
+      if (dataclass.kind() != Kind::String) {
+        add("ignored", place, quoted(key) + " holds " + lineText(dataclass) + ", no dataclass");
+      } else if (!supported || !supported->contains(dataclass)) {
+        add("ignored", place,
+            quoted(key) + " holds " + shortName(dataclass.string()) +
+                ", which the type does not carry");
+      }
+    }
+  }
+
+  std::vector<Finding> _findings;
+  std::map<std::string, std::string> _places;  ///< of the records, by their identifiers
+  std::string _onDevice;
+};
+
+}  // namespace
+
+std::vector<Finding> findingsOf(const Dictionary& content) {
+  return FileCheck().run(content);
+}
+
+}  // namespace tallbook::tool

@@ -1,0 +1,198 @@
+#include "tools/tallbook/JSONValue.h"
+
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+
+#include "tools/tallbook/ISODate.h"
+#include "tools/tallbook/Outcome.h"
+
+namespace tallbook::tool {
+namespace {
+
+constexpr std::string_view kBase64Digits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+JSON tagged(const char* tag, JSON content) {
+  JSON object = JSON::object();
+  object[tag] = std::move(content);
+  return object;
+}
+
+/// A real that is no number keeps its bits, since there are many of them.
+JSON jsonFromReal(double real) {
+  if (std::isfinite(real)) return real;
+  char bits[32];
+  std::snprintf(bits, sizeof bits, "%016llx",
+                static_cast<unsigned long long>(std::bit_cast<std::uint64_t>(real)));
+  if (std::isinf(real)) return tagged("$real", real < 0 ? "-inf" : "inf");
+  return tagged("$real", "nan:" + std::string(bits));
+}
+
+std::optional<double> realFromName(std::string_view name) {
+  if (name == "inf") return HUGE_VAL;
+  if (name == "-inf") return -HUGE_VAL;
+  if (name == "nan") return std::nan("");
+  if (!name.starts_with("nan:") || name.size() != 20) return std::nullopt;
+  std::uint64_t bits = 0;
+  const auto [stop, error] = std::from_chars(name.data() + 4, name.data() + 20, bits, 16);
+  const double real = std::bit_cast<double>(bits);
+  if (error != std::errc() || stop != name.data() + 20 || !std::isnan(real)) return std::nullopt;
+  return real;
+}
+
+JSON jsonFromDate(Date date) {
+  if (const auto text = isoText(date)) return tagged("$date", *text);
+  return tagged("$date", jsonFromReal(date.secondsSince2001));
+}
+
+JSON jsonFromDictionary(const Dictionary& dictionary) {
+  JSON object = JSON::object();
+  for (const auto& [key, value] : dictionary) object[key.str()] = jsonFromValue(value);
+  const bool looksTagged = object.size() == 1 && object.begin().key().starts_with('$');
+  return looksTagged ? tagged("$dictionary", std::move(object)) : object;
+}
+
+Value valueAtDepth(const JSON& json, int depth);
+
+Value dictionaryFromJSON(const JSON& object, int depth) {
+  DictionaryRef dictionary = Dictionary::make();
+  for (const auto& [key, value] : object.items()) {
+    dictionary->set(key, valueAtDepth(value, depth + 1));
+  }
+  return dictionary;
+}
+
+std::optional<Value> valueFromTag(const std::string& tag, const JSON& content, int depth) {
+  if (tag == "$dictionary" && content.is_object()) return dictionaryFromJSON(content, depth);
+  if (tag == "$uid" && content.is_number_unsigned()) {
+    return Value(UID{content.get<std::uint64_t>()});
+  }
+  if (tag == "$date" && content.is_string()) {
+    if (const auto date = dateFromISOText(content.get<std::string>())) return Value(*date);
+  } else if (tag == "$date") {
+    const Value seconds = valueAtDepth(content, depth + 1);
+    if (seconds.kind() == Value::Kind::Real || seconds.kind() == Value::Kind::Integer) {
+      return Value(Date{seconds.realValue()});
+    }
+  } else if (tag == "$data" && content.is_string()) {
+    if (const auto bytes = bytesFromBase64(content.get<std::string>())) return Value(Data(*bytes));
+  } else if (tag == "$real" && content.is_string()) {
+    if (const auto real = realFromName(content.get<std::string>())) return Value(*real);
+  }
+  return std::nullopt;
+}
+
+Value valueAtDepth(const JSON& json, int depth) {
+  if (depth > kMaximumNesting) {
+    throw Failure(ExitCode::Usage, "the value is nested deeper than an accounts file can hold");
+  }
+  switch (json.type()) {
+    case JSON::value_t::boolean:
+      return json.get<bool>();
+    case JSON::value_t::number_integer:
+      return json.get<std::int64_t>();
+    case JSON::value_t::number_unsigned:
+      return json.get<std::uint64_t>();
+    case JSON::value_t::number_float:
+      return json.get<double>();
+    case JSON::value_t::string:
+      return json.get_ref<const std::string&>();
+    case JSON::value_t::array: {
+      ArrayRef array = Array::make();
+      for (const JSON& element : json) array->append(valueAtDepth(element, depth + 1));
+      return array;
+    }
+    case JSON::value_t::object: {
+      if (json.size() != 1 || !json.begin().key().starts_with('$')) {
+        return dictionaryFromJSON(json, depth);
+      }
+      const std::string& tag = json.begin().key();
+      if (auto value = valueFromTag(tag, json.begin().value(), depth)) return *value;
+      throw Failure(ExitCode::Usage,
+                    "\"" + tag + "\" is no tag of a value, or its content does not fit it");
+    }
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+JSON jsonFromValue(const Value& value) {
+  switch (value.kind()) {
+    case Value::Kind::Null:
+      return nullptr;
+    case Value::Kind::Boolean:
+      return value.boolValue();
+    case Value::Kind::Integer:
+      return value.isBeyondSigned() ? JSON(value.unsignedValue()) : JSON(value.integerValue());
+    case Value::Kind::Real:
+      return jsonFromReal(value.realValue());
+    case Value::Kind::Date:
+      return jsonFromDate(*value.date());
+    case Value::Kind::UID:
+      return tagged("$uid", value.uid()->value);
+    case Value::Kind::String:
+      return value.string().str();
+    case Value::Kind::Data:
+      return tagged("$data", base64(value.data()->bytes()));
+    case Value::Kind::Array: {
+      JSON array = JSON::array();
+      for (const Value& element : *value.array()) array.push_back(jsonFromValue(element));
+      return array;
+    }
+    case Value::Kind::Dictionary:
+      return jsonFromDictionary(*value.dictionary());
+  }
+  return nullptr;
+}
+
+Value valueFromJSON(const JSON& json) {
+  return valueAtDepth(json, 1);
+}
+
+std::string base64(std::string_view bytes) {
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (std::size_t at = 0; at < bytes.size(); at += 3) {
+    const std::string_view group = bytes.substr(at, 3);
+    std::uint32_t bits = 0;
+    for (std::size_t index = 0; index < 3; ++index) {
+      bits = bits << 8 | (index < group.size() ? static_cast<unsigned char>(group[index]) : 0u);
+    }
+    for (std::size_t index = 0; index < 4; ++index) {
+      const bool padding = index > group.size();
+      text += padding ? '=' : kBase64Digits[bits >> (18 - 6 * index) & 63];
+    }
+  }
+  return text;
+}
+
+std::optional<std::string> bytesFromBase64(std::string_view text) {
+  if (text.size() % 4 != 0) return std::nullopt;
+  std::size_t padding = 0;
+  while (padding < 2 && text.ends_with('=')) {
+    text.remove_suffix(1);
+    ++padding;
+  }
+  std::string bytes;
+  bytes.reserve(text.size() * 3 / 4);
+  std::uint32_t bits = 0;
+  int held = 0;
+  for (const char digit : text) {
+    const std::size_t six = kBase64Digits.find(digit);
+    if (six == std::string_view::npos) return std::nullopt;
+    bits = bits << 6 | static_cast<std::uint32_t>(six);
+    held += 6;
+    if (held >= 8) {
+      held -= 8;
+      bytes += static_cast<char>(bits >> held & 0xFF);
+    }
+  }
+  return bytes;
+}
+
+}  // namespace tallbook::tool

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+namespace tallbook::tool {
+
+/// JSON that keeps keys in the order in which the file has them.
+using JSON = nlohmann::ordered_json;
+
+enum class Style { Plain, Added, Removed, Changed };
+
+/// Whether standard output is a terminal that may be written to in colour.
+bool isColourTerminal();
+/// The text in the style's colour where the output may have one.
+std::string styled(Style style, const std::string& text);
+/// The text with control characters spelled out, so that none of them commands the terminal.
+std::string printable(std::string_view text);
+void printJSON(const JSON& json);
+/// A line for the person at the keyboard, kept apart from what a program reads.
+void note(std::string_view text);
+
+}  // namespace tallbook::tool

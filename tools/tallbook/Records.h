@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tallbook/AccountsManager.h"
+
+namespace tallbook::tool {
+
+/// A store of the device's accounts, for looking at them; empty where there is no file. Throws
+/// Failure for a file that is none.
+std::shared_ptr<AccountsManager> storeToRead();
+/// The top-level or child record with that identifier. Throws Failure where nobody has it.
+std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store,
+                                          const std::string& identifier);
+
+/// The name that a person knows the record by: display name, user name, kind, type.
+std::string nameOf(const BasicAccount& record);
+/// The identifier that the file has for the record; empty where the file has none, since the one
+/// that the record then receives is another at every load.
+std::string storedIdentifier(const BasicAccount& record);
+
+/// All account types there are.
+std::vector<String> accountTypes();
+/// Throws Failure, with the list of them, for a text that is no account type.
+void requireAccountType(const std::string& type);
+
+}  // namespace tallbook::tool

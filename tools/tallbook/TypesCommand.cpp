@@ -1,0 +1,91 @@
+#include <iostream>
+
+#include "tools/tallbook/Commands.h"
+#include "tools/tallbook/Dataclasses.h"
+#include "tools/tallbook/JSONValue.h"
+#include "tools/tallbook/Records.h"
+#include "tools/tallbook/Table.h"
+
+namespace tallbook::tool {
+namespace {
+
+std::string joined(const ArrayRef& actions) {
+  std::string text;
+  if (actions) {
+    for (const Value& action : *actions) {
+      text += (text.empty() ? "" : ", ") + action.string().str();
+    }
+  }
+  return text.empty() ? "none" : text;
+}
+
+JSON description(const String& type) {
+  JSON dataclasses = JSON::array();
+  if (const ArrayRef supported = BasicAccount::supportedDataclassesForAccountType(type)) {
+    for (const Value& element : *supported) {
+      const String dataclass = element.string();
+      JSON entry = JSON::object();
+      entry["dataclass"] = dataclass.str();
+      entry["enableActions"] =
+          jsonFromValue(BasicAccount::userActionsToEnableDataclassForAccountType(dataclass, type));
+      entry["disableActions"] =
+          jsonFromValue(BasicAccount::userActionsToDisableDataclassForAccountType(dataclass, type));
+      entry["multipleStores"] = BasicAccount::multipleStoresSupportedByDataclass(dataclass);
+      entry["displaySwitch"] = BasicAccount::displayToggleForDataclass(dataclass);
+      entry["userConfirmation"] = BasicAccount::userConfirmationIsRequiredByDataclass(dataclass);
+      dataclasses.push_back(std::move(entry));
+    }
+  }
+  JSON object = JSON::object();
+  object["type"] = type.str();
+  object["dataclasses"] = std::move(dataclasses);
+  object["deleteActions"] = jsonFromValue(BasicAccount::deleteAccountActionsForAccountType(type));
+  object["remindersSeparately"] = BasicAccount::showRemindersSeparatelyForAccountType(type);
+  return object;
+}
+
+void printCatalogue() {
+  Table table({"TYPE", "DATACLASSES"});
+  for (const String& type : accountTypes()) {
+    table.add({type.str(), shortNames(BasicAccount::supportedDataclassesForAccountType(type))});
+  }
+  table.print();
+}
+
+void printType(const String& type) {
+  Table table({"DATACLASS", "WHEN TURNED ON", "WHEN TURNED OFF"});
+  if (const ArrayRef supported = BasicAccount::supportedDataclassesForAccountType(type)) {
+    for (const Value& element : *supported) {
+      const String dataclass = element.string();
+      table.add(
+          {shortName(dataclass),
+           joined(BasicAccount::userActionsToEnableDataclassForAccountType(dataclass, type)),
+           joined(BasicAccount::userActionsToDisableDataclassForAccountType(dataclass, type))});
+    }
+  }
+  table.print();
+  std::cout << "\nWhen deleted:         "
+            << joined(BasicAccount::deleteAccountActionsForAccountType(type))
+            << "\nReminders separately: "
+            << (BasicAccount::showRemindersSeparatelyForAccountType(type) ? "yes" : "no") << '\n';
+}
+
+}  // namespace
+
+ExitCode types(const Options& options, const std::string& type) {
+  if (!type.empty()) requireAccountType(type);
+  if (options.json && type.empty()) {
+    JSON all = JSON::array();
+    for (const String& each : accountTypes()) all.push_back(description(each));
+    printJSON(all);
+  } else if (options.json) {
+    printJSON(description(type));
+  } else if (type.empty()) {
+    printCatalogue();
+  } else {
+    printType(type);
+  }
+  return ExitCode::Done;
+}
+
+}  // namespace tallbook::tool
