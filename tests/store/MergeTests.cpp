@@ -1,6 +1,5 @@
 // Before the rapidcheck header, which needs it.
 #include <gtest/gtest.h>
-
 #include <rapidcheck/gtest.h>
 
 #include "tests/store/StoreDevice.h"
