@@ -47,4 +47,16 @@ TEST_F(TheExampleModule, RefreshesWhatIsTurnedOn) {
   EXPECT_FALSE(account->refreshContainerListForDataclass("com.orvane.Dataclass.Notes"));
 }
 
+// Its class stands in the library itself, which the new device finds where it expects it.
+TEST(ANewDevice, HasADeviceLocalAccount) {
+  std::string name = (fs::temp_directory_path() / "tallbook-device-XXXXXX").string();
+  ASSERT_NE(::mkdtemp(name.data()), nullptr);
+  ASSERT_EQ(std::system((TOOL " init " + name + " >/dev/null").c_str()), 0);
+  configureHost({name, HostOptions::Log::Nowhere});
+  const auto store = AccountsManager::init();
+  EXPECT_EQ(store->fullDeviceLocalAccount()->identifier(), "DeviceLocalAccount");
+  EXPECT_TRUE(store->saveAllAccounts());
+  fs::remove_all(name);
+}
+
 }  // namespace
