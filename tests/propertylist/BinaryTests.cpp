@@ -13,7 +13,8 @@ using namespace std::string_literals;
 
 std::string bigEndian(std::uint64_t number, int bytes) {
   std::string text;
-  for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) text += char(number >> shift & 0xff);
+  for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
+    text += shift < 64 ? char(number >> shift & 0xff) : char(0);
   return text;
 }
 
