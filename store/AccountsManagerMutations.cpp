@@ -71,9 +71,11 @@ void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccou
   if (!withAccount) return;
   const auto stored = std::ranges::find(*_orderedTopLevelAccounts, account);
   if (stored == _orderedTopLevelAccounts->end()) return;
-  // A new list: one handed out earlier keeps showing the store as it was.
-  auto accounts = std::make_shared<AccountList>(*_orderedTopLevelAccounts);
-  (*accounts)[static_cast<std::size_t>(stored - _orderedTopLevelAccounts->begin())] = withAccount;
+  const auto position = stored - _orderedTopLevelAccounts->begin();
+  // A list handed out earlier keeps showing the store as it was; without one, none is copied.
+  if (_orderedTopLevelAccounts.use_count() > 1) {
+    _orderedTopLevelAccounts = std::make_shared<AccountList>(*_orderedTopLevelAccounts);
+  }
   if (const String identifier = account->identifier()) {
     _removeChildrenForAccountWithIdentifier(identifier);
     _topLevelAccountsByID.erase(identifier);
@@ -81,8 +83,8 @@ void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccou
   if (const String identifier = withAccount->identifier()) {
     _topLevelAccountsByID.insert_or_assign(identifier, withAccount);
   }
+  (*_orderedTopLevelAccounts)[static_cast<std::size_t>(position)] = withAccount;
   _loadChildrenFromAccount(withAccount);
-  _orderedTopLevelAccounts = std::move(accounts);
 }
 
 void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& types,

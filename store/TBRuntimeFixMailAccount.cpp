@@ -7,8 +7,8 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
+#include "model/ServiceFacts.h"
 #include "platform/Platform.h"
-#include "store/MailProviders.h"
 
 namespace tallbook {
 namespace {
@@ -24,7 +24,7 @@ struct PathFragment {
 
 // The providers' fragments come before the generic IMAP one, which their paths hold as well.
 const std::vector<PathFragment>& pathFragments() {
-  using namespace MailProviders;
+  using namespace ServiceFacts;
   static const std::vector<PathFragment> fragments = {
       {"Mail/Parlane-", "PendrelAccount"},
       {"Mail/Veltro-", "VeltroAccount"},

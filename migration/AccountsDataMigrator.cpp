@@ -1,0 +1,113 @@
+#include "migration/AccountsDataMigrator.h"
+
+#include <string>
+#include <system_error>
+
+#include "tallbook/PlugInClass.h"
+
+#include "migration/Console.h"
+#include "platform/NamedLock.h"
+#include "platform/OncePerPlatform.h"
+
+namespace tallbook {
+namespace {
+
+const PlugInRegistration registration(kPlugInInterfaceVersion, [] {
+  PlugInClass made;
+  made.name = "AccountsDataMigrator";
+  made.makeDataMigrator = [] { return std::make_unique<AccountsDataMigrator>(); };
+  return made;
+});
+
+constexpr std::string_view kMailApplication = "com.orvane.quillpost";
+
+/// Saves notify nobody while this lives: the migration's changes are no user's.
+class SkippedNotifications {
+ public:
+  SkippedNotifications() { AccountsManager::_setShouldSkipNotifications(true); }
+  ~SkippedNotifications() { AccountsManager::_setShouldSkipNotifications(false); }
+  SkippedNotifications(const SkippedNotifications&) = delete;
+  SkippedNotifications& operator=(const SkippedNotifications&) = delete;
+};
+
+void tellTheMailApplication() {
+  Platform& platform = Platform::current();
+  // Often there is no marker; then there is nothing to do.
+  static_cast<void>(
+      platform.fileSystem().remove(platform.directories().mailData() + "/AutoFetchEnabled"));
+  platform.preferences().postChangedNotice(kMailApplication, "MailAccounts");
+}
+
+}  // namespace
+
+String AccountsDataMigrator::dataClassName() const {
+  return "accounts";
+}
+
+bool AccountsDataMigrator::performMigration() {
+  std::unique_ptr<LockHold> lock = AccountsManager::createAndLockMigrationLock();
+  // A failure thrown by a step gives the lock back as well: its owner is this frame.
+  const bool result = lock && executeMigrationSteps();
+  AccountsManager::releaseMigrationLock(std::move(lock));
+  return result;
+}
+
+bool AccountsDataMigrator::executeMigrationSteps() {
+  const SkippedNotifications skipped;
+  _copyAsideAccountsPlist();
+  if (_failedToRemoveOldAccountsInfo()) {
+    consoleLog("Detected that a removal old accounts info was in progress. Early return!.");
+    _removeOldAccountsInfo();
+    return true;
+  }
+  bool mail = false;
+  bool syncora = false;
+  bool newInfo = false;
+  AccountsManager::shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(&mail, &syncora,
+                                                                             &newInfo);
+  Store store = AccountsManager::initInsideOfMigration();
+  bool result = true;
+  if (mail || syncora || newInfo) {
+    if (_saveMigrationInformation()) _collatedMigrationData = Dictionary::make();
+    consoleLog("Migrating accounts");
+    if (syncora) _migrateSyncoraAccounts(store);
+    if (mail) _migrateMailAccounts(store);
+    // The chain's answer alone is the migration's. A conversion that failed keeps its file.
+    result = _migrateNewAccountsInfo(store);
+  }
+  store->setDataVersion(AccountsManager::currentVersion());
+  const bool saved = store->saveAllAccounts();
+  store.reset();
+  if (!result) return false;
+
+  // Converted accounts that did not reach the accounts file stand in the legacy files alone.
+  if ((mail || syncora) && saved) _removeOldAccountsInfo();
+  if (_saveMigrationInformation()) _saveCollatedMigrationInformation();
+  tellTheMailApplication();
+  return true;
+}
+
+void AccountsDataMigrator::_copyAsideAccountsPlist() {
+  FileSystem& files = Platform::current().fileSystem();
+  const std::string source = AccountsManager::fullPathToTallbookPlist();
+  const std::string target = Platform::current().directories().sharedResources() +
+                             "/Library/Logs/Dorvix/" + source.substr(source.rfind('/') + 1);
+  if (files.exists(target) && files.remove(target)) {
+    consoleLog("Couldn't remove existing tallbook copy at " + target);
+  }
+  if (const std::error_code error = files.copyFile(source, target)) {
+    consoleLog("Error trying to save an tallbook plist copy: " + error.message());
+  }
+}
+
+bool AccountsDataMigrator::_saveMigrationInformation() {
+  static OncePerPlatform<bool> isWanted;
+  return isWanted.get([] {
+    return Platform::current()
+        .preferences()
+        .valueForKey("TBSaveMigrationInformation", "com.orvane.tallbook-logging")
+        .boolValue();
+  });
+}
+
+}  // namespace tallbook

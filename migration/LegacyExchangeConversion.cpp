@@ -1,0 +1,93 @@
+#include <array>
+#include <string>
+
+#include "tallbook/Vocabulary.h"
+
+#include "migration/AccountsDataMigrator.h"
+#include "migration/Console.h"
+#include "migration/LegacyFile.h"
+
+namespace tallbook {
+namespace {
+
+const std::array<Renaming, 3>& renamings() {
+  static const std::array<Renaming, 3> table = {
+      {{"SyncoraAccountConfigurationClass", kAccountClass},
+       {"SyncoraAccountDescription", kAccountDisplayName},
+       {"SyncoraAccountConfigurationAccountID", kAccountIdentifier}}};
+  return table;
+}
+
+struct EnableSwitch {
+  std::string_view key;
+  const String& dataclass;
+};
+
+const std::array<EnableSwitch, 4>& enableSwitches() {
+  static const std::array<EnableSwitch, 4> switches = {
+      {{"SyncoraAccountEnabledForCalendar", kAccountDataclassCalendars},
+       {"SyncoraAccountEnabledForContacts", kAccountDataclassContacts},
+       {"SyncoraAccountEnabledForEmail", kAccountDataclassMail},
+       {"SyncoraAccountEnabledForContactsSearch", kAccountDataclassContactsSearch}}};
+  return switches;
+}
+
+// Takes the switches out of the properties: the dataclasses that none of them turns off. A switch
+// of the wrong kind counts as absent, which leaves its dataclass on.
+ArrayRef takeEnabledDataclasses(Dictionary& properties) {
+  const ArrayRef enabled = Array::make();
+  for (const auto& [key, dataclass] : enableSwitches()) {
+    const Value& setting = properties[key];
+    const bool isNumber =
+        setting.kind() == Value::Kind::Boolean || setting.kind() == Value::Kind::Integer;
+    if (!isNumber || setting.boolValue()) enabled->append(dataclass);
+    properties.remove(key);
+  }
+  return enabled;
+}
+
+}  // namespace
+
+bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
+  LegacyFile file(syncoraAccountPath());
+  if (file.hasEntries()) _foundOldSyncoraAccountsToMigrate = true;
+  const ArrayRef descriptions = file.descriptions("SyncoraAccountsKey");
+  collate("OldExchangeAccount", file.contents());
+
+  AccountsManager::AccountList accounts;
+  bool converted = true;
+  for (const Value& description : *descriptions) {
+    Account account = _convertExchangeAccountDescription(description.dictionary());
+    if (!account) {
+      consoleLog(
+          "-[AccountsDataMigrator(Internal) _migrateSyncoraAccounts:]. Could not convert the "
+          "description for the Exchange account " +
+          description.description());
+      converted = false;
+      break;
+    }
+    accounts.push_back(std::move(account));
+  }
+  if (converted) store->replaceAccountsWithTypesWithAccounts({kExchangeAccountType}, accounts);
+  _oldSyncoraFile = converted && file.wasUnderstood() ? OldFile::Converted : OldFile::NotConverted;
+  file.removeOriginal();
+  return converted;
+}
+
+AccountsDataMigrator::Account AccountsDataMigrator::_convertExchangeAccountDescription(
+    const DictionaryRef& description) {
+  const DictionaryRef properties = renamed(description, renamings());
+  if (!properties) return nullptr;
+  properties->set(kAccountEnabledDataclasses, takeEnabledDataclasses(*properties));
+  properties->set(kAccountType, kExchangeAccountType);
+  properties->set(kAccountTypeString, "Exchange");
+  properties->set(kAccountShortTypeString, "Exchange");
+  const Account account = BasicAccount::initWithProperties(properties);
+  if (!account) return nullptr;
+  if (const Value* identifier = properties->find(kAccountIdentifier)) {
+    account->setAccountPropertyForKey(*identifier, kAccountSyncIdentifier);
+  }
+  return account;
+}
+
+}  // namespace tallbook

@@ -1,0 +1,143 @@
+#include <array>
+#include <optional>
+#include <string>
+
+#include "tallbook/Vocabulary.h"
+
+#include "migration/AccountsDataMigrator.h"
+#include "migration/Console.h"
+#include "migration/LegacyFile.h"
+#include "platform/OncePerPlatform.h"
+#include "store/TBRuntimeFixMailAccount.h"
+
+namespace tallbook {
+namespace {
+
+const std::array<Renaming, 3>& renamings() {
+  static const std::array<Renaming, 3> table = {{{"AccountType", kAccountClass},
+                                                 {"AccountName", kAccountDisplayName},
+                                                 {"uniqueId", kAccountIdentifier}}};
+  return table;
+}
+
+/// What a legacy mail account class tells of its accounts.
+struct MailAccountClass {
+  std::string_view name;
+  const String& type;
+  const char* typeString;
+};
+
+const MailAccountClass& mailAccountClassNamed(std::string_view name) {
+  // "Yahoo!" keeps its exclamation mark at its right in right-to-left text.
+  static const std::array<MailAccountClass, 8> classes = {{
+      {"GmailAccount", kGmailAccountType, "Gmail"},
+      {"PendrelAccount", kVeltroAccountType, "Veltro"},
+      {"VeltroAccount", kVeltroAccountType, "Veltro"},
+      {"MorwickIMAPAccount", kMorwickIMAPAccountType, "Nimbrel"},
+      {"YahooAccount", kYahooAccountType, "Yahoo!\u200E"},
+      {"SyncoraMailAccount", kExchangeAccountType, "Exchange ActiveSync"},
+      {"DeliveryAccount", kSMTPAccountType, "Account"},
+      {"SMTPAccount", kSMTPAccountType, "Account"},
+  }};
+  static const MailAccountClass other = {"", kMailAccountType, "Account"};
+  for (const MailAccountClass& known : classes) {
+    if (known.name == name) return known;
+  }
+  return other;
+}
+
+}  // namespace
+
+String AccountsDataMigrator::_accountTypeForMailAccountClass(std::string_view mailAccountClass) {
+  return mailAccountClassNamed(mailAccountClass).type;
+}
+
+String AccountsDataMigrator::_accountTypeStringForMailAccountClass(
+    std::string_view mailAccountClass) {
+  return _accountShortTypeStringForMailAccountClass(mailAccountClass);
+}
+
+String AccountsDataMigrator::_accountShortTypeStringForMailAccountClass(
+    std::string_view mailAccountClass) {
+  const MailAccountClass& known = mailAccountClassNamed(mailAccountClass);
+  return known.type == kGmailAccountType && _UseGoogleMail() ? "Google Mail" : known.typeString;
+}
+
+bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
+  LegacyFile file(mailAccountsPath());
+  if (file.hasEntries()) _foundOldMailAccountsToMigrate = true;
+  collate("OldMailAccounts", file.contents());
+
+  const auto converted = [&](std::string_view key, const String& type,
+                             const char* kind) -> std::optional<AccountsManager::AccountList> {
+    AccountsManager::AccountList accounts;
+    const ArrayRef descriptions = file.descriptions(key);
+    for (const Value& description : *descriptions) {
+      Account account = _convertMailAccountDescriptionType(description.dictionary(), type);
+      if (!account) {
+        consoleLog(
+            "-[AccountsDataMigrator(Internal) _migrateMailAccounts:]. Could not convert the "
+            "description for the " +
+            std::string(kind) + " account " + description.description());
+        return std::nullopt;
+      }
+      accounts.push_back(std::move(account));
+    }
+    return accounts;
+  };
+  const auto outgoing = converted("DeliveryAccounts", kSMTPAccountType, "delivery");
+  const auto incoming =
+      outgoing ? converted("MailAccounts", kMailAccountType, "incoming") : std::nullopt;
+  if (incoming) {
+    store->replaceAccountsWithTypesWithAccounts({kSMTPAccountType}, *outgoing);
+    store->replaceAccountsWithTypesWithAccounts({kMailAccountType}, *incoming);
+  }
+  _oldMailFile = incoming && file.wasUnderstood() ? OldFile::Converted : OldFile::NotConverted;
+  file.removeOriginal();
+  return incoming.has_value();
+}
+
+AccountsDataMigrator::Account AccountsDataMigrator::_convertMailAccountDescriptionType(
+    const DictionaryRef& description, const String& type) {
+  const DictionaryRef properties = renamed(description, renamings());
+  if (!properties) return nullptr;
+  properties->set(kAccountType, type);
+  if (!properties->contains(kAccountClass) && type == kSMTPAccountType) {
+    properties->set(kAccountClass, "SMTPAccount");
+  }
+  if (const String mailClass = (*properties)[kAccountClass].string()) {
+    properties->set(kAccountTypeString, _accountTypeStringForMailAccountClass(mailClass));
+    properties->set(kAccountShortTypeString, _accountShortTypeStringForMailAccountClass(mailClass));
+    properties->set(kAccountType, _accountTypeForMailAccountClass(mailClass));
+  }
+  if ((*properties)[kAccountType].string() == kVeltroAccountType) {
+    // The hosted service knows its users without their domain.
+    const String username = (*properties)[kAccountUsername].string();
+    const auto at = username.view().find('@');
+    if (at != std::string_view::npos) {
+      properties->set(kAccountUsername, username.view().substr(0, at));
+    }
+  }
+  const Account account = BasicAccount::initWithProperties(properties);
+  if (!account) return nullptr;
+  const Value* identifier = properties->find(kAccountIdentifier);
+  account->setAccountPropertyForKey(
+      identifier ? *identifier : Value(BasicAccount::createNewAccountUID()),
+      kAccountSyncIdentifier);
+  if (account->accountClass() == "MailAccount") {
+    reportMailAccountClassFound(account->properties().get(), "During account migration");
+  }
+  return account;
+}
+
+}  // namespace tallbook
+
+bool _UseGoogleMail() {
+  using namespace tallbook;
+  static OncePerPlatform<bool> isUsed;
+  return isUsed.get([] {
+    const Value answer =
+        Platform::current().deviceInformation().answerForKey("RegionalBehaviorGoogleMail");
+    return answer.kind() == Value::Kind::Boolean && answer.boolValue();
+  });
+}

@@ -1,0 +1,56 @@
+#include <string>
+#include <system_error>
+
+#include "migration/AccountsDataMigrator.h"
+#include "migration/Console.h"
+
+namespace tallbook {
+namespace {
+
+void tellFailedDeletion(const std::string& path, const std::error_code& error) {
+  consoleLog("-[AccountsDataMigrator(Internal) _removeOldAccountsInfo]. Could not delete " + path +
+             ". Error = " + error.message());
+}
+
+}  // namespace
+
+std::string AccountsDataMigrator::_absolutePathToOldAccountsInfoRemovalSentinel() const {
+  return Platform::current().directories().mobileHome() +
+         "/Library/Preferences/.removingOldAccounts";
+}
+
+bool AccountsDataMigrator::_failedToRemoveOldAccountsInfo() const {
+  return Platform::current().fileSystem().exists(_absolutePathToOldAccountsInfoRemovalSentinel());
+}
+
+bool AccountsDataMigrator::_removeOldAccountsInfo() {
+  FileSystem& files = Platform::current().fileSystem();
+  const std::string sentinel = _absolutePathToOldAccountsInfoRemovalSentinel();
+  const bool isBlind =
+      _oldMailFile != OldFile::NotConverted && _oldSyncoraFile != OldFile::NotConverted;
+  // Whoever finds the sentinel removes both files without looking into them. So there is none
+  // where one of them has to stay; an interruption then only means that the other, still there, is
+  // converted once more.
+  if (isBlind && !files.exists(sentinel)) {
+    static_cast<void>(files.createFile(sentinel, "Old Account Information Removal Sentinel"));
+  }
+  const std::error_code syncoraError =
+      removeOldFile(syncoraAccountPath(), _oldSyncoraFile, _foundOldSyncoraAccountsToMigrate);
+  if (!syncoraError || !_foundOldSyncoraAccountsToMigrate) {
+    removeOldFile(mailAccountsPath(), _oldMailFile, _foundOldMailAccountsToMigrate);
+  }
+  if (isBlind) {
+    if (const std::error_code error = files.remove(sentinel)) tellFailedDeletion(sentinel, error);
+  }
+  return !syncoraError;
+}
+
+std::error_code AccountsDataMigrator::removeOldFile(const std::string& path, OldFile state,
+                                                    bool isErrorTold) {
+  if (state == OldFile::NotConverted) return {};
+  const std::error_code error = Platform::current().fileSystem().remove(path);
+  if (error && isErrorTold) tellFailedDeletion(path, error);
+  return error;
+}
+
+}  // namespace tallbook

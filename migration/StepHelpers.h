@@ -1,0 +1,22 @@
+#pragma once
+
+#include <initializer_list>
+#include <string_view>
+
+#include "migration/AccountsDataMigrator.h"
+
+/// What several version steps do alike.
+namespace tallbook {
+
+bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::string_view> classes);
+
+/// The mail account's active switch; `absent` where there is none.
+bool isActive(const BasicAccount& account, bool absent);
+
+/// Whether the account is one of the earlier hosted service's mail accounts, by its class.
+bool isHostedMailAccount(const BasicAccount& account);
+
+/// Whether a list of dataclasses, null allowed, holds one.
+bool holds(const ArrayRef& dataclasses, const String& dataclass);
+
+}  // namespace tallbook

@@ -1,0 +1,179 @@
+#include <algorithm>
+#include <array>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "tallbook/DeviceLocalAccount.h"
+#include "tallbook/Vocabulary.h"
+
+#include "migration/Console.h"
+#include "migration/StepHelpers.h"
+
+namespace tallbook {
+namespace {
+
+using Account = AccountsDataMigrator::Account;
+
+// Makes the legacy unique identifier the record's identifier; a record without either gets a fresh
+// one.
+void adoptUniqueId(BasicAccount& account) {
+  const String uniqueId = (*account.properties())["uniqueId"].string();
+  if (!uniqueId.empty()) {
+    account.setAccountPropertyForKey(uniqueId, kAccountIdentifier);
+    account.removeAccountPropertyForKey("uniqueId");
+  } else if (account.accountPropertyForKey(kAccountIdentifier).string().empty()) {
+    account.setAccountPropertyForKey(BasicAccount::createNewAccountUID(), kAccountIdentifier);
+  }
+}
+
+// Whether a dataclass of the device-local account may be on beside its external sources.
+bool isEnabledBeside(const ExternalSyncSources::Answer& answer, const String& dataclass) {
+  if (!answer.error.empty()) {
+    consoleLog(
+        "[-[AccountsDataMigrator(Internal) _migrateAccountsFrom7A153:]]Error while retreiving "
+        "external sources for dataclass " +
+        dataclass.str() + " [" + answer.error + "]");
+    return false;
+  }
+  if (answer.sources.empty()) return true;
+  return BasicAccount::multipleStoresSupportedByDataclass(dataclass) &&
+         !AccountsDataMigrator::_tetheredDisabledInSources(answer.sources);
+}
+
+/// The separate CalDAV accounts of a store, found by their principal path, so that not every pair
+/// of accounts has to be compared.
+class SeparateCalDAVAccounts {
+ public:
+  explicit SeparateCalDAVAccounts(const AccountsManager::AccountList& accounts) {
+    for (const Account& account : accounts) {
+      if (account->accountClass() != "MobileCalDAVAccount") continue;
+      const DictionaryRef configuration =
+          account->accountPropertyForKey("CalDAVAccountConfiguration").dictionary();
+      if (!configuration) continue;
+      if (const String path = (*configuration)["CalDAV_PrincipalPath_Key"].string()) {
+        _byPrincipalPath[path.str()].push_back({_count++, account});
+      }
+    }
+  }
+
+  /// Those that belong to the account, in store order.
+  AccountsManager::AccountList belongingTo(const Account& umbrella) const {
+    std::vector<Numbered> candidates;
+    for (const std::string& path :
+         AccountsDataMigrator::_expectedCalDAVPrincipalURLsForAccount(umbrella)) {
+      if (const auto found = _byPrincipalPath.find(path); found != _byPrincipalPath.end()) {
+        candidates.insert(candidates.end(), found->second.begin(), found->second.end());
+      }
+    }
+    std::ranges::sort(candidates, {}, &Numbered::number);
+    AccountsManager::AccountList matching;
+    for (const auto& [number, account] : candidates) {
+      if (AccountsDataMigrator::_calDAVAccountMatchesUmbrellaAccount(account, umbrella)) {
+        matching.push_back(account);
+      }
+    }
+    return matching;
+  }
+
+ private:
+  struct Numbered {
+    std::size_t number;
+    Account account;
+  };
+
+  std::size_t _count = 0;
+  std::unordered_map<std::string, std::vector<Numbered>> _byPrincipalPath;
+};
+
+}  // namespace
+
+bool AccountsDataMigrator::_migrateAccountsFrom7A149(const Store& store) {
+  store->setDataVersion(1);
+  return true;
+}
+
+bool AccountsDataMigrator::_migrateAccountsFrom7A150(const Store& store) {
+  AccountsManager::AccountList accounts =
+      store->basicAccountsWithTypes({kVeltroAccountType, kMailAccountType});
+  std::ranges::copy(store->basicAccountsWithTypes({kExchangeAccountType}),
+                    std::back_inserter(accounts));
+  for (const Account& account : accounts) {
+    const String identifier = account->accountPropertyForKey(kAccountIdentifier).string();
+    if (!identifier.empty()) account->setAccountPropertyForKey(identifier, kAccountSyncIdentifier);
+    adoptUniqueId(*account);
+  }
+  const AccountsManager::AccountList outgoing = store->basicAccountsWithTypes({kSMTPAccountType});
+  for (const Account& account : outgoing) adoptUniqueId(*account);
+  store->replaceAccountsWithTypesWithAccounts(
+      {kVeltroAccountType, kMailAccountType, kExchangeAccountType}, accounts);
+  store->replaceAccountsWithTypesWithAccounts({kSMTPAccountType}, outgoing);
+  store->setDataVersion(2);
+  return true;
+}
+
+bool AccountsDataMigrator::_migrateAccountsFrom7A153(const Store& store) {
+  using DataType = ExternalSyncSources::DataType;
+  const std::array<std::pair<const String&, DataType>, 4> dataTypes = {
+      {{kAccountDataclassBookmarks, DataType::Bookmarks},
+       {kAccountDataclassCalendars, DataType::Calendars},
+       {kAccountDataclassContacts, DataType::Contacts},
+       {kAccountDataclassNotes, DataType::Notes}}};
+  const Account local =
+      BasicAccount::initWithProperties(DeviceLocalAccount::basicAccountProperties());
+  const ArrayRef enabled = Array::make();
+  for (const auto& [dataclass, dataType] : dataTypes) {
+    const auto answer =
+        Platform::current().externalSyncSources().enabledSourcesForDataType(dataType);
+    if (isEnabledBeside(answer, dataclass)) enabled->append(dataclass);
+  }
+  if (local) {
+    local->setEnabledForDataclasses(enabled);
+    store->replaceAccountsWithTypesWithAccounts({kOnMyDeviceAccountType}, {local});
+  }
+  store->setDataVersion(3);
+  return true;
+}
+
+bool AccountsDataMigrator::_migrateAccountsFrom7A241(const Store& store) {
+  const AccountsManager::AccountList accounts = store->basicAccountsWithTypes({kVeltroAccountType});
+  for (const Account& account : accounts) {
+    const ArrayRef effective = account->enabledDataclasses();
+    if (!effective) continue;
+    const ArrayRef enabled = effective->mutableCopy();
+    enabled->removeAllEqual(kAccountDataclassNotes);
+    account->setAccountPropertyForKey(enabled, kAccountEnabledDataclasses);
+  }
+  store->replaceAccountsWithTypesWithAccounts({kVeltroAccountType}, accounts);
+  store->setDataVersion(4);
+  return true;
+}
+
+bool AccountsDataMigrator::_migrateAccountsFrom7A242(const Store& store) {
+  const AccountsManager::AccountList accounts = *store->allBasicAccounts();
+  const SeparateCalDAVAccounts separate(accounts);
+  AccountsManager::AccountList folded;
+  for (const Account& account : accounts) {
+    if (hasClassAmong(*account, {"IMAPAccount", "GmailAccount", "YahooAccount", "AOLAccount",
+                                 "VeltroAccount"}) &&
+        isActive(*account, true)) {
+      // What the old type supports decides, so the type is set afterwards.
+      account->setEnabledForDataclass(true, kAccountDataclassMail);
+      account->setEnabledForDataclass(true, kAccountDataclassNotes);
+    }
+    if (account->accountClass() == "GmailAccount") {
+      account->_forcedSetAccountPropertyForKey(kGmailAccountType, kAccountType);
+    } else if (account->accountClass() == "YahooAccount") {
+      account->_forcedSetAccountPropertyForKey(kYahooAccountType, kAccountType);
+    }
+    for (const Account& calDAV : separate.belongingTo(account)) {
+      account->setEnabledForDataclass(true, kAccountDataclassCalendars);
+      folded.push_back(calDAV);
+    }
+  }
+  for (const Account& calDAV : folded) store->deleteAccount(calDAV);
+  store->setDataVersion(5);
+  return true;
+}
+
+}  // namespace tallbook
