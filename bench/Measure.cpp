@@ -1,0 +1,154 @@
+// One measurement in a process of its own, for the ratios: prints its figures as "name value".
+//
+//   make FILE RECORDS CHILDREN    writes an accounts file
+//   decode FILE | encode FILE     nanoseconds of the process's first decode or encode
+//   store RECORDS CHILDREN        medians over several rounds, in nanoseconds
+//   memory RECORDS CHILDREN       growth of the process's peak memory by a load, in bytes
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/PropertyList.h"
+
+#include "bench/BenchDevice.h"
+#include "bench/PropertyListFiles.h"
+#include "bench/Stopwatch.h"
+#include "platform/Platform.h"
+
+namespace tallbook::bench {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+void print(const char* name, double value) {
+  std::printf("%s %.0f\n", name, value);
+}
+
+void make(const Arguments& arguments) {
+  writeBytes(arguments.at(0),
+             accountsFileBytes(std::stoul(arguments.at(1)), std::stoul(arguments.at(2))));
+}
+
+void decode(const Arguments& arguments) {
+  const std::string bytes = readBytes(arguments.at(0));
+  print("decode", nanoseconds([&] { return propertyListFromBytes(bytes).value(); }));
+}
+
+void encode(const Arguments& arguments) {
+  const Value tree = propertyListFromBytes(readBytes(arguments.at(0))).value();
+  print("encode", nanoseconds([&] { return binaryPropertyList(tree).value(); }));
+}
+
+double writeAndFlush(const std::string& bytes) {
+  FileSystem& files = Platform::current().fileSystem();
+  const std::string path =
+      files.temporaryPathIn(Platform::current().directories().temporary()).value();
+  const double taken = nanoseconds([&] { return files.createFile(path, bytes); });
+  if (files.remove(path)) throw std::runtime_error("nothing was written");
+  return taken;
+}
+
+double saveOneChange(AccountsManager& store, BasicAccount& account, int round) {
+  account.setAccountPropertyForKey(round, "PortNumber");
+  bool saved = false;
+  const double taken = nanoseconds([&] { return saved = store.saveAllAccounts(); });
+  if (!saved) throw std::runtime_error("the save failed");
+  return taken;
+}
+
+// Sixty-four accounts spread over the store, the same number in a store of any size, so that what
+// grows is the look-up and not the part of the memory that it visits.
+double lookUp(const AccountsManager& store, std::size_t records) {
+  constexpr std::size_t kAccounts = 64;
+  constexpr std::size_t kRounds = 200;
+  std::vector<String> identifiers;
+  for (std::size_t at = 0; at < kAccounts; ++at) {
+    identifiers.push_back(identifierOf(at * records / kAccounts));
+  }
+  std::size_t found = 0;
+  const double taken = nanoseconds([&] {
+    for (std::size_t round = 0; round < kRounds; ++round) {
+      for (const String& identifier : identifiers) {
+        found += store.accountWithIdentifier(identifier) != nullptr;
+      }
+    }
+    return found;
+  });
+  if (found != kAccounts * kRounds) throw std::runtime_error("an account was not found");
+  return taken / (kAccounts * kRounds) * 1000;
+}
+
+// All kinds of work take turns, so that a busy moment of the machine hits them alike.
+void store(const Arguments& arguments) {
+  const std::size_t records = std::stoul(arguments.at(0));
+  const BenchDevice device(records, std::stoul(arguments.at(1)));
+  const Value tree = propertyListFromBytes(device.bytes()).value();
+  const auto saved = AccountsManager::init();
+  const auto changed = saved->accountWithIdentifier(identifierOf(records / 2));
+  const int rounds = records > 20000 ? 9 : records > 2000 ? 25 : 101;
+  std::map<std::string, std::vector<double>> figures;
+  for (int round = 0; round < rounds; ++round) {
+    figures["decode"].push_back(
+        nanoseconds([&] { return propertyListFromBytes(device.bytes()).value(); }));
+    figures["load"].push_back(nanoseconds([] { return AccountsManager::init(); }));
+    figures["encode"].push_back(nanoseconds([&] { return binaryPropertyList(tree).value(); }));
+    figures["write"].push_back(writeAndFlush(device.bytes()));
+    figures["save"].push_back(saveOneChange(*saved, *changed, round));
+    figures["picoseconds-a-look-up"].push_back(lookUp(*saved, records));
+  }
+  for (const auto& [name, values] : figures) print(name.c_str(), median(values));
+}
+
+// The resource usage that the kernel counts for a process starts with that of the program that
+// started it; this figure belongs to the program's own memory.
+double peakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    double kibibytes = 0;
+    if (word == "VmHWM:" && status >> kibibytes) return kibibytes * 1024;
+  }
+  throw std::runtime_error("the system does not tell the peak memory");
+}
+
+// The accounts file is made by another process of this program, whose path is the last argument:
+// the memory for making it would hide that of the load.
+void memory(const Arguments& arguments) {
+  const BenchDevice device(0, 0);
+  const std::string path = AccountsManager::fullPathToTallbookPlist();
+  const std::string command = "\"" + arguments.at(2) + "\" make \"" + path + "\" " +
+                              arguments.at(0) + " " + arguments.at(1);
+  if (std::system(command.c_str()) != 0) throw std::runtime_error("no accounts file");
+  const double before = peakMemory();
+  const auto loaded = AccountsManager::init();
+  const double after = peakMemory();
+  if (loaded->count() != std::stoul(arguments.at(0))) throw std::runtime_error("nothing loaded");
+  print("peak", after - before);
+  print("file", static_cast<double>(readBytes(path).size()));
+}
+
+}  // namespace
+}  // namespace tallbook::bench
+
+int main(int count, char** words) {
+  using namespace tallbook::bench;
+  const std::map<std::string, std::function<void(const Arguments&)>> measures = {
+      {"make", make}, {"decode", decode}, {"encode", encode}, {"store", store}, {"memory", memory}};
+  Arguments arguments(words + 1, words + count);
+  try {
+    const auto measure = measures.find(arguments.at(0));
+    if (measure == measures.end()) throw std::runtime_error("no such measure: " + arguments.at(0));
+    arguments.erase(arguments.begin());
+    arguments.emplace_back(words[0]);
+    measure->second(arguments);
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "%s: %s\n", words[0], problem.what());
+    return 1;
+  }
+}

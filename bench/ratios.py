@@ -1,0 +1,85 @@
+#!/usr/bin/env python3
+"""Measures the ratios that the library must keep and prints them with their bounds.
+
+usage: ratios.py FOLDER    (the folder of the built programs)
+
+Ends with 1 when a ratio misses its bound.
+"""
+
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+
+PROCESSES = 31
+REPEATS = 3
+
+
+def figures(*command):
+    """What a measuring program printed, as {name: number}."""
+    output = subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    return {name: float(value) for name, value in map(str.split, output.splitlines())}
+
+
+def against_libplist(measure, compare, work, path):
+    """How many times as fast as libplist; the two take turns in fresh processes."""
+    ours, theirs = [], []
+    for _ in range(PROCESSES):
+        ours.append(figures(measure, work, path)[work])
+        theirs.append(figures(compare, work, path)[work])
+    return statistics.median(theirs) / statistics.median(ours)
+
+
+def store(measure, records, children=0):
+    """Medians of the store's measures over several processes."""
+    runs = [figures(measure, "store", str(records), str(children)) for _ in range(REPEATS)]
+    return {name: statistics.median(run[name] for run in runs) for name in runs[0]}
+
+
+def ratios(folder):
+    """Rows of (measure, ratio, bound, whether the bound is a minimum)."""
+    measure = os.path.join(folder, "tallbook-measure")
+    compare = os.path.join(folder, "compare-libplist")
+    with tempfile.TemporaryDirectory() as temporary:
+        path = os.path.join(temporary, "accounts.plist")
+        subprocess.run([measure, "make", path, "1000", "0"], check=True)
+        for work, bound in (("decode", 6), ("encode", 5)):
+            speed = against_libplist(measure, compare, work, path)
+            yield f"{work}, 1,000 records: times as fast as libplist", speed, bound, True
+    small, large = store(measure, 1000), store(measure, 100000)
+    yield "load / decode, 1,000 records", small["load"] / small["decode"], 2, False
+    yield "load / decode, 100,000 records", large["load"] / large["decode"], 2, False
+    for size, run in (("1,000", small), ("100,000", large)):
+        parts = run["load"] + run["encode"] + run["write"]
+        yield f"save / (load + encode + write), {size} records", run["save"] / parts, 1.5, False
+    for work in ("decode", "encode", "load", "save"):
+        growth = large[work] / small[work] / 100
+        yield f"{work}: time a record, 100,000 / 1,000 records", growth, 1.5, False
+    parents = store(measure, 10000, 5)
+    fewer = store(measure, 1000, 5)
+    growth = parents["load"] / fewer["load"] / 10
+    yield "load: time a parent of 5 children, 10,000 / 1,000", growth, 1.5, False
+    memory = figures(measure, "memory", "100000", "0")
+    yield "peak memory of a load / file, 100,000 records", memory["peak"] / memory["file"], 12, False
+    # Its time is to stay the same; the bound leaves room for the caches' share of it.
+    look_up = "picoseconds-a-look-up"
+    growth = large[look_up] / small[look_up]
+    yield "look-up by identifier, 100,000 / 1,000 records", growth, 1.5, False
+
+
+def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    missed = 0
+    print(f"{'measure':<56}{'ratio':>8}  bound")
+    for name, ratio, bound, is_minimum in ratios(sys.argv[1]):
+        kept = ratio >= bound if is_minimum else ratio <= bound
+        missed += not kept
+        sign = ">=" if is_minimum else "<="
+        print(f"{name:<56}{ratio:>8.2f}  {sign} {bound:g}{'' if kept else '  MISSED'}", flush=True)
+    sys.exit(1 if missed else 0)
+
+
+if __name__ == "__main__":
+    main()
