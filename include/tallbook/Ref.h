@@ -1,8 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
-#include <cstdint>
+#include <ext/atomicity.h>
 #include <utility>
 
 namespace tallbook {
@@ -19,24 +18,22 @@ class Counted {
   ~Counted() = default;
 
   /// Whether only one reference is left: its holder may then change the object in place.
-  bool isReferencedOnce() const noexcept { return _count.load(std::memory_order_acquire) == 1; }
+  bool isReferencedOnce() const noexcept { return __atomic_load_n(&_count, __ATOMIC_ACQUIRE) == 1; }
 
  private:
   template <class T>
   friend class Ref;
   friend class Value;
 
-  void retain() const noexcept { _count.fetch_add(1, std::memory_order_relaxed); }
-  /// `retain` by the only thread that knows the object, at the price of an ordinary increment.
-  void retainUnpublished() const noexcept {
-    _count.store(_count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-  }
+  // As std::shared_ptr counts: atomically from the moment that the process has a second thread.
+  // Before it, an atomic increment would be most of what handing a value around costs.
+  void retain() const noexcept { __gnu_cxx::__atomic_add_dispatch(&_count, 1); }
   /// True when this was the last reference.
   [[nodiscard]] bool release() const noexcept {
-    return _count.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    return __gnu_cxx::__exchange_and_add_dispatch(&_count, -1) == 1;
   }
 
-  mutable std::atomic<std::uint32_t> _count{0};
+  mutable _Atomic_word _count = 0;
 };
 
 /// A shared reference to a counted object, one pointer wide; null when it refers to nothing.
@@ -48,13 +45,6 @@ class Ref {
   Ref(std::nullptr_t) noexcept {}
   explicit Ref(T* object) noexcept : _object(object) {
     if (_object) _object->retain();
-  }
-  /// A reference to an object that no other thread knows yet; cheaper than the constructor.
-  static Ref toUnpublished(T* object) noexcept {
-    Ref reference;
-    reference._object = object;
-    object->retainUnpublished();
-    return reference;
   }
   Ref(const Ref& other) noexcept : Ref(other._object) {}
   Ref(Ref&& other) noexcept : _object(std::exchange(other._object, nullptr)) {}

@@ -7,14 +7,14 @@
 namespace tallbook {
 
 ArrayRef Array::make(std::vector<Value> elements) {
-  return ArrayRef::toUnpublished(new Array(std::move(elements), false));
+  return ArrayRef(new Array(std::move(elements), false));
 }
 
 ArrayRef Array::makeFrozen(std::vector<Value> elements) {
   if (!std::all_of(elements.begin(), elements.end(), std::mem_fn(&Value::isImmutable))) {
     throw InternalConsistencyFailure("A frozen array was made of containers that can change");
   }
-  return ArrayRef::toUnpublished(new Array(std::move(elements), true));
+  return ArrayRef(new Array(std::move(elements), true));
 }
 
 void Array::destroy(Array* array) noexcept {
@@ -64,7 +64,7 @@ ArrayRef Array::frozenCopyAtDepth(int depth) const {
   std::vector<Value> elements;
   elements.reserve(size());
   for (const Value& element : _elements) elements.push_back(element.frozenCopyAtDepth(depth + 1));
-  return ArrayRef::toUnpublished(new Array(std::move(elements), true));
+  return ArrayRef(new Array(std::move(elements), true));
 }
 
 void Array::checkMutable() const {

@@ -178,9 +178,9 @@ Value BinaryReader::readAgain(const Slot& slot) {
   Counted* const object = const_cast<Counted*>(slot.object);
   switch (slot.kind) {
     case Value::Kind::String:
-      return String(Ref<Blob>::toUnpublished(static_cast<Blob*>(object)));
+      return String(Ref<Blob>(static_cast<Blob*>(object)));
     case Value::Kind::Data:
-      return Data(Ref<Blob>::toUnpublished(static_cast<Blob*>(object)));
+      return Data(Ref<Blob>(static_cast<Blob*>(object)));
     default:
       break;
   }
@@ -189,8 +189,8 @@ Value BinaryReader::readAgain(const Slot& slot) {
     throw MalformedPropertyList("containers are nested too deeply");
   }
   add(*_frames.back().slot, slot);
-  if (slot.kind == Value::Kind::Array) return ArrayRef::toUnpublished(static_cast<Array*>(object));
-  return DictionaryRef::toUnpublished(static_cast<Dictionary*>(object));
+  if (slot.kind == Value::Kind::Array) return ArrayRef(static_cast<Array*>(object));
+  return DictionaryRef(static_cast<Dictionary*>(object));
 }
 
 String BinaryReader::readKey(std::uint64_t reference) {
@@ -201,7 +201,7 @@ String BinaryReader::readKey(std::uint64_t reference) {
     if (family == kASCII || family == kUTF16) return readString(slot, at);
   } else if (slot.kind == Value::Kind::String) {
     auto* const blob = static_cast<Blob*>(const_cast<Counted*>(slot.object));
-    return String(Ref<Blob>::toUnpublished(blob));
+    return String(Ref<Blob>(blob));
   }
   throw MalformedPropertyList("a key is no string");
 }
@@ -230,7 +230,7 @@ Value BinaryReader::readData(Slot& slot, const char* at) {
 Value BinaryReader::openArray(Slot& slot, const char* at) {
   const std::string_view references = claimBody(at, _referenceSize);
   const std::size_t count = references.size() / _referenceSize;
-  ArrayRef array = ArrayRef::toUnpublished(new Array({}, true));
+  ArrayRef array = ArrayRef(new Array({}, true));
   array->_elements.reserve(count);
   slot.object = array.get();
   slot.kind = Value::Kind::Array;
@@ -244,7 +244,7 @@ Value BinaryReader::openDictionary(Slot& slot, const char* at) {
   const std::size_t count = keys.size() / _referenceSize;
   Ref<Dictionary::Table> table = count > 0 ? Dictionary::Table::make(count) : nullptr;
   Dictionary::Table* const entries = table.get();
-  auto dictionary = DictionaryRef::toUnpublished(new Dictionary(std::move(table), true));
+  auto dictionary = DictionaryRef(new Dictionary(std::move(table), true));
   slot.object = dictionary.get();
   slot.kind = Value::Kind::Dictionary;
   open({&slot, nullptr, entries, keys.data() + keys.size(), keys.data(), count, keys}, count);

@@ -7,7 +7,7 @@ namespace tallbook {
 
 Ref<Blob> Blob::uninitialised(std::size_t size) {
   void* memory = ::operator new(sizeof(Blob) + size);
-  return Ref<Blob>::toUnpublished(new (memory) Blob(size));
+  return Ref<Blob>(new (memory) Blob(size));
 }
 
 Ref<Blob> Blob::copyOf(std::string_view bytes) {

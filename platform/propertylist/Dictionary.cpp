@@ -12,7 +12,7 @@ Dictionary::Dictionary(Ref<Table> table, bool frozen) noexcept
 Dictionary::~Dictionary() = default;
 
 DictionaryRef Dictionary::make() {
-  return DictionaryRef::toUnpublished(new Dictionary(nullptr, false));
+  return DictionaryRef(new Dictionary(nullptr, false));
 }
 
 DictionaryRef Dictionary::make(std::initializer_list<std::pair<String, Value>> entries) {
@@ -31,7 +31,7 @@ DictionaryRef Dictionary::makeFrozen(std::vector<Entry> entries) {
     table->appendUnsettled(std::move(entry.key), std::move(entry.value));
   }
   if (table) table->settle();
-  return DictionaryRef::toUnpublished(new Dictionary(std::move(table), true));
+  return DictionaryRef(new Dictionary(std::move(table), true));
 }
 
 void Dictionary::destroy(Dictionary* dictionary) noexcept {
@@ -90,7 +90,7 @@ void Dictionary::checkMutable() const {
 }
 
 DictionaryRef Dictionary::mutableCopy() const {
-  return DictionaryRef::toUnpublished(new Dictionary(_table, false));
+  return DictionaryRef(new Dictionary(_table, false));
 }
 
 DictionaryRef Dictionary::frozenCopy() const {
@@ -101,13 +101,13 @@ DictionaryRef Dictionary::frozenCopyAtDepth(int depth) const {
   if (_frozen) return DictionaryRef(const_cast<Dictionary*>(this));
   const bool isShareable =
       std::all_of(begin(), end(), [](const Entry& entry) { return entry.value.isImmutable(); });
-  if (isShareable) return DictionaryRef::toUnpublished(new Dictionary(_table, true));
+  if (isShareable) return DictionaryRef(new Dictionary(_table, true));
 
   Ref<Table> table = Table::make(size());
   for (const Entry& entry : *this) {
     table->append(entry.key, entry.value.frozenCopyAtDepth(depth + 1));
   }
-  return DictionaryRef::toUnpublished(new Dictionary(std::move(table), true));
+  return DictionaryRef(new Dictionary(std::move(table), true));
 }
 
 }  // namespace tallbook

@@ -10,7 +10,7 @@ namespace tallbook {
 Ref<Dictionary::Table> Dictionary::Table::make(std::size_t capacity) {
   static_assert(sizeof(Table) % alignof(Entry) == 0);
   void* memory = ::operator new(sizeof(Table) + capacity * sizeof(Entry));
-  return Ref<Table>::toUnpublished(new (memory) Table(capacity));
+  return Ref<Table>(new (memory) Table(capacity));
 }
 
 void Dictionary::Table::destroy(Table* table) noexcept {
