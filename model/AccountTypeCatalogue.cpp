@@ -75,15 +75,17 @@ AccountTypeCatalogue AccountTypeCatalogue::read() {
   AccountTypeCatalogue catalogue;
   for (const auto& [type, described] : *types) {
     if (const DictionaryRef entry = described.dictionary()) {
-      catalogue._entries.emplace(type, entryFrom(*entry));
+      catalogue._entries.emplace_back(type, entryFrom(*entry));
     }
   }
   return catalogue;
 }
 
 const AccountTypeEntry* AccountTypeCatalogue::entryForType(std::string_view type) const {
-  const auto found = _entries.find(type);
-  return found == _entries.end() ? nullptr : &found->second;
+  for (const auto& [name, entry] : _entries) {
+    if (name == type) return &entry;
+  }
+  return nullptr;
 }
 
 void BasicAccount::initialize() {

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <string_view>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "tallbook/String.h"
 #include "tallbook/Value.h"
@@ -33,7 +34,8 @@ class AccountTypeCatalogue {
  private:
   static AccountTypeCatalogue read();
 
-  std::unordered_map<String, AccountTypeEntry, StringHash, StringEqual> _entries;
+  // So few that searching them one by one is quicker than hashing.
+  std::vector<std::pair<String, AccountTypeEntry>> _entries;
 };
 
 }  // namespace tallbook

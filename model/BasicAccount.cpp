@@ -138,6 +138,10 @@ DictionaryRef BasicAccount::propertiesToSave() const {
 
 void BasicAccount::setOriginalProperties(const DictionaryRef& properties) {
   if (properties == _originalProperties) return;
+  // What still shares the snapshot's storage did not change since it was taken.
+  if (properties && _originalProperties && properties->sharesStorageWith(*_originalProperties)) {
+    return;
+  }
   _originalProperties = properties ? properties->frozenCopy() : nullptr;
 }
 

@@ -8,6 +8,7 @@
 
 #include "model/LibraryLogging.h"
 #include "store/AccountsFile.h"
+#include "store/IdentifierTable.h"
 #include "store/TBRuntimeFixMailAccount.h"
 
 namespace tallbook {
@@ -17,10 +18,23 @@ bool hasTypeAmong(const BasicAccount& account, const AccountsManager::AccountTyp
   return std::ranges::find(types, account.type()) != types.end();
 }
 
+/// A frozen copy of what would be saved of the record. Most records are as they were read, and
+/// then their original properties are that copy.
+DictionaryRef snapshotToSave(const BasicAccount& account) {
+  const DictionaryRef current = account.propertiesToSave();
+  const DictionaryRef& original = account.originalProperties();
+  return original && current->sharesStorageWith(*original) ? original : current->frozenCopy();
+}
+
 }  // namespace
 
 AccountsManager::AccountsManager()
-    : _orderedTopLevelAccounts(std::make_shared<AccountList>()),
+    : _topLevelAccountsByID(std::make_unique<AccountTable>()),
+      _orderedTopLevelAccounts(std::make_shared<AccountList>()),
+      _childAccountsByID(std::make_unique<AccountTable>()),
+      _childAccountIDToParentAccountID(std::make_unique<IdentifierTable<String>>()),
+      _childAccountIDsByParentAccountID(std::make_unique<IdentifierTable<std::vector<String>>>()),
+      _originalAccountsByID(std::make_unique<IdentifierTable<DictionaryRef>>()),
       _runtimeFixers(_createRuntimeFixers()) {}
 
 AccountsManager::~AccountsManager() = default;
@@ -64,7 +78,7 @@ std::shared_ptr<AccountsManager> AccountsManager::_initWithAccountsInfo(const Ar
 void AccountsManager::loadAccounts(const Array& infos) {
   bool repaired = false;
   _orderedTopLevelAccounts->reserve(infos.size());
-  _topLevelAccountsByID.reserve(infos.size());
+  _topLevelAccountsByID->reserve(infos.size());
   for (const Value& info : infos) {
     const DictionaryRef properties = info.dictionary();
     auto account = properties ? BasicAccount::initWithProperties(properties) : nullptr;
@@ -92,18 +106,23 @@ FixerVerdict AccountsManager::offerToFixers(BasicAccount& account, std::string_v
 
 void AccountsManager::appendAccount(std::shared_ptr<BasicAccount> account) {
   if (const String identifier = account->identifier()) {
-    _topLevelAccountsByID.insert_or_assign(identifier, account);
+    (*_topLevelAccountsByID)[identifier] = account;
+    fileChildren(account, identifier);
   }
   _orderedTopLevelAccounts->push_back(std::move(account));
-  _loadChildrenFromAccount(_orderedTopLevelAccounts->back());
 }
 
 void AccountsManager::_loadChildrenFromAccount(const std::shared_ptr<BasicAccount>& account) {
-  const String parentID = account->identifier();
-  if (!parentID) return;
+  if (const String identifier = account->identifier()) fileChildren(account, identifier);
+}
+
+void AccountsManager::fileChildren(const std::shared_ptr<BasicAccount>& account,
+                                   const String& parentID) {
   _removeChildrenForAccountWithIdentifier(parentID);
   const ArrayRef children = account->accountPropertyForKey(kAccountChildAccounts).array();
   if (!children) return;
+  std::vector<String> childIDs;
+  childIDs.reserve(children->size());
   for (const Value& info : *children) {
     const DictionaryRef properties = info.dictionary();
     auto child = properties ? BasicAccount::initWithProperties(properties) : nullptr;
@@ -115,44 +134,45 @@ void AccountsManager::_loadChildrenFromAccount(const std::shared_ptr<BasicAccoun
       });
       continue;
     }
-    _childAccountsByID.insert_or_assign(childID, std::move(child));
-    _childAccountIDToParentAccountID.insert_or_assign(childID, parentID);
-    _childAccountIDsByParentAccountID[parentID].push_back(childID);
+    (*_childAccountsByID)[childID] = std::move(child);
+    (*_childAccountIDToParentAccountID)[childID] = parentID;
+    childIDs.push_back(childID);
   }
+  (*_childAccountIDsByParentAccountID)[parentID] = std::move(childIDs);
 }
 
 void AccountsManager::_removeChildrenForAccountWithIdentifier(std::string_view identifier) {
-  const auto children = _childAccountIDsByParentAccountID.find(identifier);
-  if (children == _childAccountIDsByParentAccountID.end()) return;
-  for (const String& childID : children->second) {
+  const std::vector<String>* childIDs = _childAccountIDsByParentAccountID->find(identifier);
+  if (!childIDs) return;
+  for (const String& childID : *childIDs) {
     // A child filed under another parent since then is that parent's.
-    const auto parent = _childAccountIDToParentAccountID.find(childID);
-    if (parent == _childAccountIDToParentAccountID.end() || parent->second != identifier) continue;
-    _childAccountIDToParentAccountID.erase(parent);
-    _childAccountsByID.erase(childID);
+    const String* parentID = _childAccountIDToParentAccountID->find(childID);
+    if (!parentID || *parentID != identifier) continue;
+    _childAccountIDToParentAccountID->erase(childID);
+    _childAccountsByID->erase(childID);
   }
-  _childAccountIDsByParentAccountID.erase(children);
+  _childAccountIDsByParentAccountID->erase(identifier);
 }
 
 AccountsManager::AccountList AccountsManager::childrenOf(std::string_view parentID) const {
   AccountList children;
-  const auto childIDs = _childAccountIDsByParentAccountID.find(parentID);
-  if (childIDs == _childAccountIDsByParentAccountID.end()) return children;
+  const std::vector<String>* childIDs = _childAccountIDsByParentAccountID->find(parentID);
+  if (!childIDs) return children;
   std::unordered_set<std::string_view> met;
-  for (const String& childID : childIDs->second) {
-    const auto parent = _childAccountIDToParentAccountID.find(childID);
-    if (parent == _childAccountIDToParentAccountID.end() || parent->second != parentID) continue;
-    if (met.insert(childID.view()).second) children.push_back(_childAccountsByID.at(childID));
+  for (const String& childID : *childIDs) {
+    const String* filedUnder = _childAccountIDToParentAccountID->find(childID);
+    if (!filedUnder || *filedUnder != parentID) continue;
+    if (met.insert(childID.view()).second) children.push_back(*_childAccountsByID->find(childID));
   }
   return children;
 }
 
 void AccountsManager::_setOriginalAccountDictionaries() {
-  _originalAccountsByID.clear();
-  _originalAccountsByID.reserve(_orderedTopLevelAccounts->size());
+  _originalAccountsByID = std::make_unique<IdentifierTable<DictionaryRef>>();
+  _originalAccountsByID->reserve(_orderedTopLevelAccounts->size());
   for (const auto& account : *_orderedTopLevelAccounts) {
     if (const String identifier = account->identifier()) {
-      _originalAccountsByID.insert_or_assign(identifier, account->propertiesToSave()->frozenCopy());
+      _originalAccountsByID->append(identifier, snapshotToSave(*account));
       continue;
     }
     logMessage("-[AccountsManager _setOriginalAccountDictionaries]", [&] {
@@ -164,16 +184,12 @@ void AccountsManager::_setOriginalAccountDictionaries() {
 
 std::shared_ptr<BasicAccount> AccountsManager::accountWithIdentifier(
     std::string_view identifier) const {
-  if (const auto found = _topLevelAccountsByID.find(identifier);
-      found != _topLevelAccountsByID.end()) {
-    return found->second;
-  }
-  const auto child = _childAccountsByID.find(identifier);
-  if (child == _childAccountsByID.end()) return nullptr;
-  const auto parentID = _childAccountIDToParentAccountID.find(child->second->identifier());
-  if (parentID == _childAccountIDToParentAccountID.end()) return nullptr;
-  const auto parent = _topLevelAccountsByID.find(parentID->second);
-  return parent == _topLevelAccountsByID.end() ? nullptr : parent->second;
+  if (const auto* account = _topLevelAccountsByID->find(identifier)) return *account;
+  const auto* child = _childAccountsByID->find(identifier);
+  if (!child) return nullptr;
+  const String* parentID = _childAccountIDToParentAccountID->find((*child)->identifier());
+  const auto* parent = parentID ? _topLevelAccountsByID->find(*parentID) : nullptr;
+  return parent ? *parent : nullptr;
 }
 
 std::shared_ptr<BasicAccount> AccountsManager::displayAccountWithSyncIdentifier(
@@ -198,7 +214,6 @@ std::shared_ptr<BasicAccount> AccountsManager::syncableAccountWithSyncIdentifier
 
 AccountsManager::AccountList AccountsManager::allBasicSyncableAccounts() const {
   AccountList accounts = *_orderedTopLevelAccounts;
-  accounts.reserve(accounts.size() + _childAccountsByID.size());
   std::unordered_set<const BasicAccount*> met;
   for (const auto& account : *_orderedTopLevelAccounts) {
     for (auto& child : childrenOf(account->identifier())) {

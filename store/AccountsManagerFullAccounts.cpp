@@ -5,6 +5,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
+#include "store/IdentifierTable.h"
 #include "store/TBRuntimeFixProtocol.h"
 
 namespace tallbook {
@@ -12,9 +13,11 @@ namespace tallbook {
 std::shared_ptr<BasicAccount> AccountsManager::fullAccountWithIdentifierLoader(
     std::string_view identifier, AccountLoader* loader) const {
   if (identifier.empty()) return nullptr;
-  for (const AccountTable* table : {&_topLevelAccountsByID, &_childAccountsByID}) {
-    if (const auto found = table->find(identifier); found != table->end()) {
-      return found->second->fullAccountUsingLoader(loader);
+  for (const AccountTable* table : {_topLevelAccountsByID.get(), _childAccountsByID.get()}) {
+    if (const auto* account = table->find(identifier)) {
+      // Making the full account runs other components' code, which may change the store.
+      const std::shared_ptr<BasicAccount> kept = *account;
+      return kept->fullAccountUsingLoader(loader);
     }
   }
   return nullptr;

@@ -6,6 +6,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
+#include "store/IdentifierTable.h"
 #include "store/TBRuntimeFixProtocol.h"
 
 namespace tallbook {
@@ -30,7 +31,7 @@ void AccountsManager::updateAccount(const std::shared_ptr<BasicAccount>& account
   for (auto& stored : *_orderedTopLevelAccounts) {
     if (stored->identifier() != identifier) continue;
     stored = account;
-    _topLevelAccountsByID.insert_or_assign(identifier, account);
+    (*_topLevelAccountsByID)[identifier] = account;
     _loadChildrenFromAccount(account);
   }
 }
@@ -39,7 +40,7 @@ void AccountsManager::insertAccount(const std::shared_ptr<BasicAccount>& account
   if (!account) return;
   logMutation("-[AccountsManager insertAccount:]", "Inserting", *account);
   const String identifier = account->identifier();
-  if (identifier && _topLevelAccountsByID.contains(identifier)) return;
+  if (identifier && _topLevelAccountsByID->contains(identifier)) return;
   appendAccount(account);
 }
 
@@ -49,7 +50,7 @@ void AccountsManager::deleteAccount(const std::shared_ptr<BasicAccount>& account
   const String identifier = account->identifier();
   if (!identifier) return;
   _removeChildrenForAccountWithIdentifier(identifier);
-  _topLevelAccountsByID.erase(identifier);
+  _topLevelAccountsByID->erase(identifier);
   AccountList& accounts = *_orderedTopLevelAccounts;
   const auto last = std::find_if(accounts.rbegin(), accounts.rend(), [&](const auto& stored) {
     return stored->identifier() == identifier;
@@ -60,9 +61,9 @@ void AccountsManager::deleteAccount(const std::shared_ptr<BasicAccount>& account
 }
 
 void AccountsManager::deleteAccountWithIdentifier(std::string_view identifier) {
-  const auto found = _topLevelAccountsByID.find(identifier);
-  if (found == _topLevelAccountsByID.end()) return;
-  const std::shared_ptr<BasicAccount> account = found->second;
+  const auto* found = _topLevelAccountsByID->find(identifier);
+  if (!found) return;
+  const std::shared_ptr<BasicAccount> account = *found;
   deleteAccount(account);
 }
 
@@ -78,10 +79,10 @@ void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccou
   }
   if (const String identifier = account->identifier()) {
     _removeChildrenForAccountWithIdentifier(identifier);
-    _topLevelAccountsByID.erase(identifier);
+    _topLevelAccountsByID->erase(identifier);
   }
   if (const String identifier = withAccount->identifier()) {
-    _topLevelAccountsByID.insert_or_assign(identifier, withAccount);
+    (*_topLevelAccountsByID)[identifier] = withAccount;
   }
   (*_orderedTopLevelAccounts)[static_cast<std::size_t>(position)] = withAccount;
   _loadChildrenFromAccount(withAccount);
@@ -94,11 +95,11 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
   AccountTable givenByID;
   for (const auto& given : accounts) {
     if (const String identifier = given->identifier()) {
-      givenByID.insert_or_assign(identifier, given);
+      givenByID[identifier] = given;
     }
   }
-  AccountTable newTable;
-  newTable.reserve(_topLevelAccountsByID.size());
+  auto newTable = std::make_unique<AccountTable>();
+  newTable->reserve(_orderedTopLevelAccounts->size());
   std::unordered_set<const BasicAccount*> placed;
 
   // From the last record to the first, so that of two with one identifier the first one counts;
@@ -108,17 +109,17 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
   for (auto stored = _orderedTopLevelAccounts->rbegin(); stored != _orderedTopLevelAccounts->rend();
        ++stored) {
     const String identifier = (*stored)->identifier();
-    const auto given = identifier ? givenByID.find(identifier) : givenByID.end();
+    const auto* given = identifier ? givenByID.find(identifier) : nullptr;
     std::shared_ptr<BasicAccount> kept = *stored;
-    if (given != givenByID.end()) {
-      kept = given->second;
+    if (given) {
+      kept = *given;
       placed.insert(kept.get());
       _loadChildrenFromAccount(kept);
     } else if (std::ranges::find(types, kept->type()) != types.end()) {
       if (identifier) _removeChildrenForAccountWithIdentifier(identifier);
       continue;
     }
-    if (identifier) newTable.insert_or_assign(identifier, kept);
+    if (identifier) (*newTable)[identifier] = kept;
     newList->push_back(std::move(kept));
   }
   std::ranges::reverse(*newList);
@@ -126,12 +127,12 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
   for (const auto& given : accounts) {
     if (placed.contains(given.get())) continue;
     if (given->parentAccount()) {
-      moveChild(given, newTable);
+      moveChild(given, *newTable);
       continue;
     }
     newList->push_back(given);
     if (const String identifier = given->identifier()) {
-      newTable.insert_or_assign(identifier, given);
+      (*newTable)[identifier] = given;
     }
     _loadChildrenFromAccount(given);
   }
@@ -142,13 +143,12 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
 void AccountsManager::moveChild(const std::shared_ptr<BasicAccount>& child,
                                 const AccountTable& parents) {
   const String childID = child->identifier();
-  const auto found = parents.find(child->parentAccountIdentifier());
-  const auto newParent = found == parents.end() ? nullptr : found->second;
-  const auto filed = _childAccountIDToParentAccountID.find(childID);
-  if (filed != _childAccountIDToParentAccountID.end()) {
-    const auto oldParent = newParent && filed->second == newParent->identifier()
+  const auto* found = parents.find(child->parentAccountIdentifier());
+  const auto newParent = found ? *found : nullptr;
+  if (const String* filedUnder = _childAccountIDToParentAccountID->find(childID)) {
+    const auto oldParent = newParent && *filedUnder == newParent->identifier()
                                ? newParent
-                               : accountWithIdentifier(filed->second);
+                               : accountWithIdentifier(*filedUnder);
     if (oldParent) removeChildWithIdentifierFromAccount(childID, oldParent);
   }
   if (newParent) addChildToAccount(child, newParent);

@@ -9,6 +9,7 @@
 #include "model/PlugInRegistry.h"
 #include "platform/Platform.h"
 #include "store/ChangeDetection.h"
+#include "store/IdentifierTable.h"
 #include "store/Notifications.h"
 #include "store/TBRuntimeFixProtocol.h"
 
@@ -137,20 +138,20 @@ void AccountsManager::_sendNotificationsForChangedAccounts() {
     DictionaryRef current;
   };
   std::vector<Change> changes;
-  for (const auto& [identifier, original] : _originalAccountsByID) {
-    if (!_topLevelAccountsByID.contains(identifier)) {
+  _originalAccountsByID->forEach([&](const String& identifier, const DictionaryRef& original) {
+    if (!_topLevelAccountsByID->contains(identifier)) {
       changes.push_back({AccountChange::Removed, identifier, original, nullptr});
     }
-  }
-  for (const auto& [identifier, account] : _topLevelAccountsByID) {
+  });
+  _topLevelAccountsByID->forEach([&](const String& identifier, const auto& account) {
     const DictionaryRef current = account->propertiesToSave();
-    const auto before = _originalAccountsByID.find(identifier);
-    if (before == _originalAccountsByID.end()) {
+    const DictionaryRef* before = _originalAccountsByID->find(identifier);
+    if (!before) {
       changes.push_back({AccountChange::Added, identifier, nullptr, current});
-    } else if (!before->second->sharesStorageWith(*current)) {
-      changes.push_back({AccountChange::Kept, identifier, before->second, current});
+    } else if (!(*before)->sharesStorageWith(*current)) {
+      changes.push_back({AccountChange::Kept, identifier, *before, current});
     }
-  }
+  });
   // Removals, then additions, then kept accounts, each by identifier: the tables have no order.
   const auto group = [](AccountChange kind) {
     return kind == AccountChange::Removed ? 0 : kind == AccountChange::Added ? 1 : 2;

@@ -5,6 +5,7 @@
 #include "model/LibraryLogging.h"
 #include "store/AccountMerge.h"
 #include "store/AccountsFile.h"
+#include "store/IdentifierTable.h"
 #include "store/Notifications.h"
 #include "store/TBRuntimeFixProtocol.h"
 
@@ -48,7 +49,7 @@ bool AccountsManager::fixAccountsBeforeSaving() {
     // Still written, so that nothing is lost, but no longer found and reported as removed.
     if (const String identifier = (*account)->identifier()) {
       _removeChildrenForAccountWithIdentifier(identifier);
-      _topLevelAccountsByID.erase(identifier);
+      _topLevelAccountsByID->erase(identifier);
     }
   }
   return repaired;

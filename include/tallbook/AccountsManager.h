@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -15,6 +14,8 @@
 
 namespace tallbook {
 
+template <class T>
+class IdentifierTable;
 class LockHold;
 enum class FixerVerdict : std::int32_t;
 class TBRuntimeFixProtocol;
@@ -168,8 +169,7 @@ class TALLBOOK_EXPORT AccountsManager {
   void _sendNotificationsForChangedAccounts();
 
  private:
-  using AccountTable =
-      std::unordered_map<String, std::shared_ptr<BasicAccount>, StringHash, StringEqual>;
+  using AccountTable = IdentifierTable<std::shared_ptr<BasicAccount>>;
 
   AccountsManager();
   void _loadChildrenFromAccount(const std::shared_ptr<BasicAccount>& account);
@@ -178,21 +178,21 @@ class TALLBOOK_EXPORT AccountsManager {
   static std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _createRuntimeFixers();
   void loadAccounts(const Array& infos);
   void appendAccount(std::shared_ptr<BasicAccount> account);
+  void fileChildren(const std::shared_ptr<BasicAccount>& account, const String& parentID);
   AccountList childrenOf(std::string_view parentID) const;
   void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
   FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
   bool fixAccountsBeforeSaving();
   std::vector<Value> mergedRecords() const;
 
-  AccountTable _topLevelAccountsByID;
+  std::unique_ptr<AccountTable> _topLevelAccountsByID;
   std::shared_ptr<AccountList> _orderedTopLevelAccounts;
-  AccountTable _childAccountsByID;
-  std::unordered_map<String, String, StringHash, StringEqual> _childAccountIDToParentAccountID;
+  std::unique_ptr<AccountTable> _childAccountsByID;
+  std::unique_ptr<IdentifierTable<String>> _childAccountIDToParentAccountID;
   /// The reverse of the table above, in the order of "ChildAccounts": dropping one parent's
   /// children must not walk everybody's.
-  std::unordered_map<String, std::vector<String>, StringHash, StringEqual>
-      _childAccountIDsByParentAccountID;
-  std::unordered_map<String, DictionaryRef, StringHash, StringEqual> _originalAccountsByID;
+  std::unique_ptr<IdentifierTable<std::vector<String>>> _childAccountIDsByParentAccountID;
+  std::unique_ptr<IdentifierTable<DictionaryRef>> _originalAccountsByID;
   std::uint64_t _dataVersion = 0;
   std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _runtimeFixers;
 };
