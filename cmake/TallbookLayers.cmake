@@ -7,6 +7,9 @@ macro(tallbook_add_layer name)
   target_include_directories(
     tallbook_${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
   target_link_libraries(tallbook_${name} PRIVATE tallbook_warnings)
+  # Nobody replaces the library's functions by others of the same name: calls within it may be
+  # inlined.
+  target_compile_options(tallbook_${name} PRIVATE -fno-semantic-interposition)
   list(APPEND TALLBOOK_LAYERS ${name})
   add_subdirectory(${name})
 endmacro()

@@ -52,9 +52,12 @@ inline std::uint64_t readNumber(const char* at, std::size_t size) noexcept {
   return word >> (64 - 8 * size);
 }
 
-/// Writes the lowest 1 to 8 bytes of a number; answers the end of what was written.
+/// Writes the lowest 1 to 8 bytes of a number; answers the end of what was written. There must be
+/// room for 8 bytes in any case.
 inline char* writeNumber(std::uint64_t number, std::size_t size, char* to) noexcept {
-  for (std::size_t i = size; i > 0; --i, number >>= 8) to[i - 1] = static_cast<char>(number);
+  std::uint64_t word = number << (64 - 8 * size);
+  if constexpr (std::endian::native == std::endian::little) word = __builtin_bswap64(word);
+  std::memcpy(to, &word, sizeof word);
   return to + size;
 }
 

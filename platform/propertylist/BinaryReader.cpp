@@ -17,6 +17,11 @@ std::uint8_t markerAt(const char* at) noexcept {
   return static_cast<std::uint8_t>(*at);
 }
 
+bool isText(const char* at) noexcept {
+  const int family = markerAt(at) >> 4;
+  return family == kASCII || family == kUTF16;
+}
+
 /// The number in `bytes`, where 64 bits can hold it: higher bytes must be zero.
 std::uint64_t readWideNumber(std::string_view bytes) {
   const std::size_t low = std::min<std::size_t>(bytes.size(), 8);
@@ -108,21 +113,26 @@ void BinaryReader::readOpenContainers() {
       elements.push_back(readObject(reference));
     } else {
       Dictionary::Table& table = *frame.table;
-      const char* const keyAt = frame.nextKey;
-      frame.nextKey += _referenceSize;
-      String key = readKey(referenceAt(keyAt));
+      String key = readNextKey(frame);
       table.appendUnsettled(std::move(key), readObject(reference));
     }
   }
 }
 
+String BinaryReader::readNextKey(Frame& frame) {
+  if (frame.sameKeys) return (frame.sameKeys++)->key;
+  const char* const at = frame.nextKey;
+  frame.nextKey += _referenceSize;
+  return readKey(referenceAt(at));
+}
+
 void BinaryReader::close(const Frame& frame) {
   frame.slot->isOpen = false;
   if (!_frames.empty()) add(*_frames.back().slot, *frame.slot);
-  if (!frame.table || areKnownDistinct(frame.keyReferences)) return;
+  if (!frame.table || frame.sameKeys) return;
   if (frame.table->size() <= Dictionary::Table::kMostWithoutIndex &&
       frame.table->isSettledAlready()) {
-    _distinctKeys[_nextDistinctKeys++ % _distinctKeys.size()] = frame.keyReferences;
+    _keyLists[_nextKeyList++ % _keyLists.size()] = {frame.keyReferences, frame.table};
   } else {
     _unsettled.push_back(frame.table);
   }
@@ -130,7 +140,11 @@ void BinaryReader::close(const Frame& frame) {
 
 Value BinaryReader::readObject(std::uint64_t reference) {
   Slot& slot = slotOf(reference);
-  return slot.object ? readAgain(slot) : readNew(slot, objectAt(slot));
+  // Most objects are strings.
+  if (slot.kind == Value::Kind::String) return sharedString(slot);
+  if (slot.object) return readAgain(slot);
+  const char* const at = objectAt(slot);
+  return isText(at) ? readString(slot, at) : readNew(slot, at);
 }
 
 Value BinaryReader::readNew(Slot& slot, const char* at) {
@@ -161,9 +175,6 @@ Value BinaryReader::readNew(Slot& slot, const char* at) {
       return UID{readWideNumber(body(low + 1))};
     case kData:
       return readData(slot, at);
-    case kASCII:
-    case kUTF16:
-      return readString(slot, at);
     case kArray:
       return openArray(slot, at);
     case kDictionary:
@@ -176,14 +187,7 @@ Value BinaryReader::readNew(Slot& slot, const char* at) {
 
 Value BinaryReader::readAgain(const Slot& slot) {
   Counted* const object = const_cast<Counted*>(slot.object);
-  switch (slot.kind) {
-    case Value::Kind::String:
-      return String(Ref<Blob>(static_cast<Blob*>(object)));
-    case Value::Kind::Data:
-      return Data(Ref<Blob>(static_cast<Blob*>(object)));
-    default:
-      break;
-  }
+  if (slot.kind == Value::Kind::Data) return Data(Ref<Blob>(static_cast<Blob*>(object)));
   if (slot.isOpen) throw MalformedPropertyList("a container contains itself");
   if (_frames.size() + slot.nesting > kMaximumNesting) {
     throw MalformedPropertyList("containers are nested too deeply");
@@ -193,15 +197,16 @@ Value BinaryReader::readAgain(const Slot& slot) {
   return DictionaryRef(static_cast<Dictionary*>(object));
 }
 
+String BinaryReader::sharedString(const Slot& slot) {
+  return String(Ref<Blob>(static_cast<Blob*>(const_cast<Counted*>(slot.object))));
+}
+
 String BinaryReader::readKey(std::uint64_t reference) {
   Slot& slot = slotOf(reference);
+  if (slot.kind == Value::Kind::String) return sharedString(slot);
   if (!slot.object) {
     const char* const at = objectAt(slot);
-    const int family = markerAt(at) >> 4;
-    if (family == kASCII || family == kUTF16) return readString(slot, at);
-  } else if (slot.kind == Value::Kind::String) {
-    auto* const blob = static_cast<Blob*>(const_cast<Counted*>(slot.object));
-    return String(Ref<Blob>(blob));
+    if (isText(at)) return readString(slot, at);
   }
   throw MalformedPropertyList("a key is no string");
 }
@@ -234,7 +239,7 @@ Value BinaryReader::openArray(Slot& slot, const char* at) {
   array->_elements.reserve(count);
   slot.object = array.get();
   slot.kind = Value::Kind::Array;
-  open({&slot, array.get(), nullptr, references.data(), nullptr, count, {}}, count);
+  open({&slot, array.get(), nullptr, references.data(), nullptr, count, {}, nullptr}, count);
   return array;
 }
 
@@ -247,7 +252,9 @@ Value BinaryReader::openDictionary(Slot& slot, const char* at) {
   auto dictionary = DictionaryRef(new Dictionary(std::move(table), true));
   slot.object = dictionary.get();
   slot.kind = Value::Kind::Dictionary;
-  open({&slot, nullptr, entries, keys.data() + keys.size(), keys.data(), count, keys}, count);
+  open({&slot, nullptr, entries, keys.data() + keys.size(), keys.data(), count, keys,
+        entriesWithKeys(keys)},
+       count);
   return dictionary;
 }
 
@@ -273,9 +280,12 @@ void BinaryReader::add(Slot& parent, const Slot& child) const {
   if (parent.unfolded > kMostValues) throw MalformedPropertyList("there are too many values");
 }
 
-bool BinaryReader::areKnownDistinct(std::string_view keyReferences) const noexcept {
-  return std::find(_distinctKeys.begin(), _distinctKeys.end(), keyReferences) !=
-         _distinctKeys.end();
+const Dictionary::Entry* BinaryReader::entriesWithKeys(
+    std::string_view keyReferences) const noexcept {
+  const auto known = std::find_if(_keyLists.begin(), _keyLists.end(), [&](const KeyList& list) {
+    return list.table && list.references == keyReferences;
+  });
+  return known == _keyLists.end() ? nullptr : known->table->begin();
 }
 
 BinaryReader::Slot& BinaryReader::slotOf(std::uint64_t reference) {

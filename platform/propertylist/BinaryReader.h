@@ -45,6 +45,12 @@ class BinaryReader {
     const char* nextKey;
     std::size_t left;
     std::string_view keyReferences;
+    const Dictionary::Entry* sameKeys;  // the next entry of a table with these very keys, or null
+  };
+  /// The keys of a dictionary, which are distinct: the references to them, and a table of them.
+  struct KeyList {
+    std::string_view references;
+    Dictionary::Table* table = nullptr;
   };
 
   void checkOffsets() const;
@@ -54,6 +60,8 @@ class BinaryReader {
   Value readObject(std::uint64_t reference);
   Value readNew(Slot& slot, const char* at);
   Value readAgain(const Slot& slot);
+  static String sharedString(const Slot& slot);
+  String readNextKey(Frame& frame);
   String readKey(std::uint64_t reference);
   String readString(Slot& slot, const char* at);
   Value readData(Slot& slot, const char* at);
@@ -66,7 +74,7 @@ class BinaryReader {
   std::uint64_t referenceAt(const char* at) const noexcept;
   std::string_view claimBody(const char* at, std::size_t unit);
   void add(Slot& parent, const Slot& child) const;
-  bool areKnownDistinct(std::string_view keyReferences) const noexcept;
+  const Dictionary::Entry* entriesWithKeys(std::string_view keyReferences) const noexcept;
 
   std::string_view _bytes;
   const char* _end;  // of the objects: the offset table
@@ -76,9 +84,9 @@ class BinaryReader {
   std::size_t _unclaimed;  // bytes of objects that no decoded object has taken yet
   std::vector<Slot> _slots;
   std::vector<Frame> _frames;
-  // Records of one kind repeat one list of keys: the last lists that were found to be distinct.
-  std::array<std::string_view, 8> _distinctKeys;
-  std::size_t _nextDistinctKeys = 0;
+  // Records of one kind repeat one list of keys: the last lists that were met.
+  std::array<KeyList, 8> _keyLists;
+  std::size_t _nextKeyList = 0;
   // Settled when all is read, because slots may refer to what settling drops.
   std::vector<Dictionary::Table*> _unsettled;
 };

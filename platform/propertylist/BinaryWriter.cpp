@@ -1,6 +1,8 @@
 #include "platform/propertylist/BinaryWriter.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "platform/propertylist/KeyedHash.h"
 #include "platform/propertylist/Limits.h"
@@ -18,211 +20,304 @@ std::size_t widthOf(std::uint64_t number) noexcept {
   return (static_cast<std::size_t>(std::bit_width(number | 1)) + 7) / 8;
 }
 
+std::uint64_t addressOf(std::string_view bytes) noexcept {
+  return reinterpret_cast<std::uintptr_t>(bytes.data());
+}
+
+std::uint64_t bitsOf(Date date) noexcept {
+  return std::bit_cast<std::uint64_t>(date.secondsSince2001);
+}
+
+std::uint64_t hashOf(std::uint64_t bits) noexcept {
+  return keyedHash({reinterpret_cast<const char*>(&bits), sizeof bits});
+}
+
 }  // namespace
 
+void BinaryWriter::Extent::add(const Value& value, int depth) {
+  const auto enter = [&](std::size_t size) {
+    if (depth > kMaximumNesting) throw MalformedPropertyList("containers are nested too deeply");
+    ++containers;
+    values += size;
+    if (values > kMostValues) throw MalformedPropertyList("there are too many values");
+  };
+  if (value.kind() == Value::Kind::Array) {
+    const ArrayRef array = value.array();
+    enter(array->size());
+    for (const Value& element : *array) add(element, depth + 1);
+  } else if (value.kind() == Value::Kind::Dictionary) {
+    const DictionaryRef dictionary = value.dictionary();
+    enter(dictionary->size());
+    for (const Dictionary::Entry& entry : *dictionary) add(entry.value, depth + 1);
+  }
+}
+
 std::string BinaryWriter::encoded(const Value& root) {
-  // How many distinct objects there are is known only when all are written. An attempt with too
-  // narrow references ends early, so that the narrowest that suffice are found by trying.
-  for (std::size_t referenceSize = 1;; ++referenceSize) {
+  Extent extent;
+  extent.add(root, 1);
+  // There are at least as many objects as containers, and how many more is known only when all are
+  // written. An attempt with too narrow references ends early, so that the narrowest that suffice
+  // are found by trying.
+  const std::size_t fewestObjects = std::max<std::size_t>(extent.containers, 1);
+  for (std::size_t referenceSize = widthOf(fewestObjects - 1);; ++referenceSize) {
     try {
-      return BinaryWriter(referenceSize).write(root);
+      return BinaryWriter(extent, referenceSize).write(root);
     } catch (const TooManyObjects&) {
     }
   }
 }
 
+// Room for a file of mostly short values, half of which occurred before: then nothing has to grow,
+// and little of the room stays empty.
+BinaryWriter::BinaryWriter(const Extent& extent, std::size_t referenceSize)
+    : _referenceSize(referenceSize),
+      _mostObjects(std::min(std::uint64_t{1} << 8 * referenceSize, std::uint64_t{kNone})),
+      _unique(std::min(extent.values, _mostObjects) / 2) {
+  constexpr std::size_t kBytesPerValue = 16;
+  const std::size_t most = std::min(extent.values, _mostObjects);
+  _offsets.reserve(most);
+  _out.resize(most * kBytesPerValue + kSlack);
+}
+
 std::string BinaryWriter::write(const Value& root) {
-  _out = kMagic;
-  ++_values;
-  const Number top = add(root, 1);
+  appendBytes(kMagic);
+  const Number top = add(root);
   appendTableAndTrailer(top);
+  _out.resize(_used);
   return std::move(_out);
 }
 
-BinaryWriter::Number BinaryWriter::add(const Value& value, int depth) {
+BinaryWriter::Number BinaryWriter::add(const Value& value) {
   switch (value.kind()) {
     case Value::Kind::Array:
-      return addArray(*value.array(), depth);
+      return addArray(*value.array());
     case Value::Kind::Dictionary:
-      return addDictionary(*value.dictionary(), depth);
+      return addDictionary(*value.dictionary());
     case Value::Kind::String:
       return addText(*value.stringView());
     case Value::Kind::Data:
       return addData(value.data()->bytes());
     default:
-      break;
+      return addScalar(value);
   }
-  const Number number = beginObject();
-  switch (value.kind()) {
-    case Value::Kind::Boolean:
-      _out += static_cast<char>(value.boolValue() ? kTrue : kFalse);
-      break;
-    case Value::Kind::Integer:
-      appendInteger(value);
-      break;
-    case Value::Kind::Real:
-      appendNumber(kReal64, std::bit_cast<std::uint64_t>(value.realValue()), 8);
-      break;
-    case Value::Kind::Date:
-      appendNumber(kDate, std::bit_cast<std::uint64_t>(value.date()->secondsSince2001), 8);
-      break;
-    case Value::Kind::UID: {
-      const std::size_t size = widthOf(value.uid()->value);
-      appendNumber(static_cast<std::uint8_t>(kUID << 4 | (size - 1)), value.uid()->value, size);
-      break;
-    }
-    default:
-      _out += static_cast<char>(kNull);
-      break;
-  }
-  return endUnique(number);
 }
 
-BinaryWriter::Number BinaryWriter::addArray(const Array& array, int depth) {
-  const Number number = beginContainer(kArray, array.size(), array.size(), depth);
-  std::size_t at = _out.size() - array.size() * _referenceSize;
+BinaryWriter::Number BinaryWriter::addArray(const Array& array) {
+  const Number number = beginContainer(kArray, array.size(), array.size());
+  std::size_t at = _used - array.size() * _referenceSize;
   for (const Value& element : array) {
-    putReference(at, add(element, depth + 1));
+    putReference(at, add(element));
     at += _referenceSize;
   }
   return number;
 }
 
-BinaryWriter::Number BinaryWriter::addDictionary(const Dictionary& dictionary, int depth) {
+BinaryWriter::Number BinaryWriter::addDictionary(const Dictionary& dictionary) {
   const std::size_t size = dictionary.size();
-  const Number number = beginContainer(kDictionary, size, 2 * size, depth);
-  std::size_t at = _out.size() - 2 * size * _referenceSize;
-  for (const Dictionary::Entry& entry : dictionary) {
-    putReference(at, addText(entry.key));
-    at += _referenceSize;
+  const Number number = beginContainer(kDictionary, size, 2 * size);
+  if (_unique.isLarge()) {
+    // What the values need of it is fetched together instead of one after the other.
+    for (const Dictionary::Entry& entry : dictionary) announce(entry.value);
   }
+  std::size_t keyAt = _used - 2 * size * _referenceSize;
+  std::size_t valueAt = _used - size * _referenceSize;
   for (const Dictionary::Entry& entry : dictionary) {
-    putReference(at, add(entry.value, depth + 1));
-    at += _referenceSize;
+    putReference(keyAt, addText(entry.key));
+    putReference(valueAt, add(entry.value));
+    keyAt += _referenceSize;
+    valueAt += _referenceSize;
   }
   return number;
 }
 
+/// No two blobs of a tree have their bytes at one address, so the address tells them apart.
 BinaryWriter::Number BinaryWriter::addText(std::string_view text) {
-  Known& known = lately(text);
-  if (known.bytes == text.data()) return known.number;
-  const Number number = beginObject();
-  appendText(text);
-  known = {text.data(), endUnique(number)};
-  return known.number;
+  return addOnce(
+      Value::Kind::String, addressOf(text), [&] { return keyedHash(text); },
+      [&] { appendText(text); });
 }
 
 BinaryWriter::Number BinaryWriter::addData(std::string_view bytes) {
-  Known& known = lately(bytes);
-  if (known.bytes == bytes.data()) return known.number;
-  const Number number = beginObject();
-  appendMarker(kData, bytes.size());
-  _out += bytes;
-  known = {bytes.data(), endUnique(number)};
-  return known.number;
+  return addOnce(
+      Value::Kind::Data, addressOf(bytes), [&] { return keyedHash(bytes); },
+      [&] {
+        appendMarker(kData, bytes.size());
+        appendBytes(bytes);
+      });
 }
 
-/// Where the number of the string or data at this address is remembered. No two blobs of a tree
-/// have their bytes at one address.
-BinaryWriter::Known& BinaryWriter::lately(std::string_view bytes) noexcept {
-  const auto address = reinterpret_cast<std::uintptr_t>(bytes.data());
-  return _known[address / alignof(std::max_align_t) % _known.size()];
+BinaryWriter::Number BinaryWriter::addScalar(const Value& value) {
+  const auto addBits = [&](std::uint64_t bits, auto append) {
+    return addOnce(
+        value.kind(), bits, [&] { return hashOf(bits); }, append);
+  };
+  switch (value.kind()) {
+    case Value::Kind::Boolean:
+      return addBits(value.boolValue(), [&] { appendByte(value.boolValue() ? kTrue : kFalse); });
+    case Value::Kind::Integer:
+      // Above the signed range numbers have the bits of negative ones: those are not remembered.
+      if (value.isBeyondSigned()) return addLargeInteger(value.unsignedValue());
+      return addBits(value.unsignedValue(), [&] { appendInteger(value.unsignedValue()); });
+    case Value::Kind::Real: {
+      const auto bits = std::bit_cast<std::uint64_t>(value.realValue());
+      return addBits(bits, [&] { appendNumber(kReal64, bits, 8); });
+    }
+    case Value::Kind::Date: {
+      const std::uint64_t bits = bitsOf(*value.date());
+      return addBits(bits, [&] { appendNumber(kDate, bits, 8); });
+    }
+    case Value::Kind::UID: {
+      const std::uint64_t uid = value.uid()->value;
+      const std::size_t size = widthOf(uid);
+      return addBits(
+          uid, [&] { appendNumber(static_cast<std::uint8_t>(kUID << 4 | (size - 1)), uid, size); });
+    }
+    default:
+      return addBits(0, [&] { appendByte(kNull); });
+  }
+}
+
+/// An integer of 16 bytes, the higher ones zero.
+BinaryWriter::Number BinaryWriter::addLargeInteger(std::uint64_t number) {
+  const Number object = beginObject();
+  appendNumber(kInteger << 4 | 4, 0, 8);
+  writeNumber(number, 8, room(8));
+  _used += 8;
+  return endUnique(object, hashOf(number));
+}
+
+/// The number of an object that is no container, which `append` writes unless it is one of the
+/// last ones met. `hash` is asked for the hash of its content then.
+template <class Hash, class Append>
+BinaryWriter::Number BinaryWriter::addOnce(Value::Kind kind, std::uint64_t bits, Hash hash,
+                                           Append append) {
+  Known& known = _known[knownAt(bits)];
+  const bool isAnnounced = known.is(kind, bits);
+  if (isAnnounced && known.number != kNone) return known.number;
+  if (!isAnnounced) known = {bits, hash(), kNone, kind};
+  const Number number = beginObject();
+  append();
+  return known.number = endUnique(number, known.hash);
+}
+
+/// Fetches what a value that is about to be added needs of the index.
+void BinaryWriter::announce(const Value& value) {
+  const auto fetch = [this](Value::Kind kind, std::uint64_t bits, auto hash) {
+    Known& known = _known[knownAt(bits)];
+    if (known.is(kind, bits)) return;
+    known = {bits, hash(), kNone, kind};
+    _unique.prefetch(known.hash);
+  };
+  if (const auto text = value.stringView()) {
+    fetch(value.kind(), addressOf(*text), [&] { return keyedHash(*text); });
+  } else if (const auto date = value.date()) {
+    fetch(value.kind(), bitsOf(*date), [&] { return hashOf(bitsOf(*date)); });
+  }
 }
 
 BinaryWriter::Number BinaryWriter::beginObject() {
-  const auto number = static_cast<Number>(_offsets.size());
-  if (_referenceSize < sizeof number && number >> (8 * _referenceSize) != 0) {
-    throw TooManyObjects();
-  }
-  _offsets.push_back(_out.size());
-  return number;
+  const std::size_t number = _offsets.size();
+  if (number >= _mostObjects) throw TooManyObjects();
+  _offsets.push_back(_used);
+  return static_cast<Number>(number);
 }
 
 BinaryWriter::Number BinaryWriter::beginContainer(Family family, std::size_t size,
-                                                  std::size_t references, int depth) {
-  if (depth > kMaximumNesting) throw MalformedPropertyList("containers are nested too deeply");
-  _values += size;
-  if (_values > kMostValues) throw MalformedPropertyList("there are too many values");
+                                                  std::size_t references) {
   const Number number = beginObject();
   appendMarker(family, size);
-  _out.append(references * _referenceSize, '\0');
+  room(references * _referenceSize);
+  _used += references * _referenceSize;
   return number;
 }
 
 /// Ends the object `number`, the last one, which is no container: the number of the first object
 /// of the same bytes, which stays alone. No object's bytes are the start of another's.
-BinaryWriter::Number BinaryWriter::endUnique(Number number) {
-  const std::string_view object = std::string_view(_out).substr(_offsets.back());
-  const std::uint64_t hash = keyedHash(object);
+BinaryWriter::Number BinaryWriter::endUnique(Number number, std::uint64_t hash) {
+  const std::size_t start = _offsets.back();
+  const std::string_view object(_out.data() + start, _used - start);
   const std::uint32_t earlier = _unique.find(hash, [&](std::uint32_t other) {
-    return _out.compare(_offsets[other], object.size(), object) == 0;
+    return std::memcmp(_out.data() + _offsets[other], object.data(), object.size()) == 0;
   });
   if (earlier == HashIndex::kNone) {
     _unique.insert(hash, number);
     return number;
   }
-  _out.resize(_offsets.back());
+  _used = start;
   _offsets.pop_back();
   return earlier;
 }
 
 void BinaryWriter::appendMarker(Family family, std::size_t size) {
   if (size < kSizeFollows) {
-    _out += static_cast<char>(family << 4 | size);
+    appendByte(static_cast<std::uint8_t>(family << 4 | size));
   } else {
-    _out += static_cast<char>(family << 4 | kSizeFollows);
+    appendByte(static_cast<std::uint8_t>(family << 4 | kSizeFollows));
     appendInteger(size);
   }
 }
 
-/// Integers of 1, 2 and 4 bytes have no sign, those of 8 and 16 have.
-void BinaryWriter::appendInteger(const Value& integer) {
-  const std::uint64_t number = integer.unsignedValue();
-  if (integer.isBeyondSigned()) {
-    appendNumber(kInteger << 4 | 4, 0, 8);
-    char low[8];
-    _out.append(low, writeNumber(number, 8, low));
-    return;
-  }
+/// Integers of 1, 2 and 4 bytes have no sign, those of 8 have.
+void BinaryWriter::appendInteger(std::uint64_t number) {
   const std::size_t size = std::bit_ceil(widthOf(number));
   appendNumber(static_cast<std::uint8_t>(kInteger << 4 | std::countr_zero(size)), number, size);
 }
 
 void BinaryWriter::appendNumber(std::uint8_t marker, std::uint64_t number, std::size_t size) {
-  char bytes[9];
-  bytes[0] = static_cast<char>(marker);
-  _out.append(bytes, writeNumber(number, size, bytes + 1));
+  char* const to = room(1 + size);
+  *to = static_cast<char>(marker);
+  writeNumber(number, size, to + 1);
+  _used += 1 + size;
+}
+
+void BinaryWriter::appendByte(std::uint8_t byte) {
+  *room(1) = static_cast<char>(byte);
+  ++_used;
+}
+
+void BinaryWriter::appendBytes(std::string_view bytes) {
+  if (bytes.empty()) return;
+  std::memcpy(room(bytes.size()), bytes.data(), bytes.size());
+  _used += bytes.size();
 }
 
 void BinaryWriter::appendText(std::string_view text) {
   if (isASCII(text)) {
     appendMarker(kASCII, text.size());
-    _out += text;
+    appendBytes(text);
     return;
   }
   const std::optional<std::size_t> length = utf16Length(text);
   if (!length) throw MalformedPropertyList("a string is not UTF-8");
   appendMarker(kUTF16, *length);
-  const std::size_t at = _out.size();
-  _out.resize(at + 2 * *length);
-  writeUTF16(text, _out.data() + at);
+  writeUTF16(text, room(2 * *length));
+  _used += 2 * *length;
 }
 
-void BinaryWriter::putReference(std::size_t at, Number number) {
-  writeNumber(number, _referenceSize, _out.data() + at);
+/// Byte by byte: what lies behind the reference is written already.
+void BinaryWriter::putReference(std::size_t at, Number number) noexcept {
+  char* to = _out.data() + at;
+  for (std::size_t i = _referenceSize; i > 0; --i, number >>= 8) {
+    to[i - 1] = static_cast<char>(number);
+  }
+}
+
+void BinaryWriter::grow(std::size_t size) {
+  _out.resize(std::max(_used + size + kSlack, 2 * _out.size()));
 }
 
 void BinaryWriter::appendTableAndTrailer(Number root) {
-  const std::size_t table = _out.size();
+  const std::size_t table = _used;
   const std::size_t offsetSize = widthOf(_offsets.back());
-  _out.resize(table + _offsets.size() * offsetSize + kTrailerSize);
-  char* to = _out.data() + table;
+  char* to = room(_offsets.size() * offsetSize + kTrailerSize);
   for (const std::uint64_t offset : _offsets) to = writeNumber(offset, offsetSize, to);
+  std::memset(to, 0, kOffsetSizeAt);
   to[kOffsetSizeAt] = static_cast<char>(offsetSize);
   to[kReferenceSizeAt] = static_cast<char>(_referenceSize);
   writeNumber(_offsets.size(), 8, to + kObjectCountAt);
   writeNumber(root, 8, to + kTopObjectAt);
   writeNumber(table, 8, to + kOffsetTableAt);
+  _used = static_cast<std::size_t>(to - _out.data()) + kTrailerSize;
 }
 
 }  // namespace tallbook

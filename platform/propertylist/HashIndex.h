@@ -25,6 +25,12 @@ class HashIndex {
     }
   }
   void insert(std::uint64_t hash, std::uint32_t position);
+  /// Fetches from memory where `find` and `insert` of the hash will begin.
+  void prefetch(std::uint64_t hash) const noexcept {
+    __builtin_prefetch(&_slots[static_cast<std::uint32_t>(hash) & _mask], 1);
+  }
+  /// Whether it is too large for the processor's inner caches, so that fetching ahead pays.
+  bool isLarge() const noexcept { return _slots.size() * sizeof(Slot) > std::size_t{1} << 19; }
 
  private:
   struct Slot {

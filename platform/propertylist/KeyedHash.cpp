@@ -1,6 +1,5 @@
 #include "platform/propertylist/KeyedHash.h"
 
-#include <bit>
 #include <cstring>
 #include <random>
 
@@ -8,8 +7,9 @@ namespace tallbook {
 namespace {
 
 struct Key {
-  std::uint64_t low;
-  std::uint64_t high;
+  std::uint64_t start;
+  std::uint64_t block;
+  std::uint64_t end;
 };
 
 std::uint64_t randomWord(std::random_device& random) {
@@ -19,70 +19,51 @@ std::uint64_t randomWord(std::random_device& random) {
 const Key& processKey() {
   static const Key key = [] {
     std::random_device random;
-    return Key{randomWord(random), randomWord(random)};
+    return Key{randomWord(random), randomWord(random), randomWord(random)};
   }();
   return key;
 }
 
-class SipState {
- public:
-  explicit SipState(const Key& key) noexcept
-      : _a(key.low ^ 0x736f6d6570736575),
-        _b(key.high ^ 0x646f72616e646f6d),
-        _c(key.low ^ 0x6c7967656e657261),
-        _d(key.high ^ 0x7465646279746573) {}
+template <class Word = std::uint64_t>
+Word wordAt(const char* at) noexcept {
+  Word word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
 
-  void add(std::uint64_t word) noexcept {
-    _d ^= word;
-    round();
-    _a ^= word;
-  }
-  std::uint64_t finish() noexcept {
-    _c ^= 0xff;
-    round();
-    round();
-    round();
-    return _a ^ _b ^ _c ^ _d;
-  }
-
- private:
-  void round() noexcept {
-    _a += _b;
-    _b = std::rotl(_b, 13) ^ _a;
-    _a = std::rotl(_a, 32);
-    _c += _d;
-    _d = std::rotl(_d, 16) ^ _c;
-    _a += _d;
-    _d = std::rotl(_d, 21) ^ _a;
-    _c += _b;
-    _b = std::rotl(_b, 17) ^ _c;
-    _c = std::rotl(_c, 32);
-  }
-
-  std::uint64_t _a, _b, _c, _d;
-};
+/// The two halves of the 128-bit product, folded into one: every bit of the result depends on
+/// every bit of both factors.
+std::uint64_t folded(std::uint64_t a, std::uint64_t b) noexcept {
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
 
 }  // namespace
 
+// The construction of wyhash (Wang Yi, in the public domain), with random words in the place of
+// its constants.
 std::uint64_t keyedHash(std::string_view bytes) noexcept {
-  SipState state(processKey());
-  std::uint64_t word = 0;
-  std::size_t at = 0;
-  for (; at + sizeof word <= bytes.size(); at += sizeof word) {
-    std::memcpy(&word, bytes.data() + at, sizeof word);
-    state.add(word);
+  const Key& key = processKey();
+  const char* at = bytes.data();
+  std::size_t left = bytes.size();
+  std::uint64_t state = key.start ^ left;
+  for (; left > 16; at += 16, left -= 16) {
+    state = folded(wordAt(at) ^ key.block, wordAt(at + 8) ^ state);
   }
-  word = 0;
-  if (at < bytes.size()) std::memcpy(&word, bytes.data() + at, bytes.size() - at);
-  state.add(word ^ std::uint64_t{bytes.size()} << 56);
-  return state.finish();
-}
-
-std::uint64_t keyedHash(std::uint64_t bits, std::uint64_t kind) noexcept {
-  SipState state(processKey());
-  state.add(bits);
-  state.add(kind);
-  return state.finish();
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;
+  if (left >= 8) {
+    first = wordAt(at);
+    last = wordAt(at + left - 8);
+  } else if (left >= 4) {
+    first = wordAt<std::uint32_t>(at);
+    last = wordAt<std::uint32_t>(at + left - 4);
+  } else if (left > 0) {
+    const char all[] = {at[0], at[left / 2], at[left - 1], 0};
+    first = wordAt<std::uint32_t>(all);
+  }
+  return folded(folded(first ^ key.block, last ^ state), key.end);
 }
 
 }  // namespace tallbook

@@ -5,11 +5,8 @@
 
 namespace tallbook {
 
-/// A hash of `bytes` (SipHash-1-3) under a key of this process's own, so that nobody can prepare a
-/// file whose strings all collide.
+/// A hash of `bytes` under a key of this process's own, so that nobody can prepare a file whose
+/// strings all collide. All of its bits are good.
 std::uint64_t keyedHash(std::string_view bytes) noexcept;
-
-/// The same for a number, told apart by its `kind`.
-std::uint64_t keyedHash(std::uint64_t bits, std::uint64_t kind) noexcept;
 
 }  // namespace tallbook

@@ -77,14 +77,20 @@ char* writeUnit(char32_t unit, char* to) noexcept {
 }  // namespace
 
 bool isASCII(std::string_view bytes) noexcept {
+  const auto word = [&](std::size_t at) {
+    std::uint64_t eight;
+    std::memcpy(&eight, bytes.data() + at, sizeof eight);
+    return eight;
+  };
   std::uint64_t seen = 0;
-  std::size_t at = 0;
-  for (; at + sizeof seen <= bytes.size(); at += sizeof seen) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes.data() + at, sizeof word);
-    seen |= word;
+  if (bytes.size() >= sizeof seen) {
+    // The last word may overlap the one before.
+    const std::size_t last = bytes.size() - sizeof seen;
+    for (std::size_t at = 0; at < last; at += sizeof seen) seen |= word(at);
+    seen |= word(last);
+  } else {
+    for (std::size_t at = 0; at < bytes.size(); ++at) seen |= byteAt(bytes, at);
   }
-  for (; at < bytes.size(); ++at) seen |= byteAt(bytes, at);
   return (seen & 0x8080808080808080) == 0;
 }
 
