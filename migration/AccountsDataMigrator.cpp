@@ -45,7 +45,7 @@ String AccountsDataMigrator::dataClassName() const {
 }
 
 bool AccountsDataMigrator::performMigration() {
-  std::unique_ptr<LockHold> lock = AccountsManager::createAndLockMigrationLock();
+  std::shared_ptr<LockHold> lock = AccountsManager::createAndLockMigrationLock();
   // A failure thrown by a step gives the lock back as well: its owner is this frame.
   const bool result = lock && executeMigrationSteps();
   AccountsManager::releaseMigrationLock(std::move(lock));

@@ -114,6 +114,3 @@ class AccountsDataMigrator final : public DataMigrator {
 };
 
 }  // namespace tallbook
-
-/// Whether Gmail is called "Google Mail" in the device's region; asked once in a process.
-extern "C" TALLBOOK_EXPORT bool _UseGoogleMail();

@@ -19,13 +19,6 @@ namespace {
   return basicAccount;
 });
 
-/// A value as messages show it: a string bare, no value "(null)".
-std::string shownValue(const Value& value) {
-  const auto text = value.stringView();
-  if (text) return std::string(*text);
-  return value.isNull() ? "(null)" : value.description();
-}
-
 }  // namespace
 
 std::shared_ptr<BasicAccount> BasicAccount::accountWithTypeClass(const String& type,
@@ -75,7 +68,7 @@ std::optional<BasicAccount::Making> BasicAccount::prepare(const DictionaryRef& p
   const Value type = properties ? (*properties)[kAccountType] : Value();
   const bool isTypeValid = _isValidAccountType(type.stringView().value_or(""));
   if (!isTypeValid) {
-    logMessage(operation, [&] { return "Invalid account type: " + shownValue(type); });
+    logMessage(operation, [&] { return "Invalid account type: " + shown(type); });
   }
   if (!properties || (*properties)[kAccountClass].stringView().value_or("").empty()) {
     logMessage(operation, [] { return std::string("Missing account class."); });
@@ -184,6 +177,9 @@ void BasicAccount::setDisplayName(const String& name) {
 }
 
 void BasicAccount::setParentAccount(std::shared_ptr<BasicAccount> parent) {
+  for (const BasicAccount* above = parent.get(); above; above = above->_parentAccount.get()) {
+    if (above == this) throw InternalConsistencyFailure("An account cannot be its own ancestor");
+  }
   _parentAccount = std::move(parent);
 }
 

@@ -8,6 +8,7 @@
 
 #include "model/AccountTypeCatalogue.h"
 #include "platform/Platform.h"
+#include "platform/propertylist/KeyedHash.h"
 
 namespace tallbook {
 namespace {
@@ -44,7 +45,7 @@ constexpr std::array<Restriction, 5> kRestrictions{{
 /// The list with each string once.
 std::vector<Value> withoutRepetitions(const Array& list) {
   std::vector<Value> members;
-  std::unordered_set<std::string_view> seen;
+  std::unordered_set<std::string_view, KeyedStringHash> seen;
   for (const Value& element : list) {
     const auto text = element.stringView();
     if (!text || seen.insert(*text).second) members.push_back(element);

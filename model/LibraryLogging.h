@@ -1,10 +1,12 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "tallbook/LibraryLog.h"
 #include "tallbook/String.h"
+#include "tallbook/Value.h"
 
 namespace tallbook {
 
@@ -22,6 +24,11 @@ void logMessage(std::string_view operation, MakeMessage&& message,
 /// A string as messages show it: a null one is "(null)".
 inline std::string_view shown(const String& text) {
   return text ? text.view() : "(null)";
+}
+/// A value as messages show it: a string bare, null as "(null)", the others by their description.
+inline std::string shown(const Value& value) {
+  if (const auto text = value.stringView()) return std::string(*text);
+  return value.isNull() ? "(null)" : value.description();
 }
 
 }  // namespace tallbook

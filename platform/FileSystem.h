@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +14,10 @@ namespace tallbook {
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
+
+  /// The most bytes that `readFile` reads; a larger file is an error. No property list of a device
+  /// comes near, and a sparse file of terabytes must not exhaust the memory.
+  static constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 
   /// The whole content of a regular file; an error, and an empty answer, for everything else.
   virtual std::string readFile(const std::string& path, std::error_code& error) const = 0;

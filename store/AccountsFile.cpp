@@ -29,6 +29,10 @@ std::optional<std::string> serialised(std::vector<Value> records) {
                         {kPlistVersionKey, AccountsManager::currentVersion()}});
   std::string problem;
   std::optional<std::string> bytes = binaryPropertyList(root, &problem);
+  if (bytes && bytes->size() > FileSystem::kLargestFile) {
+    problem = "the file would be too large to be read again";
+    bytes.reset();
+  }
   if (!bytes || !problem.empty()) {
     logMessage(kOperation, [&] { return "Failed to serialize tallbook data: " + problem; });
   }

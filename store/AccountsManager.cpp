@@ -121,7 +121,7 @@ void AccountsManager::fileChildren(const std::shared_ptr<BasicAccount>& account,
   _removeChildrenForAccountWithIdentifier(parentID);
   const ArrayRef children = account->accountPropertyForKey(kAccountChildAccounts).array();
   if (!children) return;
-  std::vector<String> childIDs;
+  std::vector<String>& childIDs = (*_childAccountIDsByParentAccountID)[parentID];
   childIDs.reserve(children->size());
   for (const Value& info : *children) {
     const DictionaryRef properties = info.dictionary();
@@ -134,11 +134,10 @@ void AccountsManager::fileChildren(const std::shared_ptr<BasicAccount>& account,
       });
       continue;
     }
+    childIDs.push_back(childID);
     (*_childAccountsByID)[childID] = std::move(child);
     (*_childAccountIDToParentAccountID)[childID] = parentID;
-    childIDs.push_back(childID);
   }
-  (*_childAccountIDsByParentAccountID)[parentID] = std::move(childIDs);
 }
 
 void AccountsManager::_removeChildrenForAccountWithIdentifier(std::string_view identifier) {
@@ -158,7 +157,7 @@ AccountsManager::AccountList AccountsManager::childrenOf(std::string_view parent
   AccountList children;
   const std::vector<String>* childIDs = _childAccountIDsByParentAccountID->find(parentID);
   if (!childIDs) return children;
-  std::unordered_set<std::string_view> met;
+  std::unordered_set<std::string_view, KeyedStringHash> met;
   for (const String& childID : *childIDs) {
     const String* filedUnder = _childAccountIDToParentAccountID->find(childID);
     if (!filedUnder || *filedUnder != parentID) continue;

@@ -26,18 +26,20 @@ std::shared_ptr<BasicAccount> AccountsManager::fullAccountWithIdentifierLoader(
 AccountsManager::AccountList AccountsManager::accountsWithTypesWithLoader(
     const AccountTypes& types, AccountLoader* loader) const {
   AccountList fullAccounts;
-  const auto appendFullAccount = [&](const BasicAccount& account) {
-    if (std::ranges::find(types, account.type()) == types.end()) return;
-    if (auto full = fullAccountWithIdentifierLoader(account.identifier(), loader)) {
-      fullAccounts.push_back(std::move(full));
-    }
+  const auto isWanted = [&](const BasicAccount& account) {
+    return std::ranges::find(types, account.type()) != types.end();
+  };
+  const auto append = [&](std::shared_ptr<BasicAccount> fullAccount) {
+    if (fullAccount) fullAccounts.push_back(std::move(fullAccount));
   };
   // Making a full account runs other components' code, which may change the store.
   const AccountList accounts = *_orderedTopLevelAccounts;
   for (const auto& account : accounts) {
-    appendFullAccount(*account);
+    if (isWanted(*account)) append(fullAccountWithIdentifierLoader(account->identifier(), loader));
     for (const auto& child : childrenOf(account->identifier())) {
-      if (child->parentAccount() == account) appendFullAccount(*child);
+      if (child->parentAccount() == account && isWanted(*child)) {
+        append(child->fullAccountUsingLoader(loader));
+      }
     }
   }
   return fullAccounts;

@@ -30,11 +30,11 @@ void requireOutParameter(const bool* parameter, const char* failure) {
 
 }  // namespace
 
-std::unique_ptr<LockHold> AccountsManager::createAndLockMigrationLock() {
+std::shared_ptr<LockHold> AccountsManager::createAndLockMigrationLock() {
   return Platform::current().namedLock().lock(kMigrationLockName);
 }
 
-void AccountsManager::releaseMigrationLock(std::unique_ptr<LockHold> lock) {
+void AccountsManager::releaseMigrationLock(std::shared_ptr<LockHold> lock) {
   lock.reset();
 }
 
@@ -47,17 +47,17 @@ bool AccountsManager::tallbookNeedsToBeMigrated() {
       "+[AccountsManager(MigrationSupport) tallbookNeedsToBeMigrated]";
   const DictionaryRef file = AccountsFile::read();
   if (!file) return false;
-  const Value* version = file->find(kPlistVersionKey);
-  if (!version) {
+  const Value& version = (*file)[kPlistVersionKey];
+  if (!version.isNumber()) {
     logMessage(kOperation, [] {
       return std::string("Tallbook plist is missing a version number, returning NO for migration");
     });
     return false;
   }
   // Compared without sign: a negative version counts as current.
-  if (version->unsignedValue() >= currentVersion()) return false;
+  if (version.unsignedValue() >= currentVersion()) return false;
   logMessage(kOperation, [&] {
-    return "Tallbook Version out of date: savedVersion=" + std::to_string(version->integerValue()) +
+    return "Tallbook Version out of date: savedVersion=" + std::to_string(version.integerValue()) +
            ", currentVersion=" + std::to_string(currentVersion());
   });
   return true;

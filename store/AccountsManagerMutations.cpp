@@ -172,7 +172,8 @@ void AccountsManager::removeChildWithIdentifierFromAccount(
 
 void AccountsManager::addChildToAccount(const std::shared_ptr<BasicAccount>& child,
                                         const std::shared_ptr<BasicAccount>& account) {
-  if (!child || !account) return;
+  // A dictionary in itself could be neither copied nor saved.
+  if (!child || !account || child->properties() == account->properties()) return;
   const ArrayRef present = childrenProperty(*account);
   const ArrayRef children = present ? present->mutableCopy() : Array::make();
   children->append(child->properties());

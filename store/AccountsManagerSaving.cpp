@@ -14,8 +14,50 @@ namespace {
 
 constexpr std::string_view kSaving = "-[AccountsManager saveAllAccounts]";
 
-std::string description(const DictionaryRef& dictionary) {
-  return Value(dictionary).description();
+using AccountTable = IdentifierTable<std::shared_ptr<BasicAccount>>;
+
+/// The top-level records on the disk that a store's records are merged with.
+class Counterparts {
+ public:
+  /// `areUnique` when neither side has two records with one identifier.
+  Counterparts(const AccountTable& table, const AccountsManager::AccountList& accounts,
+               bool areUnique)
+      : _table(table), _areUnique(areUnique) {
+    if (areUnique) return;
+    for (const auto& account : accounts) {
+      if (const String identifier = account->identifier()) {
+        _twins[identifier].accounts.push_back(account);
+      }
+    }
+  }
+
+  /// What the disk holds for the store's next record of that identifier, null when it holds none.
+  DictionaryRef propertiesOfNext(const String& identifier) {
+    if (!identifier) return nullptr;
+    if (!_areUnique) return _twins[identifier].next();
+    const auto* account = _table.find(identifier);
+    return account ? (*account)->propertiesToSave() : nullptr;
+  }
+
+ private:
+  /// Records with one identifier, as a damaged file may have them: the first belongs to the
+  /// store's first, the second to its second, so that each keeps what is its own.
+  struct Twins {
+    AccountsManager::AccountList accounts;
+    std::size_t met = 0;
+
+    DictionaryRef next() {
+      return met < accounts.size() ? accounts[met++]->propertiesToSave() : nullptr;
+    }
+  };
+
+  const AccountTable& _table;
+  const bool _areUnique;
+  IdentifierTable<Twins> _twins;
+};
+
+bool areUnique(const AccountTable& table, const AccountsManager::AccountList& accounts) {
+  return table.size() == accounts.size();
 }
 
 }  // namespace
@@ -57,18 +99,21 @@ bool AccountsManager::fixAccountsBeforeSaving() {
 
 std::vector<Value> AccountsManager::mergedRecords() const {
   const auto onDiskStore = initInsideOfMigration();
+  const AccountTable& onDiskTable = *onDiskStore->_topLevelAccountsByID;
+  const AccountList& onDiskAccounts = *onDiskStore->_orderedTopLevelAccounts;
+  Counterparts onDisk(onDiskTable, onDiskAccounts,
+                      areUnique(onDiskTable, onDiskAccounts) &&
+                          areUnique(*_topLevelAccountsByID, *_orderedTopLevelAccounts));
   std::vector<Value> records;
   records.reserve(_orderedTopLevelAccounts->size());
   for (const auto& account : *_orderedTopLevelAccounts) {
-    const String identifier = account->identifier();
-    const auto onDisk = identifier ? onDiskStore->accountWithIdentifier(identifier) : nullptr;
     const DictionaryRef merged = mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties(
         account->propertiesToSave(), account->originalProperties(),
-        onDisk ? onDisk->propertiesToSave() : nullptr);
+        onDisk.propertiesOfNext(account->identifier()));
     logMessage(kSaving, [&] {
-      return "Calculated Properties - Type: " + account->type().str() +
-             ", Properties: " + description(merged) +
-             ", Dataclasses: " + Value(account->enabledDataclasses()).description();
+      return "Calculated Properties - Type: " + std::string(shown(account->type())) +
+             ", Properties: " + shown(merged) +
+             ", Dataclasses: " + shown(account->enabledDataclasses());
     });
     records.emplace_back(merged);
   }
@@ -80,11 +125,11 @@ DictionaryRef AccountsManager::mergeInMemoryPropertiesOriginalPropertiesOnDiskPr
   constexpr std::string_view kMerging =
       "-[AccountsManager mergeInMemoryProperties:originalProperties:onDiskProperties:]";
   logMessage(kMerging, [&] {
-    return "Merging inmem " + description(inMemory) + " orig " + description(original) +
-           " onDisk " + description(onDisk);
+    return "Merging inmem " + shown(inMemory) + " orig " + shown(original) + " onDisk " +
+           shown(onDisk);
   });
   const DictionaryRef merged = mergedProperties(inMemory, original, onDisk);
-  logMessage(kMerging, [&] { return "Merged to " + description(merged); });
+  logMessage(kMerging, [&] { return "Merged to " + shown(merged); });
   return merged;
 }
 

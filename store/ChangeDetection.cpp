@@ -54,12 +54,12 @@ std::vector<String> dataclassesConcernedByChange(AccountChange change,
                                                  const DictionaryRef& original,
                                                  const DictionaryRef& current) {
   std::vector<String> concerned;
-  if (change != AccountChange::Kept) {
+  if (change == AccountChange::Added || change == AccountChange::Removed) {
     addDifference(concerned,
                   enabledDataclasses(change == AccountChange::Added ? current : original), {});
     return concerned;
   }
-  if (original->sharesStorageWith(*current)) return concerned;
+  if (!original || !current || original->sharesStorageWith(*current)) return concerned;
   const std::vector<String> before = enabledDataclasses(original);
   const std::vector<String> after = enabledDataclasses(current);
   addDifference(concerned, before, after);

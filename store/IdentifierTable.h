@@ -49,6 +49,10 @@ class IdentifierTable {
     if (_gaps > _entries.size() / 2) compact();
   }
 
+  std::size_t size() const {
+    const_cast<IdentifierTable*>(this)->takeUp();
+    return _entries.size() - _gaps;
+  }
   /// Calls `visit(identifier, value)` for each entry, in order; `visit` must not change the table.
   template <class Visit>
   void forEach(Visit visit) const {

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "tallbook/AccountsManager.h"
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"

@@ -27,7 +27,3 @@ class TBRuntimeFixMailAccount final : public TBRuntimeFixProtocol {
 };
 
 }  // namespace tallbook
-
-/// Called for every converted record of the class "MailAccount"; reports nothing.
-extern "C" TALLBOOK_EXPORT void reportMailAccountClassFound(const tallbook::Dictionary* properties,
-                                                            const char* context);

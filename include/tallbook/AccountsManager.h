@@ -137,8 +137,9 @@ class TALLBOOK_EXPORT AccountsManager {
 
   /// Waits until no other process migrates and holds the migration lock; null when it cannot be
   /// made.
-  static std::unique_ptr<LockHold> createAndLockMigrationLock();
-  static void releaseMigrationLock(std::unique_ptr<LockHold> lock);
+  static std::shared_ptr<LockHold> createAndLockMigrationLock();
+  /// Gives the lock up, unless others share it still. Null is allowed.
+  static void releaseMigrationLock(std::shared_ptr<LockHold> lock);
   /// Blocks while a migration runs.
   static void waitForMigrationToFinish();
   /// Whether the accounts file's version is older than `currentVersion`.
@@ -204,3 +205,7 @@ class TALLBOOK_EXPORT AccountsManager {
 extern "C" TALLBOOK_EXPORT const char* tallbookAccountsPath();
 extern "C" TALLBOOK_EXPORT const char* mailAccountsPath();
 extern "C" TALLBOOK_EXPORT const char* syncoraAccountPath();
+
+/// Called for every converted record of the class "MailAccount"; reports nothing.
+extern "C" TALLBOOK_EXPORT void reportMailAccountClassFound(const tallbook::Dictionary* properties,
+                                                            const char* context);

@@ -116,6 +116,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   void setDisplayName(const String& name);
   /// Null for a top-level record.
   const std::shared_ptr<BasicAccount>& parentAccount() const noexcept { return _parentAccount; }
+  /// Throws InternalConsistencyFailure for the record itself and for one below it.
   void setParentAccount(std::shared_ptr<BasicAccount> parent);
   String parentAccountIdentifier() const;
 

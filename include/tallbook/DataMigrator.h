@@ -17,3 +17,6 @@ class TALLBOOK_EXPORT DataMigrator {
 };
 
 }  // namespace tallbook
+
+/// Whether Gmail is called "Google Mail" in the device's region; asked once in a process.
+extern "C" TALLBOOK_EXPORT bool _UseGoogleMail();

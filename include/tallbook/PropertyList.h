@@ -20,8 +20,8 @@ TALLBOOK_EXPORT std::optional<Value> propertyListFromBytes(std::string_view byte
                                                            std::string* problem = nullptr);
 
 /// `root` in the binary encoding; nullopt, with `errorDescription` set where given, when the tree
-/// cannot be written: a string that is not UTF-8, or containers nested past `kMaximumNesting` (a
-/// cycle is). Equal content in equal order gives equal bytes.
+/// cannot be written: a string that is not UTF-8, containers nested past `kMaximumNesting` (a
+/// cycle is), or more than 10 million values. Equal content in equal order gives equal bytes.
 TALLBOOK_EXPORT std::optional<std::string> binaryPropertyList(
     const Value& root, std::string* errorDescription = nullptr);
 

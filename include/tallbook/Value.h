@@ -117,6 +117,10 @@ class TALLBOOK_EXPORT Value {
 
   Kind kind() const noexcept { return _kind; }
   bool isNull() const noexcept { return _kind == Kind::Null; }
+  /// Whether `boolValue` and `integerValue` have something to read: a boolean, an integer, a real.
+  bool isNumber() const noexcept {
+    return _kind == Kind::Boolean || _kind == Kind::Integer || _kind == Kind::Real;
+  }
   /// True for an integer above the signed 64-bit range; read it with `unsignedValue`.
   bool isBeyondSigned() const noexcept { return _beyondSigned && _kind == Kind::Integer; }
 
@@ -143,11 +147,13 @@ class TALLBOOK_EXPORT Value {
   DictionaryRef dictionary() const noexcept;
 
   /// A deep, immutable copy: frozen containers and all other kinds are their own copy.
-  /// Throws InternalConsistencyFailure where containers nest past `kMaximumNesting`.
+  /// Throws InternalConsistencyFailure where containers nest past `kMaximumNesting` and where the
+  /// copy would unfold past 10 million values.
   Value frozenCopy() const;
 
   /// The value on one line, for logs: strings, data and dates in double quotes, `<` and `>`, and
-  /// ISO 8601; `[a, b]`; `{Key: value, ...}` in stored order. Nested past `kMaximumNesting`: "...".
+  /// ISO 8601; `[a, b]`; `{Key: value, ...}` in stored order. What is nested past
+  /// `kMaximumNesting`, or comes after the first million values, is "...".
   std::string description() const;
 
   /// Equality by content, at once for the same object. Values of different kinds are never equal;
@@ -177,7 +183,7 @@ class TALLBOOK_EXPORT Value {
   void destroyShared() noexcept;
   /// Whether the value can never change: it is no container, or a frozen one.
   bool isImmutable() const noexcept;
-  Value frozenCopyAtDepth(int depth) const;
+  Value frozenCopyAtDepth(int depth, std::size_t& left) const;
 
   std::uint64_t _bits = 0;
   Kind _kind = Kind::Null;
@@ -230,7 +236,7 @@ class TALLBOOK_EXPORT Array final : public Counted {
   ~Array() = default;
   void checkMutable() const;
   void checkMutableAt(std::size_t index) const;
-  ArrayRef frozenCopyAtDepth(int depth) const;
+  ArrayRef frozenCopyAtDepth(int depth, std::size_t& left) const;
 
   std::vector<Value> _elements;
   bool _frozen;
@@ -292,7 +298,7 @@ class TALLBOOK_EXPORT Dictionary final : public Counted {
   Dictionary(Ref<Table> table, bool frozen) noexcept;
   ~Dictionary();
   void checkMutable() const;
-  DictionaryRef frozenCopyAtDepth(int depth) const;
+  DictionaryRef frozenCopyAtDepth(int depth, std::size_t& left) const;
 
   Ref<Table> _table;
   bool _frozen;

@@ -5,16 +5,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/FileSystem.h"
+
 namespace tallbook {
 namespace {
-
-// No property list of the device comes near; a sparse file of terabytes must not exhaust memory.
-constexpr off_t kLargestFile = off_t{1} << 30;
 
 std::error_code whyNotReadable(const struct stat& status) {
   if (S_ISDIR(status.st_mode)) return make_error_code(std::errc::is_a_directory);
   if (!S_ISREG(status.st_mode)) return make_error_code(std::errc::not_supported);
-  if (status.st_size > kLargestFile) return make_error_code(std::errc::file_too_large);
+  if (status.st_size > static_cast<off_t>(FileSystem::kLargestFile)) {
+    return make_error_code(std::errc::file_too_large);
+  }
   return {};
 }
 

@@ -56,14 +56,16 @@ ArrayRef Array::mutableCopy() const {
 }
 
 ArrayRef Array::frozenCopy() const {
-  return frozenCopyAtDepth(1);
+  return Value(ArrayRef(const_cast<Array*>(this))).frozenCopy().array();
 }
 
-ArrayRef Array::frozenCopyAtDepth(int depth) const {
+ArrayRef Array::frozenCopyAtDepth(int depth, std::size_t& left) const {
   if (_frozen) return ArrayRef(const_cast<Array*>(this));
   std::vector<Value> elements;
   elements.reserve(size());
-  for (const Value& element : _elements) elements.push_back(element.frozenCopyAtDepth(depth + 1));
+  for (const Value& element : _elements) {
+    elements.push_back(element.frozenCopyAtDepth(depth + 1, left));
+  }
   return ArrayRef(new Array(std::move(elements), true));
 }
 

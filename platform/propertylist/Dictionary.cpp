@@ -68,11 +68,11 @@ void Dictionary::set(const String& key, Value value) {
   if (entry && !_table->isShared()) {
     entry->value = std::move(value);
   } else if (entry) {
-    _table = Table::withRoom(std::move(_table));
+    _table = Table::withRoom(_table);
     _table->find(key)->value = std::move(value);
   } else {
     if (!_table || _table->isShared() || _table->isFull()) {
-      _table = Table::withRoom(std::move(_table));
+      _table = Table::withRoom(_table);
     }
     _table->append(key, std::move(value));
   }
@@ -81,7 +81,7 @@ void Dictionary::set(const String& key, Value value) {
 void Dictionary::remove(std::string_view key) {
   checkMutable();
   if (!contains(key)) return;
-  if (_table->isShared()) _table = Table::withRoom(std::move(_table));
+  if (_table->isShared()) _table = Table::withRoom(_table);
   _table->remove(_table->find(key));
 }
 
@@ -94,10 +94,10 @@ DictionaryRef Dictionary::mutableCopy() const {
 }
 
 DictionaryRef Dictionary::frozenCopy() const {
-  return frozenCopyAtDepth(1);
+  return Value(DictionaryRef(const_cast<Dictionary*>(this))).frozenCopy().dictionary();
 }
 
-DictionaryRef Dictionary::frozenCopyAtDepth(int depth) const {
+DictionaryRef Dictionary::frozenCopyAtDepth(int depth, std::size_t& left) const {
   if (_frozen) return DictionaryRef(const_cast<Dictionary*>(this));
   const bool isShareable =
       std::all_of(begin(), end(), [](const Entry& entry) { return entry.value.isImmutable(); });
@@ -105,7 +105,7 @@ DictionaryRef Dictionary::frozenCopyAtDepth(int depth) const {
 
   Ref<Table> table = Table::make(size());
   for (const Entry& entry : *this) {
-    table->append(entry.key, entry.value.frozenCopyAtDepth(depth + 1));
+    table->append(entry.key, entry.value.frozenCopyAtDepth(depth + 1, left));
   }
   return DictionaryRef(new Dictionary(std::move(table), true));
 }

@@ -63,18 +63,24 @@ void Dictionary::Table::compact() {
   _front = 0;
   _index.reset();
   if (_used <= kMostWithoutIndex) return;
-  _index = std::make_unique<HashIndex>(_capacity);
+  makeIndex();
   for (const Entry& entry : entries()) indexEntry(&entry);
+}
+
+// With room for all entries that the table can have: filing one needs no memory.
+void Dictionary::Table::makeIndex() {
+  _index = std::make_unique<HashIndex>(_capacity);
 }
 
 void Dictionary::Table::indexEntry(const Entry* entry) {
   _index->insert(keyedHash(entry->key), static_cast<std::uint32_t>(entry - firstEntry()));
 }
 
-Ref<Dictionary::Table> Dictionary::Table::withRoom(Ref<Table> old) {
+Ref<Dictionary::Table> Dictionary::Table::withRoom(const Ref<Table>& old) {
   constexpr std::size_t kLeastRoom = 4;
   if (!old) return make(kLeastRoom);
   Ref<Table> table = make(old->_size + std::max<std::size_t>(kLeastRoom, old->_size / 2));
+  if (old->_size > kMostWithoutIndex) table->makeIndex();
   const bool mayMove = !old->isShared();
   for (Entry& entry : old->entries()) {
     if (!entry.key) continue;
@@ -83,8 +89,8 @@ Ref<Dictionary::Table> Dictionary::Table::withRoom(Ref<Table> old) {
     } else {
       table->appendUnsettled(entry.key, entry.value);
     }
+    if (table->_index) table->indexEntry(table->end() - 1);
   }
-  if (table->_used > kMostWithoutIndex) table->compact();
   return table;
 }
 
@@ -100,7 +106,7 @@ bool Dictionary::Table::isSettledAlready() const noexcept {
 
 void Dictionary::Table::settle() {
   const bool indexed = _used > kMostWithoutIndex;
-  if (indexed) _index = std::make_unique<HashIndex>(_used);
+  if (indexed) makeIndex();
   for (Entry& entry : entries()) {
     const auto position = static_cast<std::size_t>(&entry - firstEntry());
     Entry* const earlier = indexed ? find(entry.key) : findBefore(position, entry.key);

@@ -33,8 +33,9 @@ class Dictionary::Table final : public Counted {
   void append(String key, Value value);
   void remove(Entry* entry);
   /// A table of the same entries, none where `old` is null, that is nobody else's and has room for
-  /// at least one more.
-  static Ref<Table> withRoom(Ref<Table> old);
+  /// at least one more. The entries of an old table that is nobody else's move over, unless there
+  /// is no memory for the new one.
+  static Ref<Table> withRoom(const Ref<Table>& old);
 
   /// Adds an entry last whose key may be there already, for `settle` to sort out.
   void appendUnsettled(String key, Value value) noexcept {
@@ -60,6 +61,7 @@ class Dictionary::Table final : public Counted {
   Entry* findBefore(std::size_t end, std::string_view key) noexcept;
   void leaveGap(Entry* entry) noexcept;
   void compact();
+  void makeIndex();
   void indexEntry(const Entry* entry);
 
   std::uint32_t _capacity;

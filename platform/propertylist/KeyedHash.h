@@ -9,4 +9,10 @@ namespace tallbook {
 /// strings all collide. All of its bits are good.
 std::uint64_t keyedHash(std::string_view bytes) noexcept;
 
+/// The same for the standard library's tables of texts that come from a file.
+struct KeyedStringHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const noexcept { return keyedHash(text); }
+};
+
 }  // namespace tallbook

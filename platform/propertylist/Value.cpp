@@ -5,6 +5,8 @@
 
 #include "tallbook/InternalConsistencyFailure.h"
 
+#include "platform/propertylist/Limits.h"
+
 namespace tallbook {
 namespace {
 
@@ -144,16 +146,20 @@ bool Value::isImmutable() const noexcept {
 }
 
 Value Value::frozenCopy() const {
-  return frozenCopyAtDepth(1);
+  std::size_t left = kMostValues;
+  return frozenCopyAtDepth(1, left);
 }
 
-Value Value::frozenCopyAtDepth(int depth) const {
+Value Value::frozenCopyAtDepth(int depth, std::size_t& left) const {
   if (isImmutable()) return *this;
   if (depth > kMaximumNesting) {
     throw InternalConsistencyFailure("A property list is nested too deeply to be copied");
   }
-  if (_kind == Kind::Array) return object<Array>()->frozenCopyAtDepth(depth);
-  return object<Dictionary>()->frozenCopyAtDepth(depth);
+  if (left-- == 0) {
+    throw InternalConsistencyFailure("A property list is too large to be copied");
+  }
+  if (_kind == Kind::Array) return object<Array>()->frozenCopyAtDepth(depth, left);
+  return object<Dictionary>()->frozenCopyAtDepth(depth, left);
 }
 
 void Value::destroyShared() noexcept {

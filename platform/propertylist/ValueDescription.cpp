@@ -48,67 +48,81 @@ void appendNumber(std::string& out, Number number) {
   out.append(digits.data(), result.ptr);
 }
 
-void append(std::string& out, const Value& value, int depth);
+/// The text of one value. A tree that shares its containers may unfold without end.
+class Description {
+ public:
+  void append(const Value& value, int depth);
+  std::string text() && { return std::move(_out); }
 
-void appendArray(std::string& out, const Array& array, int depth) {
-  out += '[';
-  std::string_view separator;
-  for (const Value& element : array) {
-    out += std::exchange(separator, ", ");
-    append(out, element, depth + 1);
+ private:
+  static constexpr std::size_t kMostValues = 1'000'000;
+
+  void appendArray(const Array& array, int depth) {
+    _out += '[';
+    std::string_view separator;
+    for (const Value& element : array) {
+      _out += std::exchange(separator, ", ");
+      append(element, depth + 1);
+      if (_left == 0) break;
+    }
+    _out += ']';
   }
-  out += ']';
-}
 
-void appendDictionary(std::string& out, const Dictionary& dictionary, int depth) {
-  out += '{';
-  std::string_view separator;
-  for (const auto& [key, value] : dictionary) {
-    out += std::exchange(separator, ", ");
-    appendQuoted(out, key);
-    out += ": ";
-    append(out, value, depth + 1);
+  void appendDictionary(const Dictionary& dictionary, int depth) {
+    _out += '{';
+    std::string_view separator;
+    for (const auto& [key, value] : dictionary) {
+      _out += std::exchange(separator, ", ");
+      appendQuoted(_out, key);
+      _out += ": ";
+      append(value, depth + 1);
+      if (_left == 0) break;
+    }
+    _out += '}';
   }
-  out += '}';
-}
 
-void append(std::string& out, const Value& value, int depth) {
-  if (depth > kMaximumNesting) {
-    out += "...";
+  std::string _out;
+  std::size_t _left = kMostValues;
+};
+
+void Description::append(const Value& value, int depth) {
+  if (_left > 0) --_left;
+  if (depth > kMaximumNesting || _left == 0) {
+    _out += "...";
     return;
   }
   switch (value.kind()) {
     case Value::Kind::Null:
-      out += "null";
+      _out += "null";
       break;
     case Value::Kind::Boolean:
-      out += value.boolValue() ? "true" : "false";
+      _out += value.boolValue() ? "true" : "false";
       break;
     case Value::Kind::Integer:
-      value.isBeyondSigned() ? appendNumber(out, value.unsignedValue())
-                             : appendNumber(out, value.integerValue());
+      value.isBeyondSigned() ? appendNumber(_out, value.unsignedValue())
+                             : appendNumber(_out, value.integerValue());
       break;
     case Value::Kind::Real:
-      appendNumber(out, value.realValue());
+      appendNumber(_out, value.realValue());
       break;
     case Value::Kind::Date:
-      out += iso8601(*value.date());
+      _out += iso8601(*value.date());
       break;
     case Value::Kind::UID:
-      out += "UID ";
-      appendNumber(out, value.uid()->value);
+      _out += "UID ";
+      appendNumber(_out, value.uid()->value);
       break;
     case Value::Kind::String:
-      appendQuoted(out, *value.stringView());
+      appendQuoted(_out, *value.stringView());
       break;
     case Value::Kind::Data:
-      appendHexadecimal(out, value.data()->bytes());
+      appendHexadecimal(_out, value.data()->bytes());
       break;
     case Value::Kind::Array:
-      appendArray(out, *value.array(), depth);
+      appendArray(*value.array(), depth);
       break;
     case Value::Kind::Dictionary:
-      appendDictionary(out, *value.dictionary(), depth);
+      appendDictionary(*value.dictionary(), depth);
       break;
   }
 }
@@ -116,9 +130,9 @@ void append(std::string& out, const Value& value, int depth) {
 }  // namespace
 
 std::string Value::description() const {
-  std::string out;
-  append(out, *this, 1);
-  return out;
+  Description description;
+  description.append(*this, 1);
+  return std::move(description).text();
 }
 
 }  // namespace tallbook

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/propertylist/KeyedHash.h"
+#include "platform/propertylist/Limits.h"
 #include "platform/propertylist/MalformedPropertyList.h"
 #include "platform/propertylist/XMLScalars.h"
 
@@ -96,6 +98,7 @@ class TreeBuilder {
   }
 
   void add(Value value) {
+    if (++_values > kMostValues) throw MalformedPropertyList("there are too many values");
     if (_open.empty()) {
       if (_root) throw MalformedPropertyList("a second value");
       _root = std::move(value);
@@ -119,22 +122,23 @@ class TreeBuilder {
   std::vector<Container> _open;
   std::optional<std::string> _scalar;  ///< name of the open element without elements inside
   std::string _text;
-  std::unordered_set<String, StringHash, StringEqual> _keys;
+  std::size_t _values = 0;
+  std::unordered_set<String, KeyedStringHash, StringEqual> _keys;
 };
 
-/// One parse. Exceptions must not cross the parser, which is C: the first problem stops it.
+/// One parse. Exceptions must not cross the parser, which is C: the first one stops it.
 struct Parse {
   XML_Parser parser;
   TreeBuilder tree;
-  std::string problem;
+  std::exception_ptr failure;
 
   template <class Event>
   void handle(Event&& event) noexcept {
-    if (!problem.empty()) return;
+    if (failure) return;
     try {
       event();
-    } catch (const std::exception& failure) {
-      problem = failure.what();
+    } catch (...) {
+      failure = std::current_exception();
       XML_StopParser(parser, XML_FALSE);
     }
   }
@@ -184,8 +188,10 @@ Value XMLReader::read(std::string_view bytes) {
     last = bytes.empty();
     if (XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), last) ==
         XML_STATUS_ERROR) {
-      throw MalformedPropertyList(
-          parse.problem.empty() ? XML_ErrorString(XML_GetErrorCode(parser.get())) : parse.problem);
+      if (parse.failure) std::rethrow_exception(parse.failure);
+      const XML_Error error = XML_GetErrorCode(parser.get());
+      if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+      throw MalformedPropertyList(XML_ErrorString(error));
     }
   }
   return std::move(parse.tree).root();

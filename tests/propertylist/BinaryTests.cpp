@@ -86,6 +86,15 @@ TEST(TheBinaryReader, SharesWhatTheFileShares) {
   EXPECT_TRUE(value->array()->isFrozen());
 }
 
+TEST(TheBinaryReader, TakesTheLastOfTwoValuesUnderOneKeyHoweverOftenTheKeysRepeat) {
+  const auto value = read(file({"\xa2\x01\x02"s, "\xd2\x03\x04\x05\x06"s, "\xd2\x03\x04\x06\x05"s,
+                                "\x51k"s, "\x51k"s, "\x08"s, "\x09"s}));
+  ASSERT_TRUE(value);
+  EXPECT_EQ(
+      *value,
+      Value(Array::make({Dictionary::make({{"k", true}}), Dictionary::make({{"k", false}})})));
+}
+
 TEST(TheBinaryReader, RefusesWhatIsNoPropertyList) {
   std::vector<std::string> unfolding;
   for (char level = 1; level <= 40; ++level) unfolding.push_back("\xa2"s + level + level);
@@ -145,6 +154,15 @@ TEST(TheBinaryWriter, StoresEachDistinctObjectOnceInTheSmallestWidths) {
   EXPECT_EQ(sizeOf({300, 300}), sizeOf({300}) + 1);
   EXPECT_EQ(sizeOf({300, 1}), sizeOf({300}) + 1 + 1 + 2);
   EXPECT_EQ(sizeOf({0.5, Date{0.5}}), sizeOf({0.5}) + 1 + 1 + 9);
+  // 256 objects are told apart by one byte, 257 by two.
+  std::vector<Value> containers(255, Array::make());
+  const auto referenceSize = [&] {
+    const std::string bytes = *binaryPropertyList(Array::make(containers));
+    return int{bytes[bytes.size() - 25]};
+  };
+  EXPECT_EQ(referenceSize(), 1);
+  containers.emplace_back(Array::make());
+  EXPECT_EQ(referenceSize(), 2);
 }
 
 TEST(TheBinaryWriter, DependsOnContentAlone) {
@@ -152,6 +170,16 @@ TEST(TheBinaryWriter, DependsOnContentAlone) {
   const auto one = Array::make({shared, shared, Dictionary::make({{"k", shared}})});
   const auto other = Array::make({"shared", String("shared"), Dictionary::make({{"k", "shared"}})});
   EXPECT_EQ(binaryPropertyList(one), binaryPropertyList(other->frozenCopy()));
+}
+
+TEST(TheBinaryWriter, TellsATextFromDataOfTheSameBytes) {
+  const String text = "shared";
+  for (const Value& tree : {Value(Array::make({text, Data(text.blob())})),
+                            Value(Dictionary::make({{"d", Data(text.blob())}, {text, 1}}))}) {
+    const auto again = read(*binaryPropertyList(tree));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(*again, tree);
+  }
 }
 
 TEST(TheBinaryWriter, SaysWhatItCannotWrite) {

@@ -115,6 +115,19 @@ TEST(ADeepTree, IsDroppedComparedAndDescribedWithoutRecursionThroughIt) {
   EXPECT_THROW(static_cast<void>(first.frozenCopy()), InternalConsistencyFailure);
 }
 
+TEST(ATreeThatUnfoldsWithoutEnd, IsNeitherCopiedNorDescribedWhole) {
+  const ArrayRef cycle = Array::make();
+  cycle->append(cycle);
+  cycle->append(cycle);
+  ArrayRef folded = Array::make();
+  for (int level = 0; level < 40; ++level) folded = Array::make({folded, folded});
+  for (const ArrayRef& tree : {cycle, folded}) {
+    EXPECT_NE(Value(tree).description().find("..."), std::string::npos);
+    EXPECT_THROW(static_cast<void>(tree->frozenCopy()), InternalConsistencyFailure);
+  }
+  cycle->removeAllEqual(cycle);
+}
+
 TEST(ADescription, IsOneLineInStoredOrder) {
   const Value value = Dictionary::make({{"b", Array::make({1, -2, 0.5, true, Value()})},
                                         {"a", "line\n\"quoted\""},

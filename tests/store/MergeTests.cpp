@@ -86,6 +86,38 @@ TEST_F(ASave, ReplacesValuesWhole) {
   EXPECT_EQ((*stored("a"))["list"], Value(Array::make({1, 3})));
 }
 
+TEST_F(ASave, KeepsRecordsOfOneIdentifierApart) {
+  writeAccounts({record("a", {{"DisplayName", "first"}}), record("b"),
+                 record("a", {{"DisplayName", "second"}})});
+  const auto names = [this] {
+    std::string text;
+    const ArrayRef accounts = readAccounts();
+    for (const Value& account : *accounts) {
+      text += (*account.dictionary())["DisplayName"].string().str() + " ";
+    }
+    return text;
+  };
+  const auto store = AccountsManager::init();
+  const auto elsewhere = AccountsManager::init();
+  elsewhere->accountWithIdentifier("a")->setDisplayName("second, elsewhere");
+  ASSERT_TRUE(elsewhere->saveAllAccounts());
+  ASSERT_TRUE(store->saveAllAccounts());
+  EXPECT_EQ(names(), "first  second, elsewhere ");
+  store->deleteAccountWithIdentifier("a");
+  ASSERT_TRUE(store->saveAllAccounts());
+  EXPECT_EQ(names(), "first  ");
+}
+
+TEST_F(ASave, TakesNoParentForTheRecordOfAChild) {
+  const DictionaryRef child = record("c", {{"DisplayName", "child"}});
+  writeAccounts({recordOfType("OrvaneAccount", "p", {{"ChildAccounts", Array::make({child})}})});
+  const auto store = AccountsManager::init();
+  store->insertAccount(BasicAccount::initWithProperties(child));
+  ASSERT_TRUE(store->saveAllAccounts());
+  EXPECT_EQ(order(*AccountsManager::init()), "p c");
+  EXPECT_EQ(Value(stored("c")), Value(child));
+}
+
 // Each key of three states by each of three holders, all keys at once.
 RC_GTEST_PROP(AnyThreeVersions, MergeKeyByKey, ()) {
   const DictionaryRef versions[3] = {Dictionary::make({{"always", 0}}),

@@ -21,7 +21,7 @@ class AMigration : public StoreDevice {
 };
 
 TEST_F(AMigration, IsNeededForAnOlderVersion) {
-  const std::pair<Value, bool> rows[] = {{11, true},  {0, true},   {"old", true},   {12, false},
+  const std::pair<Value, bool> rows[] = {{11, true},  {0, true},   {"old", false},  {12, false},
                                          {13, false}, {-1, false}, {Value(), false}};
   EXPECT_FALSE(AccountsManager::tallbookNeedsToBeMigrated());
   EXPECT_TRUE(platform().log.lines.empty());

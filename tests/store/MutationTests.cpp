@@ -1,3 +1,4 @@
+#include "tallbook/InternalConsistencyFailure.h"
 #include "tallbook/Vocabulary.h"
 
 #include "tests/store/StoreDevice.h"
@@ -116,6 +117,8 @@ TEST_F(AChangedStore, SharesAnAddedChildWithItsParent) {
   EXPECT_EQ((*(*(*stored("p"))["ChildAccounts"].array())[1].dictionary())["DisplayName"],
             Value("shared"));
   store->removeChildWithIdentifierFromAccount("nobody", parent);
+  store->addChildToAccount(parent, parent);
+  EXPECT_THROW(parent->setParentAccount(parent), InternalConsistencyFailure);
   EXPECT_EQ(children("p"), "cdd");
   store->removeChildWithIdentifierFromAccount("d", parent);
   EXPECT_EQ(children("p"), "c");

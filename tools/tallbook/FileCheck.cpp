@@ -105,7 +105,7 @@ class FileCheck {
       add("repaired", place, "its class " + quoted(className) + " becomes " + quoted(loaded));
     }
     checkIdentifier(place, *record, false);
-    if (!(*record)[kAccountIdentifier].string()) {
+    if (!record->contains(kAccountIdentifier)) {
       add("repaired", place, "it has no identifier and receives a new one");
     }
     if ((*record)[kAccountType].string() == kOnMyDeviceAccountType) {
