@@ -9,15 +9,17 @@ namespace tallbook {
 namespace fs = std::filesystem;
 namespace {
 
-std::string makeFolder() {
-  std::string path = fs::temp_directory_path() / "tallbook-device-XXXXXX";
+std::string makeFolderIn(const fs::path& folder) {
+  std::string path = folder / "tallbook-device-XXXXXX";
   if (!::mkdtemp(path.data())) throw std::runtime_error("no folder for a device");
   return path;
 }
 
 }  // namespace
 
-ThrowAwayDevice::ThrowAwayDevice() : _root(makeFolder()) {
+ThrowAwayDevice::ThrowAwayDevice() : ThrowAwayDevice(fs::temp_directory_path()) {}
+
+ThrowAwayDevice::ThrowAwayDevice(const std::string& folder) : _root(makeFolderIn(folder)) {
   const std::string uid = std::to_string(::getuid());
   const std::string gid = std::to_string(::getgid());
   test::writeFile(path("/etc/passwd"),

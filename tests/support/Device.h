@@ -18,6 +18,8 @@ namespace tallbook {
 class ThrowAwayDevice : public ::testing::Test {
  protected:
   ThrowAwayDevice();
+  /// Below a folder of the test's choice.
+  explicit ThrowAwayDevice(const std::string& folder);
   ~ThrowAwayDevice() override;
 
   /// The installed platform; lives until the next one is installed.

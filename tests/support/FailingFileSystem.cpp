@@ -1,6 +1,7 @@
 #include "tests/support/FailingFileSystem.h"
 
 #include <exception>
+#include <utility>
 
 namespace tallbook {
 namespace {
@@ -21,9 +22,15 @@ void FailingFileSystem::stopAt(std::size_t n) {
   _stopAt = n;
 }
 
+void FailingFileSystem::callAt(std::size_t n, std::function<void()> what) {
+  heal();
+  _callAt = n;
+  _call = std::move(what);
+}
+
 void FailingFileSystem::heal() {
   _operations = 0;
-  _failAt = _stopAt = kNever;
+  _failAt = _stopAt = _callAt = kNever;
   _stopped = false;
 }
 
@@ -97,6 +104,7 @@ std::error_code FailingFileSystem::next() {
   checkAlive();
   if (_stopped) return kDead;
   const std::size_t n = ++_operations;
+  if (n == _callAt) _call();
   if (n == _stopAt) {
     _stopped = true;
     throw Stopped();

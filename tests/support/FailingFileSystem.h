@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <limits>
 
 #include "platform/FileSystem.h"
@@ -25,7 +26,9 @@ class FailingFileSystem final : public FileSystem {
   /// reading included. A file that was being written stays behind with half its bytes. What runs
   /// while `Stopped` unwinds the stack gets errors and changes nothing.
   void stopAt(std::size_t n);
-  /// Forgets failures, stops and the count.
+  /// `what` is called when the n-th operation is asked for; then it is done like the others.
+  void callAt(std::size_t n, std::function<void()> what);
+  /// Forgets failures, stops, calls and the count.
   void heal();
   /// How many changing operations were asked for.
   std::size_t operations() const { return _operations; }
@@ -55,6 +58,8 @@ class FailingFileSystem final : public FileSystem {
   std::size_t _operations = 0;
   std::size_t _failAt = kNever;
   std::size_t _stopAt = kNever;
+  std::size_t _callAt = kNever;
+  std::function<void()> _call;
   std::error_code _error;
   bool _stopped = false;
 };
