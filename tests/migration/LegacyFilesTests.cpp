@@ -1,0 +1,143 @@
+#include <filesystem>
+#include <random>
+#include <unistd.h>
+
+#include "tallbook/PropertyList.h"
+
+#include "tests/migration/MigrationDevice.h"
+
+namespace tallbook {
+namespace {
+namespace fs = std::filesystem;
+
+Value mailAccount(const std::string& accountClass) {
+  return Dictionary::make({{"AccountType", accountClass}, {"uniqueId", "id of " + accountClass}});
+}
+
+/// A device with a current accounts file, whose legacy files are damaged.
+class ADamagedLegacyFile : public MigrationDevice {
+ protected:
+  void arrangeStored() { arrange(data("legacy/stored").dictionary()); }
+  /// Identifiers of the accounts file's accounts, parted by blanks.
+  std::string stored() const {
+    std::string identifiers;
+    const ArrayRef accounts = readAccounts();
+    for (const Value& account : *accounts) {
+      if (!identifiers.empty()) identifiers += ' ';
+      identifiers += (*account.dictionary())["Identifier"].string().str();
+    }
+    return identifiers;
+  }
+  /// Each of the two legacy files with what the store has left where nothing comes from it.
+  struct File {
+    std::string name;
+    std::string path;
+    std::string storedWithoutIts;
+  };
+  std::vector<File> files() const {
+    return {{"Mail", legacyMailPath(), "exchange ldap"},
+            {"Exchange", legacySyncoraPath(), "mail smtp ldap"}};
+  }
+};
+
+TEST_F(ADamagedLegacyFile, ThatIsNoPropertyListStaysAndGivesNoAccounts) {
+  const std::string whole = *binaryPropertyList(
+      Dictionary::make({{"MailAccounts", Array::make({mailAccount("IMAPAccount")})}}));
+  std::mt19937 random(20120919);  // NOLINT(cert-msc51-cpp): the same bytes in every run
+  std::string noise(4096, '\0');
+  for (char& byte : noise) byte = static_cast<char>(random());
+  for (const std::string& bytes :
+       {std::string(), std::string("no property list"), whole.substr(0, whole.size() - 1),
+        whole.substr(0, 8), whole.substr(whole.size() / 2), noise, "bplist00" + noise,
+        std::string("<?xml version=\"1.0\"?><plist><dict><key>MailAccounts</key>")}) {
+    for (const File& file : files()) {
+      arrangeStored();
+      test::writeFile(file.path, bytes);
+      EXPECT_TRUE(migrate());
+      EXPECT_EQ(test::readFile(file.path), bytes);
+      EXPECT_EQ(stored(), file.storedWithoutIts);
+    }
+  }
+}
+
+TEST_F(ADamagedLegacyFile, ThatIsAFolderStays) {
+  for (const File& file : files()) {
+    arrangeStored();
+    fs::create_directories(file.path + "/Mailboxes");
+    EXPECT_TRUE(migrate());
+    EXPECT_TRUE(fs::is_directory(file.path + "/Mailboxes"));
+    EXPECT_EQ(stored(), file.storedWithoutIts);
+    arrangeStored();
+    fs::create_directories(file.path);
+    EXPECT_TRUE(migrate());
+    EXPECT_TRUE(fs::is_directory(file.path)) << "empty";
+  }
+}
+
+TEST_F(ADamagedLegacyFile, ThatMayNotBeReadStays) {
+  if (::geteuid() == 0) GTEST_SKIP() << "the superuser may read every file";
+  for (const File& file : files()) {
+    arrangeStored();
+    test::writePropertyList(file.path, Dictionary::make());
+    fs::permissions(file.path, fs::perms::none);
+    EXPECT_TRUE(migrate());
+    EXPECT_TRUE(test::exists(file.path));
+    EXPECT_EQ(stored(), file.storedWithoutIts);
+  }
+}
+
+/// The cases of `data/legacy/damaged.plist`, each a device with the identifiers "Stored" in the
+/// accounts file afterwards, the legacy files that are "Left", and the "Console".
+TEST_F(ADamagedLegacyFile, OfWrongKindsStaysWhereItWasNotUnderstood) {
+  const ArrayRef cases = data("legacy/damaged").array();
+  ASSERT_FALSE(cases->empty());
+  for (const Value& element : *cases) {
+    const Dictionary& each = *element.dictionary();
+    SCOPED_TRACE(each["Case"].description());
+    arrange(element.dictionary());
+    for (const File& file : files()) test::writeFile(file.path + ".original", "");
+    EXPECT_TRUE(migrate());
+    EXPECT_EQ(each["Stored"], Value(stored()));
+    const auto lines = consoleLines();
+    EXPECT_EQ(each["Console"], Value(Array::make({lines.begin(), lines.end()})));
+    const ArrayRef left = Array::make();
+    for (const File& file : files()) {
+      if (test::exists(file.path)) left->append(file.name);
+      EXPECT_EQ(test::exists(file.path + ".original"), !each.contains("Legacy " + file.name));
+    }
+    EXPECT_EQ(each["Left"], Value(left));
+    EXPECT_FALSE(test::exists(sentinelPath()));
+  }
+}
+
+// Whatever bytes a file has, the accounts of one that goes must be in the accounts file.
+TEST_F(ADamagedLegacyFile, GoesOnlyWithItsAccountsInTheAccountsFile) {
+  const ArrayRef accounts = Array::make();
+  for (const char* each : {"IMAPAccount", "GmailAccount", "VeltroAccount", "YahooAccount"}) {
+    accounts->append(mailAccount(each));
+  }
+  const std::string whole = *binaryPropertyList(Dictionary::make({{"MailAccounts", accounts}}));
+  std::mt19937 random(20120919);  // NOLINT(cert-msc51-cpp): the same damage in every run
+  int gone = 0;
+  for (int round = 0; round < 200; ++round) {
+    arrange(Dictionary::make());
+    writeAccounts({});
+    std::string damaged = whole;
+    damaged[random() % damaged.size()] = static_cast<char>(random());
+    test::writeFile(legacyMailPath(), damaged);
+    EXPECT_TRUE(migrate());
+    if (test::exists(legacyMailPath())) {
+      EXPECT_EQ(test::readFile(legacyMailPath()), damaged);
+      continue;
+    }
+    ++gone;
+    const DictionaryRef file = propertyListFromBytes(damaged)->dictionary();
+    const ArrayRef descriptions = (*file)["MailAccounts"].array();
+    EXPECT_EQ(readAccounts()->size(), descriptions ? descriptions->size() : 0);
+  }
+  EXPECT_GT(gone, 20);
+  EXPECT_LT(gone, 180);
+}
+
+}  // namespace
+}  // namespace tallbook
