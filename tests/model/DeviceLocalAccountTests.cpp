@@ -22,8 +22,8 @@ class ADeviceLocalAccount : public ThrowAwayDevice {
 TEST_F(ADeviceLocalAccount, IsCalledAfterTheClassOfTheDevice) {
   for (const auto& [deviceClass, text] :
        {std::pair{Value("Media Player"), "On My Media Player"},
-        std::pair{Value("phone"), "On My Phone"}, std::pair{Value(), "On My Handra"},
-        std::pair{Value(4), "On My Handra"},
+        std::pair{Value("phone"), "On My Phone"}, std::pair{Value("Tablet"), "On My Tablet"},
+        std::pair{Value(), "On My Handra"}, std::pair{Value(4), "On My Handra"},
         std::pair{Value("wrist watch"), "ON_MY_DEVICE_TYPE_WRIST_WATCH"}}) {
     platform().information.answers["DeviceClass"] = deviceClass;
     EXPECT_EQ(DeviceLocalAccount::typeString(), text);

@@ -25,6 +25,14 @@ TEST_F(AStoreOfFullAccounts, HandsThemOutByIdentifierAndType) {
   EXPECT_EQ(gmail[1]->identifier(), "g");
 }
 
+TEST_F(AStoreOfFullAccounts, KnowsWhichAreForMail) {
+  const auto store = AccountsManager::initWithAccounsInfoArray(
+      Array::make({recordOfType(kExchangeAccountType, "e"), recordOfType(kGmailAccountType, "g")}));
+  const auto mail = store->allMailAccounts();
+  ASSERT_EQ(mail.size(), 1u);
+  EXPECT_EQ(mail[0]->identifier(), "g");
+}
+
 TEST_F(AStoreOfFullAccounts, MakesTheDeviceLocalAccountOnce) {
   const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({record("m")}));
   const auto local = store->fullDeviceLocalAccount();
