@@ -6,6 +6,7 @@
 #include "tallbook/PlugInClass.h"
 
 #include "migration/Console.h"
+#include "model/LibraryLogging.h"
 #include "platform/NamedLock.h"
 #include "platform/OncePerPlatform.h"
 
@@ -98,6 +99,24 @@ void AccountsDataMigrator::_copyAsideAccountsPlist() {
   if (const std::error_code error = files.copyFile(source, target)) {
     consoleLog("Error trying to save an tallbook plist copy: " + error.message());
   }
+}
+
+void AccountsDataMigrator::keepAccountsOfTypes(const Store& store,
+                                               const AccountsManager::AccountTypes& types) {
+  if (store->countOfBasicAccountsWithTypes(types) == 0) return;
+  FileSystem& files = Platform::current().fileSystem();
+  const std::string path = AccountsManager::fullPathToTallbookPlist();
+  int number = 1;
+  std::string kept;
+  do {
+    kept = path + ".replaced-" + std::to_string(number++);
+  } while (files.exists(kept));
+  const std::error_code error = files.copyFile(path, kept);
+  logMessage("+[AccountsDataMigrator(Internal) keepAccountsOfTypes:]", [&] {
+    const std::string reason = "A legacy file could not be understood. ";
+    return error ? reason + "The accounts that it replaces could not be kept. " + error.message()
+                 : reason + "The accounts that it replaces are kept in " + kept;
+  });
 }
 
 bool AccountsDataMigrator::_saveMigrationInformation() {

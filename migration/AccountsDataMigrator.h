@@ -104,6 +104,9 @@ class AccountsDataMigrator final : public DataMigrator {
   enum class OldFile { Absent, Converted, NotConverted };
 
   void collate(const String& key, const DictionaryRef& file);
+  /// Copies the accounts file beside itself where the store has accounts of the types, which are
+  /// about to give way to those of a legacy file that nobody understood.
+  static void keepAccountsOfTypes(const Store& store, const AccountsManager::AccountTypes& types);
   std::error_code removeOldFile(const std::string& path, OldFile state, bool isErrorTold);
 
   DictionaryRef _collatedMigrationData;

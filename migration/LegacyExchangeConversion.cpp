@@ -38,9 +38,7 @@ ArrayRef takeEnabledDataclasses(Dictionary& properties) {
   const ArrayRef enabled = Array::make();
   for (const auto& [key, dataclass] : enableSwitches()) {
     const Value& setting = properties[key];
-    const bool isNumber =
-        setting.kind() == Value::Kind::Boolean || setting.kind() == Value::Kind::Integer;
-    if (!isNumber || setting.boolValue()) enabled->append(dataclass);
+    if (!setting.isNumber() || setting.boolValue()) enabled->append(dataclass);
     properties.remove(key);
   }
   return enabled;
@@ -54,6 +52,7 @@ bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
   const ArrayRef descriptions = file.descriptions("SyncoraAccountsKey");
   collate("OldExchangeAccount", file.contents());
 
+  UniqueIdentifiers identifiers;
   AccountsManager::AccountList accounts;
   bool converted = true;
   for (const Value& description : *descriptions) {
@@ -66,9 +65,13 @@ bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
       converted = false;
       break;
     }
+    identifiers.claim(*account);
     accounts.push_back(std::move(account));
   }
-  if (converted) store->replaceAccountsWithTypesWithAccounts({kExchangeAccountType}, accounts);
+  if (converted) {
+    if (!file.wasUnderstood()) keepAccountsOfTypes(store, {kExchangeAccountType});
+    store->replaceAccountsWithTypesWithAccounts({kExchangeAccountType}, accounts);
+  }
   _oldSyncoraFile = converted && file.wasUnderstood() ? OldFile::Converted : OldFile::NotConverted;
   file.removeOriginal();
   return converted;

@@ -1,5 +1,7 @@
 #include "migration/LegacyFile.h"
 
+#include "tallbook/Vocabulary.h"
+
 #include "model/DictionaryFile.h"
 #include "platform/Platform.h"
 
@@ -17,6 +19,14 @@ ArrayRef LegacyFile::descriptions(std::string_view key) {
 
 void LegacyFile::removeOriginal() const {
   static_cast<void>(Platform::current().fileSystem().remove(_path + ".original"));
+}
+
+void UniqueIdentifiers::claim(BasicAccount& account) {
+  const String identifier = account.identifier();
+  if (!identifier || _claimed.insert(identifier.str()).second) return;
+  const String own = BasicAccount::createNewAccountUID();
+  account.setAccountPropertyForKey(own, kAccountIdentifier);
+  account.setAccountPropertyForKey(own, kAccountSyncIdentifier);
 }
 
 }  // namespace tallbook

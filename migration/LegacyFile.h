@@ -2,9 +2,13 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
+#include "tallbook/BasicAccount.h"
 #include "tallbook/Value.h"
+
+#include "platform/propertylist/KeyedHash.h"
 
 namespace tallbook {
 
@@ -28,6 +32,18 @@ class LegacyFile {
   std::string _path;
   DictionaryRef _contents;
   bool _hasOnlyArrays = true;
+};
+
+/// The identifiers that the accounts of one legacy file have received. A store holds one account
+/// under an identifier; where a damaged file gives one to two accounts, the second must not take
+/// the first one's place.
+class UniqueIdentifiers {
+ public:
+  /// Gives the account identifiers of its own when another has its identifier already.
+  void claim(BasicAccount& account);
+
+ private:
+  std::unordered_set<std::string, KeyedStringHash> _claimed;
 };
 
 /// A legacy key and its name in an account record.

@@ -46,6 +46,15 @@ const MailAccountClass& mailAccountClassNamed(std::string_view name) {
   return other;
 }
 
+// An account that an interrupted migration converted before, and wrapped, comes back as the child
+// that it has become: its identifier is filed under its umbrella account.
+void keepWrapped(const AccountsManager& store, const AccountsManager::AccountList& accounts) {
+  for (const auto& account : accounts) {
+    const auto filed = store.accountWithIdentifier(account->identifier());
+    if (filed && !(filed->identifier() == account->identifier())) account->setParentAccount(filed);
+  }
+}
+
 }  // namespace
 
 String AccountsDataMigrator::_accountTypeForMailAccountClass(std::string_view mailAccountClass) {
@@ -68,6 +77,7 @@ bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
   if (file.hasEntries()) _foundOldMailAccountsToMigrate = true;
   collate("OldMailAccounts", file.contents());
 
+  UniqueIdentifiers identifiers;
   const auto converted = [&](std::string_view key, const String& type,
                              const char* kind) -> std::optional<AccountsManager::AccountList> {
     AccountsManager::AccountList accounts;
@@ -81,6 +91,7 @@ bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
             std::string(kind) + " account " + description.description());
         return std::nullopt;
       }
+      identifiers.claim(*account);
       accounts.push_back(std::move(account));
     }
     return accounts;
@@ -89,6 +100,8 @@ bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
   const auto incoming =
       outgoing ? converted("MailAccounts", kMailAccountType, "incoming") : std::nullopt;
   if (incoming) {
+    if (!file.wasUnderstood()) keepAccountsOfTypes(store, {kSMTPAccountType, kMailAccountType});
+    keepWrapped(*store, *incoming);
     store->replaceAccountsWithTypesWithAccounts({kSMTPAccountType}, *outgoing);
     store->replaceAccountsWithTypesWithAccounts({kMailAccountType}, *incoming);
   }

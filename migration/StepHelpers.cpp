@@ -10,9 +10,7 @@ bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::strin
 
 bool isActive(const BasicAccount& account, bool absent) {
   const Value active = account.accountPropertyForKey("IsActive");
-  const bool isSwitch =
-      active.kind() == Value::Kind::Boolean || active.kind() == Value::Kind::Integer;
-  return isSwitch ? active.boolValue() : absent;
+  return active.isNumber() ? active.boolValue() : absent;
 }
 
 bool isHostedMailAccount(const BasicAccount& account) {

@@ -53,9 +53,13 @@ TEST_F(ADamagedLegacyFile, ThatIsNoPropertyListStaysAndGivesNoAccounts) {
     for (const File& file : files()) {
       arrangeStored();
       test::writeFile(file.path, bytes);
+      const std::string accounts = test::readFile(accountsPath());
       EXPECT_TRUE(migrate());
       EXPECT_EQ(test::readFile(file.path), bytes);
       EXPECT_EQ(stored(), file.storedWithoutIts);
+      EXPECT_EQ(test::readFile(accountsPath() + ".replaced-1"), accounts);
+      EXPECT_TRUE(migrate());
+      EXPECT_FALSE(test::exists(accountsPath() + ".replaced-2")) << "nothing was replaced";
     }
   }
 }
@@ -108,6 +112,25 @@ TEST_F(ADamagedLegacyFile, OfWrongKindsStaysWhereItWasNotUnderstood) {
     EXPECT_EQ(each["Left"], Value(left));
     EXPECT_FALSE(test::exists(sentinelPath()));
   }
+}
+
+TEST_F(ADamagedLegacyFile, ThatUsesAnIdentifierTwiceGivesAllItsAccounts) {
+  arrange(Dictionary::make());
+  const auto account = [](const char* user, const char* accountClass = "IMAPAccount") {
+    return Dictionary::make(
+        {{"AccountType", accountClass}, {"uniqueId", "same"}, {"Username", user}});
+  };
+  test::writePropertyList(
+      legacyMailPath(),
+      Dictionary::make({{"DeliveryAccounts", Array::make({account("server", "SMTPAccount")})},
+                        {"MailAccounts", Array::make({account("one"), account("two")})}}));
+  EXPECT_TRUE(migrate());
+  EXPECT_FALSE(test::exists(legacyMailPath()));
+  std::string users;
+  const ArrayRef accounts = readAccounts();
+  for (const Value& each : *accounts)
+    users += (*each.dictionary())["Username"].string().str() + " ";
+  EXPECT_EQ(users, "server one two  ") << "the last is the on-device account";
 }
 
 // Whatever bytes a file has, the accounts of one that goes must be in the accounts file.
