@@ -171,7 +171,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A242(const Store& store) {
       folded.push_back(calDAV);
     }
   }
-  for (const Account& calDAV : folded) store->deleteAccount(calDAV);
+  store->deleteAccounts(folded);
   store->setDataVersion(5);
   return true;
 }

@@ -45,19 +45,28 @@ void AccountsManager::insertAccount(const std::shared_ptr<BasicAccount>& account
 }
 
 void AccountsManager::deleteAccount(const std::shared_ptr<BasicAccount>& account) {
-  if (!account) return;
-  logMutation("-[AccountsManager deleteAccount:]", "Deleting", *account);
-  const String identifier = account->identifier();
-  if (!identifier) return;
-  _removeChildrenForAccountWithIdentifier(identifier);
-  _topLevelAccountsByID->erase(identifier);
-  AccountList& accounts = *_orderedTopLevelAccounts;
-  const auto last = std::find_if(accounts.rbegin(), accounts.rend(), [&](const auto& stored) {
-    return stored->identifier() == identifier;
-  });
-  if (last == accounts.rend()) return;
-  const std::shared_ptr<BasicAccount> removed = *last;
-  std::erase(accounts, removed);
+  deleteAccounts({account});
+}
+
+void AccountsManager::deleteAccounts(const AccountList& accounts) {
+  IdentifierTable<std::size_t> left;
+  for (const auto& account : accounts) {
+    if (!account) continue;
+    logMutation("-[AccountsManager deleteAccount:]", "Deleting", *account);
+    const String identifier = account->identifier();
+    if (!identifier) continue;
+    _removeChildrenForAccountWithIdentifier(identifier);
+    _topLevelAccountsByID->erase(identifier);
+    ++left[identifier];
+  }
+  // Of several records with one identifier the last one goes first.
+  std::unordered_set<std::shared_ptr<BasicAccount>> deleted;
+  AccountList& stored = *_orderedTopLevelAccounts;
+  for (auto account = stored.rbegin(); account != stored.rend(); ++account) {
+    std::size_t* wanted = left.find((*account)->identifier());
+    if (wanted && *wanted > 0 && deleted.insert(*account).second) --*wanted;
+  }
+  std::erase_if(stored, [&](const auto& account) { return deleted.contains(account); });
 }
 
 void AccountsManager::deleteAccountWithIdentifier(std::string_view identifier) {
@@ -67,12 +76,24 @@ void AccountsManager::deleteAccountWithIdentifier(std::string_view identifier) {
   deleteAccount(account);
 }
 
+std::size_t AccountsManager::positionOf(const std::shared_ptr<BasicAccount>& account) const {
+  const AccountList& accounts = *_orderedTopLevelAccounts;
+  const auto start =
+      accounts.begin() + static_cast<std::ptrdiff_t>(std::min(_lastReplaced, accounts.size()));
+  auto found = std::find(start, accounts.end(), account);
+  if (found == accounts.end()) {
+    found = std::find(accounts.begin(), start, account);
+    if (found == start) return accounts.size();
+  }
+  return static_cast<std::size_t>(found - accounts.begin());
+}
+
 void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccount>& account,
                                                 const std::shared_ptr<BasicAccount>& withAccount) {
   if (!withAccount) return;
-  const auto stored = std::ranges::find(*_orderedTopLevelAccounts, account);
-  if (stored == _orderedTopLevelAccounts->end()) return;
-  const auto position = stored - _orderedTopLevelAccounts->begin();
+  const std::size_t position = positionOf(account);
+  if (position == _orderedTopLevelAccounts->size()) return;
+  _lastReplaced = position;
   // A list handed out earlier keeps showing the store as it was; without one, none is copied.
   if (_orderedTopLevelAccounts.use_count() > 1) {
     _orderedTopLevelAccounts = std::make_shared<AccountList>(*_orderedTopLevelAccounts);
@@ -84,7 +105,7 @@ void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccou
   if (const String identifier = withAccount->identifier()) {
     (*_topLevelAccountsByID)[identifier] = withAccount;
   }
-  (*_orderedTopLevelAccounts)[static_cast<std::size_t>(position)] = withAccount;
+  (*_orderedTopLevelAccounts)[position] = withAccount;
   _loadChildrenFromAccount(withAccount);
 }
 

@@ -96,6 +96,8 @@ class TALLBOOK_EXPORT AccountsManager {
   void insertAccount(const std::shared_ptr<BasicAccount>& account);
   /// Removes the top-level record with the record's identifier, and its children.
   void deleteAccount(const std::shared_ptr<BasicAccount>& account);
+  /// `deleteAccount` for each of them, in one walk over the store.
+  void deleteAccounts(const AccountList& accounts);
   void deleteAccountWithIdentifier(std::string_view identifier);
   /// Puts the new record at the stored one's place; nothing when that object is not stored.
   void replaceAccountWithAccount(const std::shared_ptr<BasicAccount>& account,
@@ -180,6 +182,8 @@ class TALLBOOK_EXPORT AccountsManager {
   void loadAccounts(const Array& infos);
   void appendAccount(std::shared_ptr<BasicAccount> account);
   void fileChildren(const std::shared_ptr<BasicAccount>& account, const String& parentID);
+  /// The record's place in the list, the list's size where it has none.
+  std::size_t positionOf(const std::shared_ptr<BasicAccount>& account) const;
   AccountList childrenOf(std::string_view parentID) const;
   void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
   FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
@@ -188,6 +192,8 @@ class TALLBOOK_EXPORT AccountsManager {
 
   std::unique_ptr<AccountTable> _topLevelAccountsByID;
   std::shared_ptr<AccountList> _orderedTopLevelAccounts;
+  /// Where a record was replaced last: callers who replace many go from the first to the last.
+  std::size_t _lastReplaced = 0;
   std::unique_ptr<AccountTable> _childAccountsByID;
   std::unique_ptr<IdentifierTable<String>> _childAccountIDToParentAccountID;
   /// The reverse of the table above, in the order of "ChildAccounts": dropping one parent's
