@@ -3,11 +3,11 @@
 #include "tallbook/DeviceLocalAccount.h"
 #include "tallbook/Vocabulary.h"
 
+#include "tools/common/Dataclasses.h"
+#include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/Dataclasses.h"
 #include "tools/tallbook/EditableStore.h"
 #include "tools/tallbook/Explanation.h"
-#include "tools/tallbook/Output.h"
 #include "tools/tallbook/Records.h"
 #include "tools/tallbook/ValueText.h"
 

@@ -1,9 +1,9 @@
 #include <iostream>
 
-#include "tools/tallbook/AccountsFile.h"
+#include "tools/common/AccountsFile.h"
+#include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/FileCheck.h"
-#include "tools/tallbook/Output.h"
 
 namespace tallbook::tool {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/tallbook/Outcome.h"
+#include "tools/common/Outcome.h"
 
 namespace tallbook::tool {
 

@@ -4,7 +4,7 @@
 
 #include "tallbook/Vocabulary.h"
 
-#include "tools/tallbook/AccountsFile.h"
+#include "tools/common/AccountsFile.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/JSONValue.h"
 #include "tools/tallbook/ValueText.h"

@@ -1,6 +1,6 @@
 #include <iostream>
 
-#include "tools/tallbook/AccountsFile.h"
+#include "tools/common/AccountsFile.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/JSONValue.h"
 #include "tools/tallbook/XMLText.h"

@@ -1,36 +1,11 @@
 #include "tools/tallbook/EditableStore.h"
 
-#include <filesystem>
-
 #include "tallbook/InternalConsistencyFailure.h"
 #include "tallbook/Vocabulary.h"
 
-#include "tools/tallbook/Output.h"
+#include "tools/common/Output.h"
 
 namespace tallbook::tool {
-namespace {
-
-namespace fs = std::filesystem;
-
-/// Copies the file to the first free name beside it.
-void keepCopy(const std::string& path) {
-  std::error_code failure;
-  for (int number = 1;; ++number) {
-    const std::string copy = path + ".unreadable-" + std::to_string(number);
-    if (fs::copy_file(path, copy, failure)) {
-      note("the unreadable file is kept as " + copy);
-      return;
-    }
-    if (failure != std::errc::file_exists) {
-      throw Failure(ExitCode::NotSaved, path + " cannot be copied (" + failure.message() +
-                                            "), so it is left as it is; copy it yourself, "
-                                            "remove it, and repeat the command");
-    }
-  }
-}
-
-}  // namespace
-
 EditableStore::EditableStore(const Options& options) : _file(readAccountsFile()) {
   if (_file.state == AccountsFile::State::Unreadable && !options.replaceUnreadable) {
     throw unreadable(_file,
@@ -67,7 +42,7 @@ void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
 }
 
 void EditableStore::save() const {
-  if (_file.state == AccountsFile::State::Unreadable) keepCopy(_file.path);
+  if (_file.state == AccountsFile::State::Unreadable) keepCopyOf(_file);
   bool replaced = false;
   try {
     replaced = _store->saveAllAccounts();

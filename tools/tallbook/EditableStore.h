@@ -4,7 +4,7 @@
 
 #include "tallbook/AccountsManager.h"
 
-#include "tools/tallbook/AccountsFile.h"
+#include "tools/common/AccountsFile.h"
 #include "tools/tallbook/Commands.h"
 
 namespace tallbook::tool {

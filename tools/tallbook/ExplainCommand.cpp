@@ -2,10 +2,10 @@
 
 #include "tallbook/Vocabulary.h"
 
+#include "tools/common/Dataclasses.h"
+#include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/Dataclasses.h"
 #include "tools/tallbook/Explanation.h"
-#include "tools/tallbook/Output.h"
 #include "tools/tallbook/Records.h"
 
 namespace tallbook::tool {

@@ -6,7 +6,9 @@
 #include "tallbook/AccountsManager.h"
 #include "tallbook/Vocabulary.h"
 
-#include "tools/tallbook/Dataclasses.h"
+#include "tools/common/Dataclasses.h"
+#include "tools/common/KindName.h"
+#include "tools/common/LoadFault.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {
@@ -88,18 +90,12 @@ class FileCheck {
 
   void checkTopLevel(const std::string& index, const Value& element) {
     const DictionaryRef record = element.dictionary();
-    if (!record) return add("dropped", index, "it " + kindText(element, "dictionary"));
-    const std::string place = placeOf(index, *record);
-    const std::string fault = faultOf(*record);
+    const std::string place = record ? placeOf(index, *record) : index;
+    const std::string fault = whyDropped(element);
     if (!fault.empty()) return add("dropped", place, fault);
 
     const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({record}));
     const String className = (*record)[kAccountClass].string();
-    if (store->count() == 0) {
-      return add("dropped", place,
-                 "its class " + quoted(className) +
-                     " is none of a mail account, and \"AccountPath\" does not tell another");
-    }
     const String loaded = store->allBasicAccounts()->front()->accountClass();
     if (!(loaded == className)) {
       add("repaired", place, "its class " + quoted(className) + " becomes " + quoted(loaded));
@@ -124,15 +120,12 @@ class FileCheck {
     if (!children) return;
     for (std::size_t child = 0; child < children->size(); ++child) {
       const std::string childIndex = index + ".ChildAccounts[" + std::to_string(child) + "]";
-      const DictionaryRef record = (*children)[child].dictionary();
-      if (!record) {
-        add("ignored", childIndex, "it " + kindText((*children)[child], "dictionary"));
-        continue;
-      }
-      const std::string childPlace = placeOf(childIndex, *record);
-      const std::string fault = faultOf(*record);
+      const Value& element = (*children)[child];
+      const DictionaryRef record = element.dictionary();
+      const std::string childPlace = record ? placeOf(childIndex, *record) : childIndex;
+      const std::string fault = whyNoRecord(element);
       if (!fault.empty()) {
-        add("ignored", childPlace, fault + "; it stays in " + place);
+        add("ignored", childPlace, record ? fault + "; it stays in " + place : fault);
         continue;
       }
       checkIdentifier(childPlace, *record, true);
@@ -144,20 +137,6 @@ class FileCheck {
         add("ignored", childPlace, "a child has no children of its own that anyone finds");
       }
     }
-  }
-
-  /// Why no record can be made of the dictionary; empty where one can.
-  static std::string faultOf(const Dictionary& record) {
-    const Value& type = record[kAccountType];
-    if (type.isNull()) return "it has no \"Type\"";
-    if (type.kind() != Kind::String) return "its \"Type\" " + kindText(type, "string");
-    if (!BasicAccount::_isValidAccountType(type.string())) {
-      return "there is no account type " + quoted(type.string());
-    }
-    const Value& className = record[kAccountClass];
-    if (className.isNull()) return "it has no \"Class\"";
-    if (className.kind() != Kind::String) return "its \"Class\" " + kindText(className, "string");
-    return className.string().empty() ? "its \"Class\" is empty" : "";
   }
 
   void checkIdentifier(const std::string& place, const Dictionary& record, bool isChild) {

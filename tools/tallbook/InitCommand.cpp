@@ -1,12 +1,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 
 #include "tallbook/BasicAccount.h"
 #include "tallbook/Vocabulary.h"
 
+#include "tools/common/MobileUser.h"
 #include "tools/tallbook/Commands.h"
 
 namespace tallbook::tool {
@@ -14,37 +14,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The effective number under "Uid:" or "Gid:" of the running process.
-std::string ownNumber(const std::string& name) {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (!line.starts_with(name)) continue;
-    std::istringstream numbers(line.substr(name.size()));
-    std::string real;
-    std::string effective;
-    if (numbers >> real >> effective) return effective;
-  }
-  throw Failure(ExitCode::NotSaved, "/proc does not tell who the calling user is; mount it");
-}
-
-void write(const fs::path& path, const std::string& text) {
-  std::ofstream stream(path);
-  stream << text;
-  if (!stream.flush()) {
-    throw Failure(ExitCode::NotSaved, path.string() + " cannot be written; choose another folder");
-  }
-}
-
 void makeTree(const fs::path& root) {
-  for (const char* folder : {"etc", "tmp", "usr/share/tallbook", "var/mobile/Library/Preferences",
+  for (const char* folder : {"tmp", "usr/share/tallbook", "var/mobile/Library/Preferences",
                              "var/mobile/Library/Mail", "var/mobile/Library/Logs"}) {
     fs::create_directories(root / folder);
   }
   fs::permissions(root / "tmp", fs::perms::all | fs::perms::sticky_bit);
-  const std::string user = ownNumber("Uid:");
-  const std::string group = ownNumber("Gid:");
-  write(root / "etc/passwd", "mobile:x:" + user + ":" + group + ":Mobile:/var/mobile:/bin/sh\n");
-  write(root / "etc/group", "mobile:x:" + group + ":\n");
+  makeCallerMobile(root);
 }
 
 /// The file that the library of this process was loaded from.

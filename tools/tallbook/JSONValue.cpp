@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "tools/common/Outcome.h"
 #include "tools/tallbook/ISODate.h"
-#include "tools/tallbook/Outcome.h"
 
 namespace tallbook::tool {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "tallbook/Value.h"
 
-#include "tools/tallbook/Output.h"
+#include "tools/common/Output.h"
 
 namespace tallbook::tool {
 

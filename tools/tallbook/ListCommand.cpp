@@ -3,11 +3,12 @@
 
 #include "tallbook/Vocabulary.h"
 
+#include "tools/common/Dataclasses.h"
+#include "tools/common/KindName.h"
+#include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/Dataclasses.h"
 #include "tools/tallbook/JSONValue.h"
 #include "tools/tallbook/Records.h"
-#include "tools/tallbook/Table.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {

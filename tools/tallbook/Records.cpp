@@ -2,9 +2,9 @@
 
 #include "tallbook/Vocabulary.h"
 
-#include "tools/tallbook/AccountsFile.h"
-#include "tools/tallbook/Outcome.h"
-#include "tools/tallbook/Output.h"
+#include "tools/common/AccountsFile.h"
+#include "tools/common/Outcome.h"
+#include "tools/common/Output.h"
 
 namespace tallbook::tool {
 

@@ -1,10 +1,10 @@
 #include <iostream>
 
+#include "tools/common/Dataclasses.h"
+#include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/Dataclasses.h"
 #include "tools/tallbook/JSONValue.h"
 #include "tools/tallbook/Records.h"
-#include "tools/tallbook/Table.h"
 
 namespace tallbook::tool {
 namespace {

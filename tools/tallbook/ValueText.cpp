@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <optional>
 
+#include "tools/common/Outcome.h"
 #include "tools/tallbook/ISODate.h"
 #include "tools/tallbook/JSONValue.h"
-#include "tools/tallbook/Outcome.h"
 
 namespace tallbook::tool {
 namespace {
@@ -45,32 +45,6 @@ std::optional<Value> spelledValue(const std::string& text, std::string_view kind
 }
 
 }  // namespace
-
-std::string_view nameOfKind(Value::Kind kind) {
-  switch (kind) {
-    case Value::Kind::Null:
-      return "null";
-    case Value::Kind::Boolean:
-      return "boolean";
-    case Value::Kind::Integer:
-      return "integer";
-    case Value::Kind::Real:
-      return "real";
-    case Value::Kind::Date:
-      return "date";
-    case Value::Kind::UID:
-      return "uid";
-    case Value::Kind::String:
-      return "string";
-    case Value::Kind::Data:
-      return "data";
-    case Value::Kind::Array:
-      return "array";
-    case Value::Kind::Dictionary:
-      return "dictionary";
-  }
-  return "unknown";
-}
 
 std::vector<std::string> writableKinds() {
   return {"string", "boolean", "integer", "real", "date", "data", "uid", "json"};

@@ -8,8 +8,6 @@
 
 namespace tallbook::tool {
 
-/// "string", "integer", ...
-std::string_view nameOfKind(Value::Kind kind);
 /// The kinds that `valueFromText` takes.
 std::vector<std::string> writableKinds();
 /// The value that `text` spells: a string as it stands, numbers in decimal, true or false, dates in

@@ -3,9 +3,9 @@
 #include <charconv>
 #include <cmath>
 
+#include "tools/common/Outcome.h"
 #include "tools/tallbook/ISODate.h"
 #include "tools/tallbook/JSONValue.h"
-#include "tools/tallbook/Outcome.h"
 
 namespace tallbook::tool {
 namespace {

@@ -6,11 +6,14 @@
 #include "tallbook/Host.h"
 #include "tallbook/InternalConsistencyFailure.h"
 
+#include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/Output.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {
+
+const char* const kProgram = "tallbook";
+
 namespace {
 
 struct CommandLine {

@@ -18,6 +18,8 @@ std::string styled(Style style, const std::string& text);
 /// The text with control characters spelled out, so that none of them commands the terminal.
 std::string printable(std::string_view text);
 void printJSON(const JSON& json);
+/// The running program's name, which each program defines.
+extern const char* const kProgram;
 /// A line for the person at the keyboard, kept apart from what a program reads.
 void note(std::string_view text);
 

@@ -2,26 +2,14 @@
 
 #include <string>
 
-#include "tallbook/Value.h"
-
-#include "tools/tallbook/Outcome.h"
+#include "tools/common/DictionaryFile.h"
+#include "tools/common/Outcome.h"
 
 namespace tallbook::tool {
 
 /// An accounts file as it lies on the disk. A store reads a damaged file as an empty one; here it
-/// is told from a missing one, so that nobody saves over accounts that could not be read.
-struct AccountsFile {
-  enum class State {
-    Missing,
-    Unreadable,  ///< no property list, no dictionary, or "Accounts" is no array
-    Read
-  };
-
-  State state = State::Missing;
-  std::string path;
-  std::string problem;    ///< why it is unreadable, on one line
-  DictionaryRef content;  ///< the top level; null unless read
-
+/// is unreadable, and so is one whose "Accounts" is no array.
+struct AccountsFile : DictionaryFile {
   /// What stands under "Accounts"; null where nothing does.
   ArrayRef records() const;
 };
@@ -31,5 +19,8 @@ AccountsFile readAccountsFile(const std::string& path);
 AccountsFile readAccountsFile();
 /// The failure that names an unreadable file.
 Failure unreadable(const AccountsFile& file, const std::string& advice);
+/// Copies a file that is about to be replaced to the first free name beside it, and says so. Throws
+/// Failure where it cannot be copied.
+void keepCopyOf(const AccountsFile& file);
 
 }  // namespace tallbook::tool

@@ -1,4 +1,4 @@
-#include "tools/tallbook/Output.h"
+#include "tools/common/Output.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -61,7 +61,7 @@ void printJSON(const JSON& json) {
 }
 
 void note(std::string_view text) {
-  std::cerr << "tallbook: " << printable(text) << '\n';
+  std::cerr << kProgram << ": " << printable(text) << '\n';
 }
 
 }  // namespace tallbook::tool

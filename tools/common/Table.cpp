@@ -1,4 +1,4 @@
-#include "tools/tallbook/Table.h"
+#include "tools/common/Table.h"
 
 #include <cstdio>
 #include <iostream>

@@ -1,15 +1,13 @@
-#include "tools/tallbook/AccountsFile.h"
+#include "tools/common/DictionaryFile.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 
-#include "tallbook/AccountsManager.h"
 #include "tallbook/PropertyList.h"
-#include "tallbook/Vocabulary.h"
 
-#include "tools/tallbook/ValueText.h"
+#include "tools/common/KindName.h"
 
 namespace tallbook::tool {
 namespace {
@@ -30,18 +28,14 @@ std::optional<std::string> bytesOf(const std::string& path) {
 
 }  // namespace
 
-ArrayRef AccountsFile::records() const {
-  return content ? (*content)[kPlistAccountsKey].array() : nullptr;
-}
-
-AccountsFile readAccountsFile(const std::string& path) {
-  AccountsFile file;
+DictionaryFile readDictionaryFile(const std::string& path) {
+  DictionaryFile file;
   file.path = path;
   std::error_code unknown;
   const fs::file_status status = fs::status(path, unknown);
   if (status.type() == fs::file_type::not_found) return file;
 
-  file.state = AccountsFile::State::Unreadable;
+  file.state = DictionaryFile::State::Unreadable;
   if (status.type() == fs::file_type::none) {
     file.problem = unknown.message();
     return file;
@@ -63,24 +57,9 @@ AccountsFile readAccountsFile(const std::string& path) {
                    ", not dictionary";
     return file;
   }
-  const Value& records = (*content)[kPlistAccountsKey];
-  if (records.kind() != Value::Kind::Array && !records.isNull()) {
-    file.problem =
-        "\"Accounts\" is of the kind " + std::string(nameOfKind(records.kind())) + ", not array";
-    return file;
-  }
   file.content = std::move(content);
-  file.state = AccountsFile::State::Read;
+  file.state = DictionaryFile::State::Read;
   return file;
-}
-
-AccountsFile readAccountsFile() {
-  return readAccountsFile(AccountsManager::fullPathToTallbookPlist());
-}
-
-Failure unreadable(const AccountsFile& file, const std::string& advice) {
-  return Failure(ExitCode::Unreadable,
-                 file.path + " is no accounts file: " + file.problem + "; " + advice);
 }
 
 }  // namespace tallbook::tool

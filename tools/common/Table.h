@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/tallbook/Output.h"
+#include "tools/common/Output.h"
 
 namespace tallbook::tool {
 

@@ -1,10 +1,10 @@
-#include "tools/tallbook/Dataclasses.h"
+#include "tools/common/Dataclasses.h"
 
 #include <algorithm>
 
 #include "tallbook/BasicAccount.h"
 
-#include "tools/tallbook/Outcome.h"
+#include "tools/common/Outcome.h"
 
 namespace tallbook::tool {
 namespace {

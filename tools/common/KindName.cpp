@@ -1,0 +1,31 @@
+#include "tools/common/KindName.h"
+
+namespace tallbook::tool {
+
+std::string_view nameOfKind(Value::Kind kind) {
+  switch (kind) {
+    case Value::Kind::Null:
+      return "null";
+    case Value::Kind::Boolean:
+      return "boolean";
+    case Value::Kind::Integer:
+      return "integer";
+    case Value::Kind::Real:
+      return "real";
+    case Value::Kind::Date:
+      return "date";
+    case Value::Kind::UID:
+      return "uid";
+    case Value::Kind::String:
+      return "string";
+    case Value::Kind::Data:
+      return "data";
+    case Value::Kind::Array:
+      return "array";
+    case Value::Kind::Dictionary:
+      return "dictionary";
+  }
+  return "unknown";
+}
+
+}  // namespace tallbook::tool
