@@ -15,6 +15,6 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tallbook-config-version.c
 install(FILES ${PROJECT_BINARY_DIR}/tallbook-config.cmake
               ${PROJECT_BINARY_DIR}/tallbook-config-version.cmake DESTINATION ${package_folder})
 
-# The installed tool finds the library beside it, wherever the prefix is.
+# The installed tools find the library beside them, wherever the prefix is.
 file(RELATIVE_PATH library_from_tool /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set_target_properties(tallbook_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}")
+set_target_properties(tallbook_tool tallbook_migrate PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}")

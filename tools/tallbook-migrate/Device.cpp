@@ -1,0 +1,31 @@
+#include "tools/tallbook-migrate/Device.h"
+
+#include <filesystem>
+
+#include "tallbook/AccountsManager.h"
+
+namespace tallbook::migrate {
+
+namespace fs = std::filesystem;
+
+DevicePaths pathsOfDevice(const std::string& root) {
+  DevicePaths paths;
+  if (!root.empty()) paths.root = fs::absolute(root).lexically_normal().string();
+  while (!paths.root.empty() && paths.root.back() == '/') paths.root.pop_back();
+  paths.accounts = tallbookAccountsPath();
+  paths.legacyMail = mailAccountsPath();
+  paths.legacyExchange = syncoraAccountPath();
+  // ~/Library/Mail/Accounts.plist
+  paths.home = fs::path(paths.legacyMail).parent_path().parent_path().parent_path().string();
+  paths.removalSentinel = paths.home + "/Library/Preferences/.removingOldAccounts";
+  return paths;
+}
+
+DeviceState stateOfDevice(const DevicePaths& paths) {
+  std::error_code unknown;
+  return {tool::readAccountsFile(paths.accounts), tool::readDictionaryFile(paths.legacyMail),
+          tool::readDictionaryFile(paths.legacyExchange),
+          fs::exists(fs::symlink_status(paths.removalSentinel, unknown))};
+}
+
+}  // namespace tallbook::migrate

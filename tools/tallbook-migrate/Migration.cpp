@@ -1,0 +1,73 @@
+#include "tools/tallbook-migrate/Migration.h"
+
+#include <filesystem>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/InternalConsistencyFailure.h"
+
+#include "tools/common/Output.h"
+#include "tools/tallbook-migrate/HostLock.h"
+#include "tools/tallbook-migrate/PrivateCopy.h"
+
+namespace tallbook::migrate {
+namespace {
+
+using tool::AccountsFile;
+using tool::note;
+
+Migration run(DataMigrator& migrator, const DevicePaths& paths, DeviceState before) {
+  Migration migration;
+  migration.before = std::move(before);
+  const std::string stamp = stampOfFile(paths.accounts);
+  note("migrating \"" + migrator.dataClassName().str() + "\"");
+  try {
+    migration.isAnswered = migrator.performMigration();
+  } catch (const InternalConsistencyFailure& failure) {
+    note(std::string("the installation is broken: ") + failure.what() + "; reinstall it");
+  }
+  migration.isSaved = stampOfFile(paths.accounts) != stamp;
+  migration.after = stateOfDevice(paths);
+  return migration;
+}
+
+void requireReadable(const AccountsFile& file, bool replaceUnreadable) {
+  if (file.state != AccountsFile::State::Unreadable || replaceUnreadable) return;
+  throw unreadable(file,
+                   "the migration would start without its accounts and write over it; restore it "
+                   "from a copy, or repeat the command with --replace-unreadable");
+}
+
+}  // namespace
+
+Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, bool replaceUnreadable) {
+  configureHost(host);
+  const DevicePaths paths = pathsOfDevice(host.root);
+  const HostLock lock(std::filesystem::path(paths.accounts).parent_path().string());
+  // Another program may be migrating without such a lock.
+  AccountsManager::waitForMigrationToFinish();
+  DeviceState before = stateOfDevice(paths);
+  requireReadable(before.accounts, replaceUnreadable);
+  if (before.accounts.state == AccountsFile::State::Unreadable) keepCopyOf(before.accounts);
+  return run(migrator, paths, std::move(before));
+}
+
+Migration previewMigration(DataMigrator& migrator, const HostOptions& host,
+                           bool replaceUnreadable) {
+  configureHost(host);
+  const DevicePaths device = pathsOfDevice(host.root);
+  const DelayedEnd delayed;
+  const PrivateCopy copy(device);
+  HostOptions ofCopy = host;
+  ofCopy.root = copy.root();
+  configureHost(ofCopy);
+  const DevicePaths paths = pathsOfDevice(ofCopy.root);
+  DeviceState before = stateOfDevice(paths);
+  before.accounts.path = device.accounts;
+  requireReadable(before.accounts, replaceUnreadable);
+  if (before.accounts.state == AccountsFile::State::Unreadable) {
+    note("the unreadable file would be kept beside " + device.accounts);
+  }
+  return run(migrator, paths, std::move(before));
+}
+
+}  // namespace tallbook::migrate

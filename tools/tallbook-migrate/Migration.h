@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "tallbook/DataMigrator.h"
+#include "tallbook/Host.h"
+
+#include "tools/tallbook-migrate/Device.h"
+
+namespace tallbook::migrate {
+
+/// A migration that ran, and the device around it.
+struct Migration {
+  DeviceState before, after;
+  bool isAnswered = false;  ///< whether it answered that it succeeded
+  bool isSaved = false;     ///< whether the accounts file was replaced
+};
+
+/// Runs the migration on the device of `host`, once no other host works on it. Throws Failure for
+/// an accounts file that could not be read, unless it may be replaced; then keeps a copy of it.
+Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, bool replaceUnreadable);
+
+/// Runs the migration on a private copy of that device. Waits for nobody, and tells nobody.
+Migration previewMigration(DataMigrator& migrator, const HostOptions& host, bool replaceUnreadable);
+
+}  // namespace tallbook::migrate

@@ -1,0 +1,137 @@
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <filesystem>
+#include <iostream>
+
+#include "tallbook/Host.h"
+#include "tallbook/Vocabulary.h"
+
+#include "tools/common/LoadFault.h"
+#include "tools/common/Outcome.h"
+#include "tools/common/Output.h"
+#include "tools/tallbook-migrate/AccountFates.h"
+#include "tools/tallbook-migrate/Migration.h"
+#include "tools/tallbook-migrate/Module.h"
+#include "tools/tallbook-migrate/Report.h"
+
+namespace tallbook::tool {
+
+const char* const kProgram = "tallbook-migrate";
+
+}  // namespace tallbook::tool
+
+namespace tallbook::migrate {
+namespace {
+
+using tool::AccountsFile;
+using tool::note;
+
+enum class Exit {
+  Migrated = 0,     ///< or there was nothing to do
+  NotMigrated = 1,  ///< the migration answered NO, could not save, or was not begun
+  Usage = 2,
+  NoModule = 3
+};
+
+struct CommandLine {
+  HostOptions host;
+  std::string module;
+  std::string className = "AccountsDataMigrator";
+  bool isDryRun = false;
+  bool json = false;
+  bool replaceUnreadable = false;
+  bool verbose = false;
+
+  void declare(CLI::App& app);
+};
+
+void CommandLine::declare(CLI::App& app) {
+  app.add_option("--root", host.root, "Root of the device tree; the running system without it")
+      ->check(CLI::ExistingDirectory);
+  app.add_flag("--dry-run", isDryRun, "Migrate a private copy, and leave the device as it is");
+  app.add_option("--module", module, "Path of the migration plug-in; the library without it");
+  app.add_option("--class", className, "Name of the plug-in's principal class")
+      ->capture_default_str();
+  app.add_flag("--json", json, "Print JSON");
+  app.add_flag("--verbose", verbose, "Print the library's log on standard error");
+  app.add_flag("--replace-unreadable", replaceUnreadable,
+               "Keep a copy of an unreadable accounts file, then replace it");
+}
+
+/// Says what the table cannot: a migration that did not do what it should have done.
+Exit judge(const Migration& migration) {
+  if (!migration.isAnswered) {
+    note(std::string("the migration answered NO; see the messages above, and --verbose. Without "
+                     "any, its lock could not be made: is ") +
+         kAccountMigrationLockFilename + " below the root a file?");
+    return Exit::NotMigrated;
+  }
+  // An interrupted removal is finished without a save.
+  if (migration.before.isRemovalInterrupted) {
+    note(
+        "finished the removal of legacy files that an earlier migration had begun; run the "
+        "migration again for the rest");
+    return Exit::Migrated;
+  }
+  if (migration.isSaved) return Exit::Migrated;
+  note(
+      "the accounts file could not be replaced and is as it was; repeat the command with "
+      "--verbose to see why");
+  return Exit::NotMigrated;
+}
+
+Exit report(const Migration& migration, const CommandLine& line) {
+  const Exit exit = judge(migration);
+  const AccountsFile& after = migration.after.accounts;
+  if (after.state == AccountsFile::State::Unreadable) {
+    note("the accounts file cannot be read after the migration: " + after.problem +
+         "; what became of the accounts cannot be told");
+    return Exit::NotMigrated;
+  }
+  printFates(fatesOfAccounts(migration.before, migration.after, tool::whyDropped),
+             {line.json, line.isDryRun});
+  return exit;
+}
+
+Exit answer(int argc, char** argv) {
+  CLI::App app("Migrates the accounts of a device to this release.", "tallbook-migrate");
+  CommandLine line;
+  line.declare(app);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? Exit::Migrated : Exit::Usage;
+  }
+  line.host.log = line.verbose ? HostOptions::Log::StandardError : HostOptions::Log::Nowhere;
+  const std::string module =
+      line.module.empty() ? TALLBOOK_LIBRARY : std::filesystem::absolute(line.module).string();
+  try {
+    const auto migrator = migratorOfModule(module, line.className);
+    const auto migrate = line.isDryRun ? previewMigration : migrateDevice;
+    return report(migrate(*migrator, line.host, line.replaceUnreadable), line);
+  } catch (const ModuleFailure& failure) {
+    note(failure.what());
+    return Exit::NoModule;
+  } catch (const tool::Failure& failure) {
+    note(failure.what());
+  } catch (const std::filesystem::filesystem_error& error) {
+    note(std::string("the device cannot be copied: ") + error.what() +
+         "; choose another temporary folder with TMPDIR");
+  }
+  return Exit::NotMigrated;
+}
+
+}  // namespace
+}  // namespace tallbook::migrate
+
+int main(int argc, char** argv) {
+  using namespace tallbook;
+  std::setlocale(LC_ALL, "");
+  std::setlocale(LC_NUMERIC, "C");
+  auto exit = migrate::answer(argc, argv);
+  if (!std::cout.flush()) {
+    tool::note("the result could not be printed");
+    exit = migrate::Exit::NotMigrated;
+  }
+  return static_cast<int>(exit);
+}
