@@ -86,6 +86,7 @@ class Fates {
       fate.changes.unexplained.push_back("moved");
     }
     fate.outcome = outcomeOf(was, fate.changes, isWrapped);
+    if (_matches.isMet(was)) fate.why = "kept before the legacy account of its identifier";
     if (was.isLegacy()) {
       fate.why = "from the " + nameOfFile(was);
       if (_gone.isFileThere(was)) fate.why += ", which could not be removed";
@@ -117,7 +118,7 @@ class Fates {
 
   /// The record that the version steps found: what the conversion gives and what the umbrella
   /// account takes away are no changes of theirs.
-  static DictionaryRef baseline(const Entry& was, const Entry& now) {
+  DictionaryRef baseline(const Entry& was, const Entry& now) const {
     const DictionaryRef record = was.record->mutableCopy();
     const auto takeOver = [&](const String& key) {
       const Value& value = (*now.record)[key];
@@ -127,6 +128,7 @@ class Fates {
         record->set(key, value);
       }
     };
+    if (_matches.isMet(was)) takeOver(kAccountSyncIdentifier);
     if (was.isLegacy()) {
       for (const String& key :
            {kAccountType, kAccountTypeString, kAccountShortTypeString, kAccountSyncIdentifier}) {

@@ -97,14 +97,21 @@ AccountMatches::Claim AccountMatches::claimOf(const DictionaryFile& before,
 }
 
 bool AccountMatches::isReplaced(const Entry& entry) const {
-  if (entry.isLegacy()) return false;
+  if (entry.isLegacy() || isMet(entry)) return false;
   if (entry.parent) return isReplaced(_before[*entry.parent]);
   const auto isClaimedBy = [&](const Claim& claim) {
     return claim.isMade &&
-           (std::ranges::find(claim.types, entry.text(kAccountType)) != claim.types.end() ||
-            claim.identifiers.contains(entry.text(kAccountIdentifier)));
+           std::ranges::find(claim.types, entry.text(kAccountType)) != claim.types.end();
   };
   return isClaimedBy(_mail) || isClaimedBy(_exchange);
+}
+
+bool AccountMatches::isMet(const Entry& entry) const {
+  if (entry.isLegacy() || entry.parent) return false;
+  const auto isMetBy = [&](const Claim& claim) {
+    return claim.isMade && claim.identifiers.contains(entry.text(kAccountIdentifier));
+  };
+  return isMetBy(_mail) || isMetBy(_exchange);
 }
 
 void AccountMatches::pair(std::size_t before, std::size_t after) {

@@ -27,6 +27,9 @@ class AccountMatches {
   std::uint64_t entryVersion() const { return _entryVersion; }
   /// Whether a converted legacy file put its own accounts in this one's place.
   bool isReplaced(const Entry& entry) const;
+  /// Whether a converted legacy file has an account of this one's identifier. The save merges the
+  /// two, and what the accounts file has counts.
+  bool isMet(const Entry& entry) const;
 
  private:
   /// A legacy file's claim on the accounts of the store.

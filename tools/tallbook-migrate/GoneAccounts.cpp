@@ -61,10 +61,10 @@ GoneAccounts::Reason GoneAccounts::reasonOfLegacy(const Entry& was) const {
                                        ? "it has no class; kept in the " + nameOfFile(was)
                                        : "kept in the " + nameOfFile(was)};
   }
+  if (_identifiersAfter.contains(was.text(kAccountIdentifier))) {
+    return {Outcome::Replaced, "the accounts file has an account of its identifier already"};
+  }
   if (_stateBefore.isRemovalInterrupted) {
-    if (_identifiersAfter.contains(was.text(kAccountIdentifier))) {
-      return {Outcome::Replaced, "the accounts file had an account of its identifier already"};
-    }
     return {Outcome::Dropped, "an earlier migration had begun to remove its file"};
   }
   return foldedOrUnknown(was);

@@ -1,0 +1,427 @@
+"""Runs the migration host on device trees; their files are written and read with plistlib.
+
+Usage: test_tallbook_migrate.py MIGRATE TALLBOOK LIBRARY OTHER-MODULE [unittest arguments]
+"""
+
+import json
+import os
+import plistlib
+import shutil
+import signal
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+
+MIGRATE = TALLBOOK = LIBRARY = OTHER_MODULE = ""
+MIGRATED, NOT_MIGRATED, USAGE, NO_MODULE = range(4)
+
+ACCOUNTS = "var/mobile/Library/Preferences/com.orvane.tallbook.plist"
+MAIL = "var/mobile/Library/Mail/Accounts.plist"
+EXCHANGE = "var/mobile/Library/Preferences/com.orvane.Syncora.plist"
+SENTINEL = "var/mobile/Library/Preferences/.removingOldAccounts"
+LOCK = "tmp/AccountMigrationInProgress"
+COPIES = "var/mobile/Library/Logs/Dorvix"
+
+
+def dataclasses(names):
+    return {"Enabled Dataclasses": ["com.orvane.Dataclass." + name for name in names.split()]}
+
+
+def account(identifier, kind, class_name, enabled=None, **more):
+    record = {"Type": kind, "Class": class_name, "DisplayName": "name of " + identifier}
+    if enabled is not None:
+        record |= dataclasses(enabled)
+    return record | {"Identifier": identifier} | more
+
+
+def cal_dav(identifier, login, path, host="www.google.com"):
+    return account(
+        identifier, "CalDAV", "MobileCalDAVAccount",
+        CalDAVPrincipalConfiguration={"Login_Key": login, "CalDAV_Server_Key": host},
+        CalDAVAccountConfiguration={"CalDAV_PrincipalPath_Key": path})
+
+
+def version_0():
+    nameless = account("", "SMTP", "SMTPAccount", DisplayName="outgoing", Hostname="smtp.example")
+    del nameless["Identifier"]
+    return {"Version": 0, "Accounts": [
+        account("LOCAL", "OnMyDevice", "DeviceLocalAccount"),
+        account("old", "Mail", "IMAPAccount", uniqueId="IMAP"),
+        account("GMAIL", "Mail", "GmailAccount", Username="ada@gmail.com"),
+        cal_dav("CAL", "ada", "/calendar/dav/ada%40gmail.com/user"),
+        cal_dav("OTHER-CAL", "bob", "/calendar/dav/bob/user"),
+        account("HOSTED", "Veltro", "VeltroAccount", "Mail Notes", IsActive=True,
+                ChildAccounts=[account("HOSTED-CAL", "CalDAV", "CalDAVAccount")]),
+        account("PRIMARY", "OrvaneAccount", "OAAccount", "DeviceLocator", accountStatus=2,
+                DisplayName="Veltro"),
+        account("SECOND", "OrvaneAccount", "OAAccount", "Ubiquity", accountStatus=2,
+                ChildAccounts=[account("SECOND-MAIL", "Veltro", "VeltroAccount")]),
+        account("POP", "Mail", "POPAccount", "", IsActive=False),
+        account("UNKNOWN", "Nonsense", "Class"),
+        account("LDAP", "LDAP", "LDAPAccount", "ContactsSearch"),
+        nameless,
+    ]}
+
+
+def legacy_mail():
+    return {
+        "DeliveryAccounts": [{"uniqueId": "OUT", "AccountName": "out", "Hostname": "h"}],
+        "MailAccounts": [
+            {"AccountType": "GmailAccount", "uniqueId": "NEW-GMAIL", "AccountName": "gmail"},
+            {"AccountType": "VeltroAccount", "uniqueId": "NEW-HOSTED", "Username": "eve@x",
+             "IsActive": True}]}
+
+
+def legacy_exchange(**more):
+    return {"SyncoraAccountsKey": [
+        {"SyncoraAccountConfigurationClass": "ExchangeAccount", "SyncoraAccountDescription": "work",
+         "SyncoraAccountConfigurationAccountID": "WORK",
+         "SyncoraAccountEnabledForCalendar": False} | more]}
+
+
+# Devices: their files, and what must become of the accounts that are named, with the steps at work.
+DEVICES = {
+    "version 0": ({ACCOUNTS: version_0()}, {
+        "IMAP": ("upgraded", "7A150 7A242"), "GMAIL": ("upgraded", "7A150 7A242"),
+        "CAL": ("folded", "7A242"), "OTHER-CAL": ("unchanged", ""), "LDAP": ("unchanged", ""),
+        "HOSTED": ("wrapped", "7A150 8B117"), "HOSTED-CAL": ("unchanged", ""),
+        "PRIMARY": ("upgraded", "9A182 9B176"), "SECOND": ("upgraded", "9A182 9A334"),
+        "SECOND-MAIL": ("upgraded", "8C136"), "POP": ("upgraded", "7A150"),
+        "UNKNOWN": ("dropped", ""), "LOCAL": ("replaced", ""),
+        "DeviceLocalAccount": ("added", "7A153"), "(new) OrvaneAccount": ("added", "8B117"),
+        "outgoing": ("repaired", "loading")}),
+    "version 7": ({ACCOUNTS: {"Version": 7, "Accounts": [
+        account("IMAP", "Mail", "IMAPAccount", uniqueId="u"),
+        account("HOSTED", "Veltro", "VeltroAccount", "Notes"),
+        account("SECOND", "OrvaneAccount", "OAAccount", "Calendars Reminders")]}}, {
+            "IMAP": ("upgraded", "8C136"), "HOSTED": ("unchanged", ""),
+            "SECOND": ("upgraded", "9A182")}),
+    "version 10": ({ACCOUNTS: {"Version": 10, "Accounts": [
+        account("SECOND", "OrvaneAccount", "OAAccount", "KeyValue", accountStatus=2,
+                ChildAccounts=[account("MAIL", "Veltro", "VeltroAccount")])]}}, {
+                    "SECOND": ("upgraded", "9A334"), "MAIL": ("unchanged", "")}),
+    "no version": ({ACCOUNTS: {"Accounts": [account("IMAP", "Mail", "IMAPAccount")]}},
+                   {"IMAP": ("unchanged", "")}),
+    "legacy files alone": ({MAIL: legacy_mail(), EXCHANGE: legacy_exchange()}, {
+        "OUT": ("converted", ""), "NEW-GMAIL": ("converted", "7A242"), "WORK": ("converted", ""),
+        "NEW-HOSTED": ("converted", "8B117"), "DeviceLocalAccount": ("added", "7A153")}),
+    "legacy files and accounts": (
+        {MAIL: legacy_mail(), EXCHANGE: legacy_exchange(), ACCOUNTS: {"Version": 12, "Accounts": [
+            account("IMAP", "Mail", "IMAPAccount"), account("OUT", "SMTP", "SMTPAccount"),
+            account("OLD", "Exchange", "ExchangeAccount"),
+            account("WORK", "Exchange", "ExchangeAccount", DaysToSync=7),
+            account("NEW-GMAIL", "Gmail", "GmailAccount"),
+            account("YAHOO", "Yahoo", "YahooAccount")]}},
+        {"IMAP": ("replaced", ""), "OLD": ("replaced", ""), "YAHOO": ("unchanged", ""),
+         "NEW-HOSTED": ("converted", ""),
+         # The save keeps what the accounts file has of an account with their identifier.
+         "name of OUT": ("unchanged", ""), "out": ("replaced", ""),
+         "name of WORK": ("unchanged", ""), "work": ("replaced", ""),
+         "name of NEW-GMAIL": ("unchanged", ""), "gmail": ("replaced", "")}),
+    "a legacy account without a class": (
+        {MAIL: legacy_mail(), EXCHANGE: {"SyncoraAccountsKey": [
+            legacy_exchange()["SyncoraAccountsKey"][0],
+            {"SyncoraAccountConfigurationAccountID": "BAD"}]}},
+        {"WORK": ("not converted", ""), "BAD": ("not converted", ""), "OUT": ("converted", "")}),
+    "legacy files that hold none": (
+        {MAIL: b"noise", EXCHANGE: {"SyncoraAccountsKey": 1},
+         ACCOUNTS: {"Version": 12, "Accounts": [account("IMAP", "Mail", "IMAPAccount")]}},
+        {"IMAP": ("replaced", ""), "(legacy mail file)": ("not converted", ""),
+         "(legacy Exchange file)": ("not converted", "")}),
+    "an interrupted removal": (
+        {SENTINEL: b"", MAIL: legacy_mail(),
+         ACCOUNTS: {"Version": 3, "Accounts": [account("OUT", "SMTP", "SMTPAccount")]}},
+        {"OUT": ("unchanged", ""), "out": ("replaced", ""), "NEW-GMAIL": ("dropped", "")}),
+    "nothing": ({}, {}),
+}
+
+
+class HostTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.scratch = os.path.join(self.folder, "scratch")
+        os.mkdir(self.scratch)
+        self.root = self.device({})
+
+    def device(self, files):
+        root = tempfile.mkdtemp(dir=self.folder)
+        subprocess.run([TALLBOOK, "init", root], check=True, stdout=subprocess.DEVNULL, timeout=60)
+        for path, content in files.items():
+            self.write(path, content, root)
+        return root
+
+    def path(self, relative, root=None):
+        return os.path.join(root or self.root, relative)
+
+    def write(self, relative, content, root=None):
+        if not isinstance(content, bytes):
+            content = plistlib.dumps(content, fmt=plistlib.FMT_BINARY, sort_keys=False)
+        with open(self.path(relative, root), "wb") as file:
+            file.write(content)
+
+    def accounts(self, root=None):
+        with open(self.path(ACCOUNTS, root), "rb") as file:
+            return plistlib.load(file)
+
+    def command(self, *arguments, root=None):
+        return [MIGRATE, "--root", root or self.root, *arguments]
+
+    def start(self, *arguments, **more):
+        return subprocess.Popen(self.command(*arguments), stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, env=self.environment(), **more)
+
+    def environment(self):
+        return os.environ | {"LC_ALL": "C.UTF-8", "TMPDIR": self.scratch}
+
+    def migrate(self, *arguments, expect=MIGRATED, root=None):
+        """Runs the host and answers its output; the messages go to self.message."""
+        done = subprocess.run(self.command(*arguments, root=root), capture_output=True, timeout=60,
+                              env=self.environment())
+        self.message = done.stderr.decode()
+        self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
+        self.assertEqual(os.listdir(self.scratch), [], "a private copy stayed behind")
+        return done.stdout.decode()
+
+    def rows(self, *arguments, **more):
+        return json.loads(self.migrate("--json", *arguments, **more))
+
+
+def summary(row):
+    return row["outcome"], " ".join(step["step"] for step in row["steps"])
+
+
+def as_foretold(told, foretold):
+    """Rows of a migration as a dry run shows them: a new identifier is another one every time."""
+    news = {row["identifier"] for row in told} - {row["identifier"] for row in foretold}
+    return [row | {key: "(new)" for key in ("identifier", "parent") if row.get(key) in news}
+            for row in told]
+
+
+def untouched(folder, entries=None):
+    """All that lstat and reading tell of a tree, without leaving access times behind."""
+    entries = {} if entries is None else entries
+    status = os.lstat(folder)
+    entries[folder] = [getattr(status, "st_" + field) for field in (
+        "mode", "ino", "nlink", "uid", "gid", "size", "atime_ns", "mtime_ns", "ctime_ns")]
+    if stat.S_ISLNK(status.st_mode):
+        # Looking where a link leads is an access that no program can hide, this one neither.
+        entries[folder][6] = os.readlink(folder)
+    elif stat.S_ISREG(status.st_mode) or stat.S_ISDIR(status.st_mode):
+        opened = os.open(folder, os.O_RDONLY | os.O_NOATIME)
+        try:
+            if stat.S_ISREG(status.st_mode):
+                entries[folder].append(os.read(opened, status.st_size))
+            else:
+                for name in sorted(os.listdir(opened)):
+                    untouched(os.path.join(folder, name), entries)
+        finally:
+            os.close(opened)
+    return entries
+
+
+def age(folder):
+    """Makes every access time one that the kernel would renew."""
+    for place, folders, files in os.walk(folder):
+        for path in [place, *(os.path.join(place, name) for name in files)]:
+            os.utime(path, ns=(10**18, 2 * 10**18), follow_symlinks=False)
+
+
+class WhatBecameOfTheAccounts(HostTest):
+    def test_is_told_for_each_and_foretold_by_a_dry_run_that_leaves_no_trace(self):
+        for name, (files, expected) in DEVICES.items():
+            with self.subTest(device=name):
+                root = self.device(files)
+                age(root)
+                before = untouched(root)
+                foretold = self.rows("--dry-run", root=root)
+                self.assertEqual(untouched(root), before)
+                told = self.rows(root=root)
+                self.assertEqual(as_foretold(told, foretold), foretold)
+                by_key = {}
+                for row in foretold:
+                    for key in (row["identifier"], row["name"], f"(new) {row['type']}"):
+                        by_key.setdefault(key, summary(row))
+                self.assertEqual({key: by_key.get(key) for key in expected}, expected)
+                self.assertEqual([row for row in told if row["unexplained"]], [])
+                self.assertEqual({row["identifier"] for row in told if row["outcome"] in (
+                    "unchanged", "upgraded", "repaired", "converted", "wrapped", "added")},
+                    {record["Identifier"] for top in self.accounts(root)["Accounts"]
+                     for record in [top, *top.get("ChildAccounts", [])]}
+                    if os.path.exists(self.path(ACCOUNTS, root)) else set())
+
+    def test_a_second_migration_changes_no_record(self):
+        for name, (files, _) in DEVICES.items():
+            if SENTINEL in files or files.get(MAIL) == b"noise":
+                continue
+            with self.subTest(device=name):
+                root = self.device(files)
+                self.migrate(root=root)
+                records = self.accounts(root)
+                outcomes = {row["outcome"] for row in self.rows(root=root)}
+                self.assertLessEqual(outcomes, {"unchanged", "not converted"} if EXCHANGE in files
+                                     and "BAD" in str(files[EXCHANGE]) else {"unchanged"})
+                self.assertEqual(self.accounts(root), records)
+
+    def test_the_table_shows_children_below_their_parents_and_the_reasons(self):
+        self.write(ACCOUNTS, version_0())
+        table = self.migrate()
+        lines = table.splitlines()
+        self.assertRegex(lines[0], "^NAME +TYPE +IDENTIFIER +OUTCOME +HOW AND WHY")
+        self.assertRegex(table, "└─name of HOSTED +Veltro +HOSTED +wrapped +.*8B117: wrapped in an umbrella")
+        self.assertRegex(table, 'UNKNOWN +dropped +there is no account type "Nonsense"')
+        self.assertRegex(table, " IMAP +upgraded +7A150: identifier taken from uniqueId, sync "
+                                "identifier kept; 7A242: Mail on, Notes on")
+        self.assertIn("Migrating accounts\n", self.message)
+
+
+class DryRuns(HostTest):
+    def test_meet_the_obstacles_of_the_device(self):
+        def put(relative, make):
+            path = self.path(relative)
+            if os.path.lexists(path):
+                os.remove(path)
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+            make(path)
+
+        elsewhere = os.path.join(self.folder, "elsewhere")
+        with open(elsewhere, "wb") as file:
+            plistlib.dump(legacy_mail(), file)
+        for relative, make, code in [
+                (MAIL, os.mkdir, MIGRATED), (MAIL, os.mkfifo, MIGRATED),
+                (MAIL, lambda path: os.symlink("/nowhere", path), MIGRATED),
+                (MAIL, lambda path: os.symlink(elsewhere, path), MIGRATED),
+                (EXCHANGE, os.mkdir, MIGRATED), (SENTINEL, os.mkdir, MIGRATED),
+                (COPIES, os.mkfifo, MIGRATED), (COPIES + "/AccountMigration", os.mkfifo, MIGRATED),
+                (COPIES + "/" + os.path.basename(ACCOUNTS), os.mkdir, MIGRATED),
+                (LOCK, os.mkdir, NOT_MIGRATED),
+                (LOCK, lambda path: os.symlink(elsewhere, path), NOT_MIGRATED),
+                ("var/mobile/Library/Mail", shutil.rmtree, MIGRATED),
+                ("tmp", shutil.rmtree, NOT_MIGRATED)]:
+            with self.subTest(path=relative, code=code):
+                self.root = self.device({ACCOUNTS: {"Version": 3, "Accounts": [
+                    account("IMAP", "Mail", "IMAPAccount"), account("LDAP", "LDAP", "LDAPAccount")]}})
+                (make if make is shutil.rmtree else lambda path: put(relative, make))(self.path(relative))
+                before = untouched(self.root)
+                foretold = self.rows("--dry-run", expect=code)
+                self.assertEqual(untouched(self.root), before)
+                messages = [line for line in self.message.splitlines() if self.scratch not in line]
+                told = self.rows(expect=code)
+                self.assertEqual(as_foretold(told, foretold), foretold)
+                for line in messages:
+                    self.assertIn(line, self.message)
+
+    def test_read_the_device_s_facts_and_resources(self):
+        os.makedirs(self.path("etc/tallbook"))
+        self.write("etc/tallbook/HostedService.plist", {"AccountTypeDisplayString": "Cirrus"})
+        with open(os.path.join(os.path.dirname(LIBRARY),
+                               "../share/tallbook/AccountTypesProperties.plist"), "rb") as file:
+            types = plistlib.load(file)
+        self.write("usr/share/tallbook/AccountTypesProperties.plist", types | {"Nonsense": {}})
+        os.mkdir(self.path("usr/share/tallbook/en"))
+        self.write("usr/share/tallbook/en/DeviceLocalAccount.strings", {})
+        self.write(ACCOUNTS, version_0())
+        rows = {row["identifier"]: row for row in self.rows("--dry-run")}
+        self.assertEqual(rows["PRIMARY"]["name"], "Cirrus")
+        self.assertEqual(rows["UNKNOWN"]["outcome"], "unchanged")
+
+    def test_end_only_after_their_copy_is_gone(self):
+        self.write(ACCOUNTS, {"Version": 0, "Accounts": [
+            account(f"a{number}", "Mail", "IMAPAccount", Filler="x" * 500) for number in range(300)]})
+        before = untouched(self.root)
+        host = self.start("--dry-run", "--verbose")
+        while host.stderr.readline() != b"Migrating accounts\n":
+            self.assertIsNone(host.poll())
+        self.assertNotEqual(os.listdir(self.scratch), [])
+        host.terminate()
+        host.communicate(timeout=60)
+        self.assertEqual(host.returncode, -signal.SIGTERM)
+        self.assertEqual(os.listdir(self.scratch), [])
+        self.assertEqual(untouched(self.root), before)
+
+
+class Refusals(HostTest):
+    def test_every_outcome_has_its_exit_code(self):
+        own = os.path.join(self.folder, "libtallbook.so.1")
+        shutil.copy(LIBRARY, own)
+        for code, message, *arguments in [
+                (USAGE, "", "--nonsense"), (USAGE, "", "more"), (MIGRATED, "", "--help"),
+                (MIGRATED, "", "--module", LIBRARY), (MIGRATED, "", "--class", "AccountsDataMigrator"),
+                (NO_MODULE, "cannot be loaded", "--module", "/nowhere.so"),
+                (NO_MODULE, "no migration plug-in", "--module", OTHER_MODULE),
+                (NO_MODULE, "a library of its own", "--module", own),
+                (NO_MODULE, 'no class "Nobody"', "--class", "Nobody"),
+                (NO_MODULE, "migrates nothing", "--class", "DeviceLocalAccount")]:
+            with self.subTest(arguments=arguments):
+                self.migrate(*arguments, expect=code)
+                self.assertIn(message, self.message)
+        self.migrate("--dry-run", root="/nowhere", expect=USAGE)
+
+    def test_an_accounts_file_that_cannot_be_read_is_kept(self):
+        for content in [b"", b"noise", [1], {"Version": 3, "Accounts": 1}]:
+            with self.subTest(content=content):
+                self.root = self.device({ACCOUNTS: content, MAIL: legacy_mail()})
+                for arguments in [(), ("--dry-run",), ("--dry-run", "--replace-unreadable")]:
+                    self.migrate(*arguments, expect=MIGRATED if len(arguments) > 1 else NOT_MIGRATED)
+                    self.assertIn(self.path(ACCOUNTS), self.message)
+                    self.assertTrue(os.path.exists(self.path(MAIL)))
+                with open(self.path(ACCOUNTS), "rb") as file:
+                    original = file.read()
+                self.assertEqual(original, content if isinstance(content, bytes) else
+                                 plistlib.dumps(content, fmt=plistlib.FMT_BINARY, sort_keys=False))
+                self.migrate("--replace-unreadable")
+                with open(self.path(ACCOUNTS) + ".unreadable-1", "rb") as file:
+                    self.assertEqual(file.read(), original)
+                self.assertEqual(self.accounts()["Version"], 12)
+        self.root = self.device({})
+        os.mkdir(self.path(ACCOUNTS))
+        for arguments in [(), ("--dry-run",), ("--replace-unreadable",)]:
+            self.migrate(*arguments, expect=NOT_MIGRATED)
+
+    def test_a_save_that_fails_is_no_success(self):
+        self.write(MAIL, legacy_mail())
+        os.remove(self.path("etc/passwd"))
+        rows = self.rows(expect=NOT_MIGRATED)
+        self.assertIn("could not be replaced", self.message)
+        self.assertEqual({row["outcome"] for row in rows}, {"not converted"})
+        self.assertTrue(os.path.exists(self.path(MAIL)))
+        self.write(ACCOUNTS, {"Version": 12, "Accounts": [account("YAHOO", "Yahoo", "YahooAccount")]})
+        rows = {row["identifier"]: row["outcome"] for row in self.rows(expect=NOT_MIGRATED)}
+        self.assertEqual(rows["YAHOO"], "unchanged")
+
+
+class SeveralHosts(HostTest):
+    def test_one_works_and_the_others_find_nothing_to_do(self):
+        self.write(MAIL, legacy_mail())
+        self.write(EXCHANGE, legacy_exchange())
+        hosts = [self.start("--json") for _ in range(4)]
+        outcomes = []
+        for host in hosts:
+            output, message = host.communicate(timeout=120)
+            self.assertEqual(host.returncode, MIGRATED, message)
+            outcomes.append({row["outcome"] for row in json.loads(output)})
+        self.assertEqual(sorted(outcomes, key=len),
+                         [{"unchanged"}] * 3 + [{"added", "converted"}])
+        self.assertFalse(os.path.exists(self.path(MAIL)) or os.path.exists(self.path(EXCHANGE)))
+
+    def test_one_that_is_killed_holds_nobody_up(self):
+        self.write(ACCOUNTS, {"Version": 0, "Accounts": [
+            account(f"a{number}", "Mail", "IMAPAccount", Filler="x" * 500) for number in range(300)]})
+        host = self.start("--verbose")
+        # What it logs from here on is more than the pipe holds: it stands still in the middle.
+        while host.stderr.readline() != b"Migrating accounts\n":
+            self.assertIsNone(host.poll())
+        host.kill()
+        host.communicate(timeout=60)
+        self.assertEqual(host.returncode, -signal.SIGKILL)
+        subprocess.run([TALLBOOK, "--root", self.root, "wait"], check=True, timeout=60)
+        self.assertEqual({row["outcome"] for row in self.rows()}, {"upgraded", "added"})
+
+
+if __name__ == "__main__":
+    MIGRATE, TALLBOOK, LIBRARY, OTHER_MODULE = sys.argv[1:5]
+    del sys.argv[1:5]
+    unittest.main()
