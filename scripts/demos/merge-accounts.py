@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Furnishes a device tree for the demo: a dozen accounts, and a notifier for all of their types.
+"""Furnishes a device tree for the merge demo: a dozen accounts, and a notifier for all of their types.
 
-usage: demo-accounts.py ROOT MODULE
+usage: merge-accounts.py ROOT MODULE
 
 ROOT is the device tree, MODULE the path below it of the module with the example classes. The
 accounts file is written by Python's own plistlib, so what the library reads here it did not write.
@@ -75,7 +75,7 @@ def accounts():
 
 def creators(module):
     """Every account type's creators: the example classes, whatever the shipped resource says."""
-    resources = pathlib.Path(__file__).resolve().parent.parent / "resources"
+    resources = pathlib.Path(__file__).resolve().parents[2] / "resources"
     types = plistlib.loads((resources / "AccountTypesProperties.plist").read_bytes())
 
     def entry(role, name, **more):
@@ -99,7 +99,7 @@ def write(path, content):
 
 def main():
     if len(sys.argv) != 3:
-        sys.exit("usage: demo-accounts.py ROOT MODULE")
+        sys.exit("usage: merge-accounts.py ROOT MODULE")
     root = pathlib.Path(sys.argv[1])
     write(root / ACCOUNTS, {"Version": 12, "Accounts": accounts()})
     write(root / CREATORS, creators(sys.argv[2]))
