@@ -211,7 +211,10 @@ def untouched(folder, entries=None):
         # Looking where a link leads is an access that no program can hide, this one neither.
         entries[folder][6] = os.readlink(folder)
     elif stat.S_ISREG(status.st_mode) or stat.S_ISDIR(status.st_mode):
-        opened = os.open(folder, os.O_RDONLY | os.O_NOATIME)
+        try:
+            opened = os.open(folder, os.O_RDONLY | os.O_NOATIME)
+        except PermissionError:
+            return entries
         try:
             if stat.S_ISREG(status.st_mode):
                 entries[folder].append(os.read(opened, status.st_size))
@@ -282,8 +285,6 @@ class DryRuns(HostTest):
     def test_meet_the_obstacles_of_the_device(self):
         def put(relative, make):
             path = self.path(relative)
-            if os.path.lexists(path):
-                os.remove(path)
             os.makedirs(os.path.dirname(path), exist_ok=True)
             make(path)
 
@@ -300,11 +301,16 @@ class DryRuns(HostTest):
                 (LOCK, os.mkdir, NOT_MIGRATED),
                 (LOCK, lambda path: os.symlink(elsewhere, path), NOT_MIGRATED),
                 ("var/mobile/Library/Mail", shutil.rmtree, MIGRATED),
-                ("tmp", shutil.rmtree, NOT_MIGRATED)]:
+                ("tmp", shutil.rmtree, NOT_MIGRATED),
+                (EXCHANGE, lambda path: os.mknod(path, 0o000), MIGRATED),
+                (COPIES, lambda path: os.mkdir(path, 0o500), MIGRATED),
+                # The superuser is not held up by any mode.
+                ("var/mobile/Library/Preferences", lambda path: os.chmod(path, 0o500),
+                 NOT_MIGRATED if os.geteuid() else MIGRATED)]:
             with self.subTest(path=relative, code=code):
                 self.root = self.device({ACCOUNTS: {"Version": 3, "Accounts": [
                     account("IMAP", "Mail", "IMAPAccount"), account("LDAP", "LDAP", "LDAPAccount")]}})
-                (make if make is shutil.rmtree else lambda path: put(relative, make))(self.path(relative))
+                put(relative, make)
                 before = untouched(self.root)
                 foretold = self.rows("--dry-run", expect=code)
                 self.assertEqual(untouched(self.root), before)

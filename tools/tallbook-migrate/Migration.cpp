@@ -23,7 +23,7 @@ Migration run(DataMigrator& migrator, const DevicePaths& paths, DeviceState befo
   try {
     migration.isAnswered = migrator.performMigration();
   } catch (const InternalConsistencyFailure& failure) {
-    note(std::string("the installation is broken: ") + failure.what() + "; reinstall it");
+    migration.failure = failure.what();
   }
   migration.isSaved = stampOfFile(paths.accounts) != stamp;
   migration.after = stateOfDevice(paths);

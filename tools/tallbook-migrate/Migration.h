@@ -13,6 +13,7 @@ namespace tallbook::migrate {
 struct Migration {
   DeviceState before, after;
   bool isAnswered = false;  ///< whether it answered that it succeeded
+  std::string failure;      ///< why it gave no answer at all; empty where it did
   bool isSaved = false;     ///< whether the accounts file was replaced
 };
 

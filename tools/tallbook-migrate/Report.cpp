@@ -57,6 +57,7 @@ void printFates(const std::vector<Fate>& fates, const ReportOptions& options) {
   if (fates.empty()) return;
   Table table({"NAME", "TYPE", "IDENTIFIER", "OUTCOME", "HOW AND WHY"}, Table::Shape::Tree);
   std::vector<Table::Row> rows;
+  rows.reserve(fates.size());
   for (const Fate& fate : fates) {
     rows.push_back(table.add({fate.name, fate.type, identifierOf(fate, options),
                               std::string(nameOf(fate.outcome)), fate.text()},

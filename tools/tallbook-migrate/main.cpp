@@ -60,6 +60,10 @@ void CommandLine::declare(CLI::App& app) {
 
 /// Says what the table cannot: a migration that did not do what it should have done.
 Exit judge(const Migration& migration) {
+  if (!migration.failure.empty()) {
+    note("the installation is broken: " + migration.failure + "; reinstall it");
+    return Exit::NotMigrated;
+  }
   if (!migration.isAnswered) {
     note(std::string("the migration answered NO; see the messages above, and --verbose. Without "
                      "any, its lock could not be made: is ") +
@@ -117,6 +121,8 @@ Exit answer(int argc, char** argv) {
   } catch (const std::filesystem::filesystem_error& error) {
     note(std::string("the device cannot be copied: ") + error.what() +
          "; choose another temporary folder with TMPDIR");
+  } catch (const std::exception& error) {
+    note(std::string("the migration ended early: ") + error.what() + "; run it again");
   }
   return Exit::NotMigrated;
 }
