@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <clocale>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 
@@ -113,6 +114,9 @@ Exit answer(int argc, char** argv) {
     const auto migrator = migratorOfModule(module, line.className);
     const auto migrate = line.isDryRun ? previewMigration : migrateDevice;
     return report(migrate(*migrator, line.host, line.replaceUnreadable), line);
+  } catch (const SecondLibrary& failure) {
+    note(failure.what());
+    std::quick_exit(static_cast<int>(Exit::NoModule));
   } catch (const ModuleFailure& failure) {
     note(failure.what());
     return Exit::NoModule;
