@@ -30,30 +30,38 @@ Style styleOf(Outcome outcome) {
   }
 }
 
-JSON jsonOf(const Fate& fate, const std::vector<Fate>& fates, const ReportOptions& options) {
+JSON jsonOf(const Fate& fate, const ReportOptions& options) {
   JSON object = JSON::object();
   object["outcome"] = nameOf(fate.outcome);
   object["name"] = fate.name;
   object["type"] = fate.type;
   object["identifier"] = identifierOf(fate, options);
-  if (fate.parent) object["parent"] = identifierOf(fates[*fate.parent], options);
   object["why"] = fate.why;
   object["steps"] = JSON::array();
   for (const auto& [step, what] : fate.changes.steps) {
     object["steps"].push_back({{"step", step}, {"what", what}});
   }
   object["unexplained"] = fate.changes.unexplained;
+  object["children"] = JSON::array();
   return object;
+}
+
+JSON jsonOf(const std::vector<Fate>& fates, const ReportOptions& options) {
+  JSON families = JSON::array();
+  std::vector<std::size_t> positions;
+  positions.reserve(fates.size());
+  for (const Fate& fate : fates) {
+    JSON& siblings = fate.parent ? families[positions[*fate.parent]]["children"] : families;
+    positions.push_back(siblings.size());
+    siblings.push_back(jsonOf(fate, options));
+  }
+  return families;
 }
 
 }  // namespace
 
 void printFates(const std::vector<Fate>& fates, const ReportOptions& options) {
-  if (options.json) {
-    JSON array = JSON::array();
-    for (const Fate& fate : fates) array.push_back(jsonOf(fate, fates, options));
-    return tool::printJSON(array);
-  }
+  if (options.json) return tool::printJSON(jsonOf(fates, options));
   if (fates.empty()) return;
   Table table({"NAME", "TYPE", "IDENTIFIER", "OUTCOME", "HOW AND WHY"}, Table::Shape::Tree);
   std::vector<Table::Row> rows;
