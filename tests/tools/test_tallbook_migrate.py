@@ -3,6 +3,7 @@
 Usage: test_tallbook_migrate.py MIGRATE TALLBOOK LIBRARY OTHER-MODULE [unittest arguments]
 """
 
+import fcntl
 import json
 import os
 import plistlib
@@ -423,6 +424,20 @@ class SeveralHosts(HostTest):
         self.assertEqual(sorted(outcomes, key=len),
                          [{"unchanged"}] * 3 + [{"added", "converted"}])
         self.assertFalse(os.path.exists(self.path(MAIL)) or os.path.exists(self.path(EXCHANGE)))
+
+    def test_one_that_waits_looks_at_the_device_after_the_other(self):
+        self.write(MAIL, legacy_mail())
+        folder = os.open(os.path.dirname(self.path(ACCOUNTS)), os.O_RDONLY)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        host = self.start("--json")
+        self.assertIn(b"another migration host is at work", host.stderr.readline())
+        # This is the other host, and the device is as a migration leaves it.
+        os.remove(self.path(MAIL))
+        self.write(ACCOUNTS, {"Version": 12, "Accounts": [account("YAHOO", "Yahoo", "YahooAccount")]})
+        os.close(folder)
+        output, _ = host.communicate(timeout=60)
+        self.assertEqual([(row["identifier"], row["outcome"]) for row in json.loads(output)],
+                         [("YAHOO", "unchanged")])
 
     def test_one_that_is_killed_holds_nobody_up(self):
         self.write(ACCOUNTS, {"Version": 0, "Accounts": [
