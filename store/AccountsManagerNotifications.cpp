@@ -138,20 +138,28 @@ void AccountsManager::_sendNotificationsForChangedAccounts() {
     DictionaryRef current;
   };
   std::vector<Change> changes;
-  _originalAccountsByID->forEach([&](const String& identifier, const DictionaryRef& original) {
-    if (!_topLevelAccountsByID->contains(identifier)) {
-      changes.push_back({AccountChange::Removed, identifier, original, nullptr});
-    }
-  });
-  _topLevelAccountsByID->forEach([&](const String& identifier, const auto& account) {
+  const auto compare = [&](const String& identifier, const std::shared_ptr<BasicAccount>& account,
+                           const DictionaryRef& original) {
     const DictionaryRef current = account->propertiesToSave();
-    const DictionaryRef* before = _originalAccountsByID->find(identifier);
-    if (!before) {
-      changes.push_back({AccountChange::Added, identifier, nullptr, current});
-    } else if (!(*before)->sharesStorageWith(*current)) {
-      changes.push_back({AccountChange::Kept, identifier, *before, current});
-    }
-  });
+    if (original->sharesStorageWith(*current)) return;
+    changes.push_back({AccountChange::Kept, identifier, original, current});
+  };
+  if (_topLevelAccountsByID->isFiledLike(*_originalAccountsByID)) {
+    _topLevelAccountsByID->forEachBeside(*_originalAccountsByID, compare);
+  } else {
+    _originalAccountsByID->forEach([&](const String& identifier, const DictionaryRef& original) {
+      if (!_topLevelAccountsByID->contains(identifier)) {
+        changes.push_back({AccountChange::Removed, identifier, original, nullptr});
+      }
+    });
+    _topLevelAccountsByID->forEach([&](const String& identifier, const auto& account) {
+      if (const DictionaryRef* original = _originalAccountsByID->find(identifier)) {
+        compare(identifier, account, *original);
+      } else {
+        changes.push_back({AccountChange::Added, identifier, nullptr, account->propertiesToSave()});
+      }
+    });
+  }
   // Removals, then additions, then kept accounts, each by identifier: the tables have no order.
   const auto group = [](AccountChange kind) {
     return kind == AccountChange::Removed ? 0 : kind == AccountChange::Added ? 1 : 2;

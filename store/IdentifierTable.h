@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -53,6 +54,21 @@ class IdentifierTable {
     const_cast<IdentifierTable*>(this)->takeUp();
     return _entries.size() - _gaps;
   }
+  /// Whether another table has the same identifiers in the same places. Tables filled from one
+  /// list mostly do, and need no look-ups to be compared.
+  template <class Other>
+  bool isFiledLike(const IdentifierTable<Other>& other) const {
+    return std::ranges::equal(_entries, other._entries, {}, &Entry::identifier,
+                              &IdentifierTable<Other>::Entry::identifier);
+  }
+  /// Calls `visit(identifier, value, otherValue)` for each entry of two such tables.
+  template <class Other, class Visit>
+  void forEachBeside(const IdentifierTable<Other>& other, Visit visit) const {
+    for (std::size_t at = 0; at < _entries.size(); ++at) {
+      const auto& [identifier, value] = _entries[at];
+      if (identifier) visit(identifier, value, other._entries[at].value);
+    }
+  }
   /// Calls `visit(identifier, value)` for each entry, in order; `visit` must not change the table.
   template <class Visit>
   void forEach(Visit visit) const {
@@ -63,6 +79,9 @@ class IdentifierTable {
   }
 
  private:
+  template <class Other>
+  friend class IdentifierTable;
+
   struct Entry {
     String identifier;  // null in the gap that a removed entry leaves
     T value;

@@ -302,6 +302,7 @@ class TALLBOOK_EXPORT Dictionary final : public Counted {
 
   Ref<Table> _table;
   bool _frozen;
+  bool _isBeforeTable = false;  ///< in one allocation with its table; such a one is frozen
 };
 
 /// Forward iteration over the entries of a dictionary, in insertion order. Any change of the

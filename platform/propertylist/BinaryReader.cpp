@@ -114,7 +114,7 @@ void BinaryReader::readOpenContainers() {
     } else {
       Dictionary::Table& table = *frame.table;
       String key = readNextKey(frame);
-      table.appendUnsettled(std::move(key), readObject(reference));
+      table.appendMade(std::move(key), [&] { return readObject(reference); });
     }
   }
 }
@@ -247,9 +247,8 @@ Value BinaryReader::openDictionary(Slot& slot, const char* at) {
   const std::string_view references = claimBody(at, 2 * _referenceSize);
   const std::string_view keys = references.substr(0, references.size() / 2);
   const std::size_t count = keys.size() / _referenceSize;
-  Ref<Dictionary::Table> table = count > 0 ? Dictionary::Table::make(count) : nullptr;
-  Dictionary::Table* const entries = table.get();
-  auto dictionary = DictionaryRef(new Dictionary(std::move(table), true));
+  DictionaryRef dictionary = Dictionary::Table::makeDictionary(count);
+  Dictionary::Table* const entries = dictionary->_table.get();
   slot.object = dictionary.get();
   slot.kind = Value::Kind::Dictionary;
   open({&slot, nullptr, entries, keys.data() + keys.size(), keys.data(), count, keys,

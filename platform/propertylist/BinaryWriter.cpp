@@ -76,7 +76,7 @@ BinaryWriter::BinaryWriter(const Extent& extent, std::size_t referenceSize)
   constexpr std::size_t kBytesPerValue = 16;
   const std::size_t most = std::min(extent.values, _mostObjects);
   _offsets.reserve(most);
-  _out.resize(most * kBytesPerValue + kSlack);
+  _out.reserve(most * kBytesPerValue + kSlack);
 }
 
 std::string BinaryWriter::write(const Value& root) {
@@ -302,8 +302,11 @@ void BinaryWriter::putReference(std::size_t at, Number number) noexcept {
   }
 }
 
+// A string's growth writes zeros, so it goes in steps that are overwritten while they are still in
+// the caches.
 void BinaryWriter::grow(std::size_t size) {
-  _out.resize(std::max(_used + size + kSlack, 2 * _out.size()));
+  constexpr std::size_t kStep = 16384;
+  _out.resize(_used + size + kSlack + kStep);
 }
 
 void BinaryWriter::appendTableAndTrailer(Number root) {

@@ -35,7 +35,13 @@ DictionaryRef Dictionary::makeFrozen(std::vector<Entry> entries) {
 }
 
 void Dictionary::destroy(Dictionary* dictionary) noexcept {
-  delete dictionary;
+  if (!dictionary->_isBeforeTable) {
+    delete dictionary;
+    return;
+  }
+  // Its memory goes with the table's last reference, which may be this one.
+  const Ref<Table> table = std::move(dictionary->_table);
+  dictionary->~Dictionary();
 }
 
 std::size_t Dictionary::size() const noexcept {

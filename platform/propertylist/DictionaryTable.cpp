@@ -13,9 +13,22 @@ Ref<Dictionary::Table> Dictionary::Table::make(std::size_t capacity) {
   return Ref<Table>(new (memory) Table(capacity));
 }
 
+DictionaryRef Dictionary::Table::makeDictionary(std::size_t capacity) {
+  static_assert(sizeof(Dictionary) % alignof(Table) == 0);
+  const std::size_t tableSize = sizeof(Table) + capacity * sizeof(Entry);
+  auto* const block = static_cast<char*>(::operator new(sizeof(Dictionary) + tableSize));
+  Ref<Table> table(new (block + sizeof(Dictionary)) Table(capacity));
+  table->_isBehindDictionary = true;
+  auto* const dictionary = new (block) Dictionary(std::move(table), true);
+  dictionary->_isBeforeTable = true;
+  return DictionaryRef(dictionary);
+}
+
 void Dictionary::Table::destroy(Table* table) noexcept {
+  char* const block =
+      reinterpret_cast<char*>(table) - (table->_isBehindDictionary ? sizeof(Dictionary) : 0);
   table->~Table();
-  ::operator delete(table);
+  ::operator delete(block);
 }
 
 Dictionary::Table::~Table() {

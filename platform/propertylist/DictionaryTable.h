@@ -17,6 +17,9 @@ class Dictionary::Table final : public Counted {
   /// An empty table with room for `capacity` entries.
   static Ref<Table> make(std::size_t capacity);
   static void destroy(Table* table) noexcept;
+  /// A frozen dictionary in the same allocation as its table, which is still to be filled: trees
+  /// that are read from files consist of little else. The block lives as long as the table.
+  static DictionaryRef makeDictionary(std::size_t capacity);
 
   std::size_t size() const noexcept { return _size; }
   /// The entries and gaps.
@@ -39,7 +42,12 @@ class Dictionary::Table final : public Counted {
 
   /// Adds an entry last whose key may be there already, for `settle` to sort out.
   void appendUnsettled(String key, Value value) noexcept {
-    new (end()) Entry{std::move(key), std::move(value)};
+    appendMade(std::move(key), [&] { return std::move(value); });
+  }
+  /// The same with the value that `make()` makes, in its place.
+  template <class Make>
+  void appendMade(String key, Make make) {
+    new (end()) Entry{std::move(key), make()};
     ++_used;
     ++_size;
   }
@@ -68,6 +76,7 @@ class Dictionary::Table final : public Counted {
   std::uint32_t _used = 0;
   std::uint32_t _size = 0;
   std::uint32_t _front = 0;
+  bool _isBehindDictionary = false;
   std::unique_ptr<HashIndex> _index;
 };
 
