@@ -20,6 +20,10 @@ std::size_t widthOf(std::uint64_t number) noexcept {
   return (static_cast<std::size_t>(std::bit_width(number | 1)) + 7) / 8;
 }
 
+bool isContainer(const Value& value) noexcept {
+  return value.kind() == Value::Kind::Array || value.kind() == Value::Kind::Dictionary;
+}
+
 std::uint64_t addressOf(std::string_view bytes) noexcept {
   return reinterpret_cast<std::uintptr_t>(bytes.data());
 }
@@ -35,6 +39,9 @@ std::uint64_t hashOf(std::uint64_t bits) noexcept {
 }  // namespace
 
 void BinaryWriter::Extent::add(const Value& value, int depth) {
+  const auto addBelow = [&](const Value& below) {
+    if (isContainer(below)) add(below, depth + 1);
+  };
   const auto enter = [&](std::size_t size) {
     if (depth > kMaximumNesting) throw MalformedPropertyList("containers are nested too deeply");
     ++containers;
@@ -44,11 +51,11 @@ void BinaryWriter::Extent::add(const Value& value, int depth) {
   if (value.kind() == Value::Kind::Array) {
     const ArrayRef array = value.array();
     enter(array->size());
-    for (const Value& element : *array) add(element, depth + 1);
+    for (const Value& element : *array) addBelow(element);
   } else if (value.kind() == Value::Kind::Dictionary) {
     const DictionaryRef dictionary = value.dictionary();
     enter(dictionary->size());
-    for (const Dictionary::Entry& entry : *dictionary) add(entry.value, depth + 1);
+    for (const Dictionary::Entry& entry : *dictionary) addBelow(entry.value);
   }
 }
 
@@ -105,8 +112,9 @@ BinaryWriter::Number BinaryWriter::add(const Value& value) {
 BinaryWriter::Number BinaryWriter::addArray(const Array& array) {
   const Number number = beginContainer(kArray, array.size(), array.size());
   std::size_t at = _used - array.size() * _referenceSize;
-  for (const Value& element : array) {
-    putReference(at, add(element));
+  for (std::size_t i = 0; i < array.size(); ++i) {
+    if (_unique.isLarge() && i + 1 < array.size()) announceValuesOf(array[i + 1]);
+    putReference(at, add(array[i]));
     at += _referenceSize;
   }
   return number;
@@ -115,10 +123,6 @@ BinaryWriter::Number BinaryWriter::addArray(const Array& array) {
 BinaryWriter::Number BinaryWriter::addDictionary(const Dictionary& dictionary) {
   const std::size_t size = dictionary.size();
   const Number number = beginContainer(kDictionary, size, 2 * size);
-  if (_unique.isLarge()) {
-    // What the values need of it is fetched together instead of one after the other.
-    for (const Dictionary::Entry& entry : dictionary) announce(entry.value);
-  }
   std::size_t keyAt = _used - 2 * size * _referenceSize;
   std::size_t valueAt = _used - size * _referenceSize;
   for (const Dictionary::Entry& entry : dictionary) {
@@ -200,7 +204,13 @@ BinaryWriter::Number BinaryWriter::addOnce(Value::Kind kind, std::uint64_t bits,
   return known.number = endUnique(number, known.hash);
 }
 
-/// Fetches what a value that is about to be added needs of the index.
+/// Fetches what the values of a dictionary need of the index, while the one before it is added.
+void BinaryWriter::announceValuesOf(const Value& value) {
+  const DictionaryRef dictionary = value.dictionary();
+  if (!dictionary) return;
+  for (const Dictionary::Entry& entry : *dictionary) announce(entry.value);
+}
+
 void BinaryWriter::announce(const Value& value) {
   const auto fetch = [this](Value::Kind kind, std::uint64_t bits, auto hash) {
     Known& known = _known[knownAt(bits)];

@@ -62,6 +62,7 @@ class BinaryWriter {
   Number addLargeInteger(std::uint64_t number);
   template <class Hash, class Append>
   Number addOnce(Value::Kind kind, std::uint64_t bits, Hash hash, Append append);
+  void announceValuesOf(const Value& value);
   void announce(const Value& value);
 
   Number beginObject();
