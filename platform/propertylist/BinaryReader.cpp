@@ -239,8 +239,21 @@ Value BinaryReader::openArray(Slot& slot, const char* at) {
   array->_elements.reserve(count);
   slot.object = array.get();
   slot.kind = Value::Kind::Array;
-  open({&slot, array.get(), nullptr, references.data(), nullptr, count, {}, nullptr}, count);
+  // Most arrays hold no containers; those need not be opened.
+  const char* next = references.data();
+  std::size_t left = count;
+  for (; left > 0 && !isContainer(referenceAt(next)); --left, next += _referenceSize) {
+    array->_elements.push_back(readObject(referenceAt(next)));
+  }
+  open({&slot, array.get(), nullptr, next, nullptr, left, {}, nullptr}, count);
   return array;
+}
+
+bool BinaryReader::isContainer(std::uint64_t reference) {
+  const Slot& slot = slotOf(reference);
+  if (slot.object) return slot.kind >= Value::Kind::Array;
+  const int family = markerAt(objectAt(slot)) >> 4;
+  return family == kArray || family == kDictionary;
 }
 
 Value BinaryReader::openDictionary(Slot& slot, const char* at) {
@@ -264,7 +277,7 @@ void BinaryReader::open(const Frame& frame, std::size_t count) {
   if (count >= kMostValues) throw MalformedPropertyList("there are too many values");
   frame.slot->unfolded = static_cast<std::uint32_t>(1 + count);
   frame.slot->nesting = 1;
-  if (count > 0) {
+  if (frame.left > 0) {
     frame.slot->isOpen = true;
     _frames.push_back(frame);
   } else if (!_frames.empty()) {

@@ -67,6 +67,7 @@ class BinaryReader {
   Value readData(Slot& slot, const char* at);
   Value openArray(Slot& slot, const char* at);
   Value openDictionary(Slot& slot, const char* at);
+  bool isContainer(std::uint64_t reference);
   void open(const Frame& frame, std::size_t count);
 
   Slot& slotOf(std::uint64_t reference);
