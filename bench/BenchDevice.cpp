@@ -41,6 +41,7 @@ BenchDevice::BenchDevice(std::size_t records, std::size_t childrenPerRecord)
   const std::string group = std::to_string(::getgid());
   writeBytes(_root + "/etc/passwd",
              "mobile:x:" + user + ":" + group + "::/var/mobile:/bin/false\n");
+  fs::create_directories(_root + "/tmp");
   writeBytes(_root + "/etc/group", "mobile:x:" + group + ":\n");
   Platform::install(makeLinuxPlatform({_root, LinuxPlatformOptions::LogSink::Nowhere}));
   writeBytes(AccountsManager::fullPathToTallbookPlist(), _bytes);

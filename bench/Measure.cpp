@@ -4,11 +4,16 @@
 //   decode FILE | encode FILE     nanoseconds of the process's first decode or encode
 //   store RECORDS CHILDREN        medians over several rounds, in nanoseconds
 //   memory RECORDS CHILDREN       growth of the process's peak memory by a load, in bytes
+//   legacy ACCOUNTS | zero ACCOUNTS
+//                                 nanoseconds of a migration of legacy files or of an accounts file
+//                                 of version 0, and of its loads and saves alone
 
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <limits>
+#include <malloc.h>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -18,8 +23,10 @@
 #include "tallbook/PropertyList.h"
 
 #include "bench/BenchDevice.h"
+#include "bench/MigrationFiles.h"
 #include "bench/PropertyListFiles.h"
 #include "bench/Stopwatch.h"
+#include "migration/AccountsDataMigrator.h"
 #include "platform/Platform.h"
 
 namespace tallbook::bench {
@@ -134,13 +141,82 @@ void memory(const Arguments& arguments) {
   print("file", static_cast<double>(readBytes(path).size()));
 }
 
+double readAndDecode(const char* path) {
+  return nanoseconds([&] {
+    std::error_code error;
+    return propertyListFromBytes(Platform::current().fileSystem().readFile(path, error));
+  });
+}
+
+// The loads and saves of a migration, each done by itself: the accounts file as it was read by the
+// decision, the store and the chain, each legacy file, and the store saved once more wherever the
+// migration saves it.
+double loadsAndSaves() {
+  using Self = AccountsDataMigrator;
+  using Step = bool (Self::*)(const Self::Store&);
+  constexpr Step kSteps[] = {&Self::_migrateAccountsFrom7A149, &Self::_migrateAccountsFrom7A150,
+                             &Self::_migrateAccountsFrom7A153, &Self::_migrateAccountsFrom7A241,
+                             &Self::_migrateAccountsFrom7A242, &Self::_migrateAccountsFrom8A293};
+  constexpr Step kSavingSteps[] = {
+      &Self::_migrateAccountsFrom8B117, &Self::_migrateAccountsFrom8C136,
+      &Self::_migrateAccountsFrom8F191, &Self::_migrateAccountsFrom9A182,
+      &Self::_migrateAccountsFrom9A334, &Self::_migrateAccountsFrom9B176};
+  Self migrator;
+  Self::Store store;
+  double taken = nanoseconds([&] { return store = AccountsManager::initInsideOfMigration(); });
+  for (const char* path :
+       {tallbookAccountsPath(), tallbookAccountsPath(), mailAccountsPath(), syncoraAccountPath()}) {
+    taken += readAndDecode(path);
+  }
+  const auto save = [&] { taken += nanoseconds([&] { return store->saveAllAccounts(); }); };
+  if (AccountsManager::_oldMailAccountsInformationFound()) {
+    migrator._migrateSyncoraAccounts(store);
+    migrator._migrateMailAccounts(store);
+  }
+  for (const Step step : kSteps) (migrator.*step)(store);
+  for (const Step step : kSavingSteps) {
+    (migrator.*step)(store);
+    save();
+  }
+  save();
+  return taken;
+}
+
+void migration(Before before, const Arguments& arguments) {
+  const std::size_t accounts = std::stoul(arguments.at(0));
+  const BenchDevice device(0, 0);
+  std::map<std::string, std::vector<double>> figures;
+  // The process keeps its memory, so that both sides find it warm and the whole does not pay for
+  // pages that its parts find there.
+  mallopt(M_MMAP_THRESHOLD, std::numeric_limits<int>::max());
+  mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+  for (int round = 0; round < (accounts > 2000 ? 7 : 15); ++round) {
+    writeFilesBefore(before, accounts);
+    bool migrated = false;
+    figures["migration"].push_back(
+        nanoseconds([&] { return migrated = AccountsDataMigrator().performMigration(); }));
+    if (!migrated) throw std::runtime_error("the migration failed");
+    writeFilesBefore(before, accounts);
+    AccountsManager::_setShouldSkipNotifications(true);
+    figures["loads-and-saves"].push_back(loadsAndSaves());
+    AccountsManager::_setShouldSkipNotifications(false);
+  }
+  for (const auto& [name, values] : figures) print(name.c_str(), median(values));
+}
+
 }  // namespace
 }  // namespace tallbook::bench
 
 int main(int count, char** words) {
   using namespace tallbook::bench;
   const std::map<std::string, std::function<void(const Arguments&)>> measures = {
-      {"make", make}, {"decode", decode}, {"encode", encode}, {"store", store}, {"memory", memory}};
+      {"make", make},
+      {"decode", decode},
+      {"encode", encode},
+      {"store", store},
+      {"memory", memory},
+      {"legacy", [](const Arguments& rest) { migration(Before::LegacyFiles, rest); }},
+      {"zero", [](const Arguments& rest) { migration(Before::VersionZero, rest); }}};
   Arguments arguments(words + 1, words + count);
   try {
     const auto measure = measures.find(arguments.at(0));

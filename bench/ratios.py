@@ -37,6 +37,12 @@ def store(measure, records, children=0):
     return {name: statistics.median(run[name] for run in runs) for name in runs[0]}
 
 
+def migration(measure, kind, accounts):
+    """Medians of a migration's measures over several processes."""
+    runs = [figures(measure, kind, str(accounts)) for _ in range(REPEATS)]
+    return {name: statistics.median(run[name] for run in runs) for name in runs[0]}
+
+
 def ratios(folder):
     """Rows of (measure, ratio, bound, whether the bound is a minimum)."""
     measure = os.path.join(folder, "tallbook-measure")
@@ -62,6 +68,13 @@ def ratios(folder):
     yield "load: time a parent of 5 children, 10,000 / 1,000", growth, 1.5, False
     memory = figures(measure, "memory", "100000", "0")
     yield "peak memory of a load / file, 100,000 records", memory["peak"] / memory["file"], 12, False
+    for kind, name in (("legacy", "legacy files"), ("zero", "version 0")):
+        few, many = (migration(measure, kind, count) for count in (1000, 10000))
+        growth = many["migration"] / few["migration"] / 10
+        yield f"migration of {name}: time an account, 10,000 / 1,000", growth, 1.5, False
+        for count, run in (("1,000", few), ("10,000", many)):
+            share = run["migration"] / run["loads-and-saves"]
+            yield f"migration of {name} / its loads and saves, {count}", share, 1.3, False
     # Its time is to stay the same; the bound leaves room for the caches' share of it.
     look_up = "picoseconds-a-look-up"
     growth = large[look_up] / small[look_up]

@@ -41,7 +41,7 @@ ArrayRef takeEnabledDataclasses(Dictionary& properties) {
     if (!setting.isNumber() || setting.boolValue()) enabled->append(dataclass);
     properties.remove(key);
   }
-  return enabled;
+  return enabled->frozenCopy();
 }
 
 }  // namespace

@@ -142,7 +142,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A241(const Store& store) {
     if (!effective) continue;
     const ArrayRef enabled = effective->mutableCopy();
     enabled->removeAllEqual(kAccountDataclassNotes);
-    account->setAccountPropertyForKey(enabled, kAccountEnabledDataclasses);
+    account->setAccountPropertyForKey(enabled->frozenCopy(), kAccountEnabledDataclasses);
   }
   store->replaceAccountsWithTypesWithAccounts({kVeltroAccountType}, accounts);
   store->setDataVersion(4);
@@ -166,6 +166,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A242(const Store& store) {
     } else if (account->accountClass() == "YahooAccount") {
       account->_forcedSetAccountPropertyForKey(kYahooAccountType, kAccountType);
     }
+    if (!hasClassAmong(*account, {"GmailAccount", "YahooAccount"})) continue;
     for (const Account& calDAV : separate.belongingTo(account)) {
       account->setEnabledForDataclass(true, kAccountDataclassCalendars);
       folded.push_back(calDAV);

@@ -48,7 +48,7 @@ bool repairStatus(BasicAccount& account) {
   }
   const String typeString = Platform::current().hostedServiceLibrary().accountTypeDisplayString();
   if (account.displayName() == "Veltro") account.setDisplayName(typeString);
-  const bool isPrimaryNow = holds(account.enabledDataclasses(), kAccountDataclassDeviceLocator);
+  const bool isPrimaryNow = account.isEnabledForDataclass(kAccountDataclassDeviceLocator);
   if (isPrimaryNow) makePrimary(account);
   account.setAccountPropertyForKey(typeString, kAccountTypeString);
   account.setAccountPropertyForKey(typeString, kAccountShortTypeString);
@@ -66,13 +66,14 @@ void disableSecondaryUse(BasicAccount& account) {
 }
 
 void givePouchetToPrimary(BasicAccount& account) {
+  if (!isPrimary(account)) return;
   const ArrayRef provisioned = account.provisionedDataclasses();
-  if (!isPrimary(account) || !holds(provisioned, kAccountDataclassUbiquity)) return;
+  if (!holds(provisioned, kAccountDataclassUbiquity)) return;
   if (!holds(provisioned, kAccountDataclassPouchet)) {
     consoleLog("AccountsDataMigrator: Provisioning Pouchet data class in primary account");
     const ArrayRef extended = provisioned->mutableCopy();
     extended->append(kAccountDataclassPouchet);
-    account.setAccountPropertyForKey(extended, kAccountProvisionedDataclasses);
+    account.setAccountPropertyForKey(extended->frozenCopy(), kAccountProvisionedDataclasses);
   }
   if (account.isEnabledForDataclass(kAccountDataclassUbiquity)) {
     consoleLog("AccountsDataMigrator: Enabling Pouchet data class in primary account");
@@ -99,7 +100,7 @@ void AccountsDataMigrator::_enableProvisioningForDataClassToAccountIfChildAccoun
   consoleLog("AccountsDataMigrator: Enabling provisioning for dataclass " + dataclass.str());
   const ArrayRef extended = provisioned->mutableCopy();
   extended->append(dataclass);
-  account->setAccountPropertyForKey(extended, kAccountProvisionedDataclasses);
+  account->setAccountPropertyForKey(extended->frozenCopy(), kAccountProvisionedDataclasses);
 }
 
 bool AccountsDataMigrator::_tetheredDisabledInSources(const std::vector<String>& sources) {
@@ -111,7 +112,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom9A182(const Store& store) {
   bool isPrimaryMade = false;
   for (const Account& account : store->allBasicSyncableAccounts()) {
     if (holds(account->supportedDataclasses(), kAccountDataclassReminders) &&
-        holds(account->enabledDataclasses(), kAccountDataclassCalendars)) {
+        account->isEnabledForDataclass(kAccountDataclassCalendars)) {
       account->setEnabledForDataclass(true, kAccountDataclassReminders);
     }
     if (account->accountClass() == "OAAccount") isPrimaryMade |= repairStatus(*account);
@@ -153,7 +154,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom9B176(const Store& store) {
   for (const Account& account :
        store->basicAccountsWithTypes({kOrvaneAccountType, kVeltroAccountType})) {
     givePouchetToPrimary(*account);
-    if (holds(account->enabledDataclasses(), kAccountDataclassBookmarks)) {
+    if (account->isEnabledForDataclass(kAccountDataclassBookmarks)) {
       Platform::current().bookmarksLibrary().cloudTabsWereSwitchedOn();
     }
   }

@@ -44,11 +44,17 @@ constexpr std::array<Restriction, 5> kRestrictions{{
 
 /// The list with each string once.
 std::vector<Value> withoutRepetitions(const Array& list) {
+  constexpr std::size_t kFew = 32;  // there are fewer dataclasses
   std::vector<Value> members;
+  members.reserve(list.size() + 1);
   std::unordered_set<std::string_view, KeyedStringHash> seen;
+  const auto isNew = [&](const Value& element, std::string_view text) {
+    if (list.size() > kFew) return seen.insert(text).second;
+    return std::find(members.begin(), members.end(), element) == members.end();
+  };
   for (const Value& element : list) {
     const auto text = element.stringView();
-    if (!text || seen.insert(*text).second) members.push_back(element);
+    if (!text || isNew(element, *text)) members.push_back(element);
   }
   return members;
 }
@@ -69,17 +75,18 @@ ArrayRef BasicAccount::supportedDataclasses() const {
 
 ArrayRef BasicAccount::provisionedDataclasses() const {
   const ArrayRef supported = supportedDataclasses();
-  const ArrayRef stored = arrayForKey(kAccountProvisionedDataclasses);
-  const std::vector<String> restricted = _profileRestrictedDataclasses();
   std::vector<Value> provisioned;
   for (Value& dataclass : withoutRepetitions(*supported)) {
-    const bool isRestricted =
-        std::find(restricted.begin(), restricted.end(), dataclass.string()) != restricted.end();
-    if (!isRestricted && (!stored || stored->contains(dataclass))) {
-      provisioned.push_back(std::move(dataclass));
-    }
+    const bool isProvisioned = isProvisionedForDataclass(dataclass.stringView().value_or(""));
+    if (isProvisioned) provisioned.push_back(std::move(dataclass));
   }
   return Array::make(std::move(provisioned));
+}
+
+bool BasicAccount::isProvisionedForDataclass(std::string_view dataclass) const {
+  const ArrayRef stored = arrayForKey(kAccountProvisionedDataclasses);
+  return (!stored || stored->contains(dataclass)) && supportedDataclasses()->contains(dataclass) &&
+         !restrictionOnDataclass(dataclass);
 }
 
 ArrayRef BasicAccount::enabledDataclasses() const {
@@ -97,9 +104,14 @@ ArrayRef BasicAccount::enabledDataclasses() const {
   return Array::make(std::move(enabled));
 }
 
+// As `enabledDataclasses` would answer, without asking device management about the other ones.
 bool BasicAccount::isEnabledForDataclass(std::string_view dataclass) const {
-  const ArrayRef enabled = enabledDataclasses();
-  return enabled && enabled->contains(dataclass);
+  if (_parentAccount) {
+    const ArrayRef inherited = _parentAccount->enabledDataclasses();
+    if (inherited && !inherited->empty()) return inherited->contains(dataclass);
+  }
+  const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
+  return stored && stored->contains(dataclass) && isProvisionedForDataclass(dataclass);
 }
 
 void BasicAccount::setEnabledForDataclass(bool enabled, const String& dataclass) {
@@ -112,12 +124,16 @@ void BasicAccount::_forcedSetEnabledForDataclass(bool enabled, const String& dat
   const ArrayRef stored = (*_properties)[kAccountEnabledDataclasses].array();
   std::vector<Value> members = stored ? withoutRepetitions(*stored) : std::vector<Value>();
   const auto found = std::find(members.begin(), members.end(), Value(dataclass));
+  const bool isAsWanted = enabled == (found != members.end());
+  if (isAsWanted && stored && members.size() == stored->size()) return;
   if (enabled && found == members.end()) {
     members.emplace_back(dataclass);
   } else if (!enabled && found != members.end()) {
     members.erase(found);
   }
-  setAccountPropertyForKey(Array::make(std::move(members)), kAccountEnabledDataclasses);
+  // Frozen, so that the record and its snapshots go on sharing what they hold.
+  setAccountPropertyForKey(Array::make(std::move(members))->frozenCopy(),
+                           kAccountEnabledDataclasses);
 }
 
 void BasicAccount::setEnabledForDataclasses(const ArrayRef& dataclasses) {
