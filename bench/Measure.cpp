@@ -3,6 +3,7 @@
 //   make FILE RECORDS CHILDREN    writes an accounts file
 //   decode FILE | encode FILE     nanoseconds of the process's first decode or encode
 //   store RECORDS CHILDREN        medians over several rounds, in nanoseconds
+//   first RECORDS                 nanoseconds of the process's first load and first save
 //   memory RECORDS CHILDREN       growth of the process's peak memory by a load, in bytes
 //   legacy ACCOUNTS | zero ACCOUNTS
 //                                 nanoseconds of a migration of legacy files or of an accounts file
@@ -114,6 +115,27 @@ void store(const Arguments& arguments) {
   for (const auto& [name, values] : figures) print(name.c_str(), median(values));
 }
 
+// The accounts file is made by another process of this program, so that this one is fresh.
+void makeInAnotherProcess(const std::string& program, const std::string& records,
+                          const std::string& children) {
+  const std::string command = "\"" + program + "\" make \"" +
+                              AccountsManager::fullPathToTallbookPlist() + "\" " + records + " " +
+                              children;
+  if (std::system(command.c_str()) != 0) throw std::runtime_error("no accounts file");
+}
+
+void first(const Arguments& arguments) {
+  const BenchDevice device(0, 0);
+  makeInAnotherProcess(arguments.at(1), arguments.at(0), "0");
+  std::shared_ptr<AccountsManager> store;
+  print("load", nanoseconds([&] { return store = AccountsManager::init(); }));
+  const auto account = store->accountWithIdentifier(identifierOf(0));
+  account->setAccountPropertyForKey(1, "PortNumber");
+  bool saved = false;
+  print("save", nanoseconds([&] { return saved = store->saveAllAccounts(); }));
+  if (!saved) throw std::runtime_error("the save failed");
+}
+
 // The resource usage that the kernel counts for a process starts with that of the program that
 // started it; this figure belongs to the program's own memory.
 double peakMemory() {
@@ -125,20 +147,15 @@ double peakMemory() {
   throw std::runtime_error("the system does not tell the peak memory");
 }
 
-// The accounts file is made by another process of this program, whose path is the last argument:
-// the memory for making it would hide that of the load.
 void memory(const Arguments& arguments) {
   const BenchDevice device(0, 0);
-  const std::string path = AccountsManager::fullPathToTallbookPlist();
-  const std::string command = "\"" + arguments.at(2) + "\" make \"" + path + "\" " +
-                              arguments.at(0) + " " + arguments.at(1);
-  if (std::system(command.c_str()) != 0) throw std::runtime_error("no accounts file");
+  makeInAnotherProcess(arguments.at(2), arguments.at(0), arguments.at(1));
   const double before = peakMemory();
   const auto loaded = AccountsManager::init();
   const double after = peakMemory();
   if (loaded->count() != std::stoul(arguments.at(0))) throw std::runtime_error("nothing loaded");
   print("peak", after - before);
-  print("file", static_cast<double>(readBytes(path).size()));
+  print("file", static_cast<double>(readBytes(AccountsManager::fullPathToTallbookPlist()).size()));
 }
 
 double readAndDecode(const char* path) {
@@ -214,6 +231,7 @@ int main(int count, char** words) {
       {"decode", decode},
       {"encode", encode},
       {"store", store},
+      {"first", first},
       {"memory", memory},
       {"legacy", [](const Arguments& rest) { migration(Before::LegacyFiles, rest); }},
       {"zero", [](const Arguments& rest) { migration(Before::VersionZero, rest); }}};

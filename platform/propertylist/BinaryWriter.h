@@ -15,8 +15,7 @@
 namespace tallbook {
 
 /// Writes one tree in the binary encoding: each container where it occurs, every other object once,
-/// told apart by its encoded bytes. Reals keep their 64 bits, the width being part of a number's
-/// type to other readers.
+/// told apart by its encoded bytes. Reals take 64 bits, which hold every one that was read.
 class BinaryWriter {
  public:
   /// The encoded tree. Throws MalformedPropertyList.

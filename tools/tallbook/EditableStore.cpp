@@ -6,12 +6,25 @@
 #include "tools/common/Output.h"
 
 namespace tallbook::tool {
+namespace {
+
+void warnOfOldVersion(const AccountsFile& file) {
+  const Value version = file.content ? (*file.content)[kPlistVersionKey] : Value();
+  if (!version.isNumber() || version.unsignedValue() >= AccountsManager::currentVersion()) return;
+  note("the accounts file is of version " + std::to_string(version.integerValue()) +
+       "; once it is saved it reads as current, and its upgrade does not run any more: better run "
+       "tallbook-migrate first");
+}
+
+}  // namespace
+
 EditableStore::EditableStore(const Options& options) : _file(readAccountsFile()) {
   if (_file.state == AccountsFile::State::Unreadable && !options.replaceUnreadable) {
     throw unreadable(_file,
                      "saving would lose every account in it; restore it from a copy, or repeat "
                      "the command with --replace-unreadable");
   }
+  warnOfOldVersion(_file);
   const ArrayRef records = _file.records();
   _store = AccountsManager::initWithAccounsInfoArray(records);
   if (records && records->size() > _store->count()) {
