@@ -26,6 +26,7 @@
 #include "bench/BenchDevice.h"
 #include "bench/MigrationFiles.h"
 #include "bench/PropertyListFiles.h"
+#include "bench/QuietConsole.h"
 #include "bench/Stopwatch.h"
 #include "migration/AccountsDataMigrator.h"
 #include "platform/Platform.h"
@@ -202,6 +203,7 @@ double loadsAndSaves() {
 void migration(Before before, const Arguments& arguments) {
   const std::size_t accounts = std::stoul(arguments.at(0));
   const BenchDevice device(0, 0);
+  const QuietConsole quiet;
   std::map<std::string, std::vector<double>> figures;
   // The process keeps its memory, so that both sides find it warm and the whole does not pay for
   // pages that its parts find there.

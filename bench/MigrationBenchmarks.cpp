@@ -2,6 +2,7 @@
 
 #include "bench/BenchDevice.h"
 #include "bench/MigrationFiles.h"
+#include "bench/QuietConsole.h"
 #include "migration/AccountsDataMigrator.h"
 
 namespace tallbook::bench {
@@ -9,6 +10,7 @@ namespace {
 
 void Migrate(benchmark::State& state, Before before) {
   const BenchDevice device(0, 0);
+  const QuietConsole quiet;
   for (auto _ : state) {
     state.PauseTiming();
     writeFilesBefore(before, static_cast<std::size_t>(state.range(0)));

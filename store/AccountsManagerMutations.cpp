@@ -115,7 +115,7 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
              [] { return std::string("Replacing accounts"); });
   AccountTable givenByID;
   for (const auto& given : accounts) {
-    if (const String identifier = given->identifier()) {
+    if (const String identifier = given ? given->identifier() : nullptr) {
       givenByID[identifier] = given;
     }
   }
@@ -146,7 +146,7 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
   std::ranges::reverse(*newList);
 
   for (const auto& given : accounts) {
-    if (placed.contains(given.get())) continue;
+    if (!given || placed.contains(given.get())) continue;
     if (given->parentAccount()) {
       moveChild(given, *newTable);
       continue;

@@ -95,12 +95,12 @@ std::vector<String> AccountsManager::_notifierClassNamesForAccountTypeDataclass(
 
 void AccountsManager::accountWillChangeForDataclass(const std::shared_ptr<BasicAccount>& account,
                                                     const String& dataclass) {
-  tellNotifiers(*account, dataclass, &PlugInClass::accountWillChangeForDataclass);
+  if (account) tellNotifiers(*account, dataclass, &PlugInClass::accountWillChangeForDataclass);
 }
 
 void AccountsManager::accountDidChangeForDataclass(const std::shared_ptr<BasicAccount>& account,
                                                    const String& dataclass) {
-  tellNotifiers(*account, dataclass, &PlugInClass::accountDidChangeForDataclass);
+  if (account) tellNotifiers(*account, dataclass, &PlugInClass::accountDidChangeForDataclass);
 }
 
 void AccountsManager::_addNotificationToDictionaryForChangeTypeOriginalPropertiesCurrentProperties(

@@ -88,7 +88,7 @@ class TALLBOOK_EXPORT AccountsManager {
   /// The on-device account; its record is made, not saved, when the store has none.
   std::shared_ptr<BasicAccount> fullDeviceLocalAccount();
 
-  // Changes. In memory only, until the store is saved.
+  // Changes. In memory only, until the store is saved. A null record changes nothing.
 
   /// Puts the record in place of the stored one with its identifier; nothing when there is none.
   void updateAccount(const std::shared_ptr<BasicAccount>& account);

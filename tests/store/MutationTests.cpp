@@ -36,6 +36,9 @@ TEST_F(AChangedStore, InsertsUpdatesAndDeletesByIdentifier) {
   store->updateAccount(e1);
   EXPECT_EQ(store->accountWithIdentifier("e1"), e1);
   store->updateAccount(made(record("stranger")));
+  store->insertAccount(nullptr);
+  store->replaceAccountWithAccount(nullptr, e1);
+  store->replaceAccountsWithTypesWithAccounts({}, {nullptr});
   store->deleteAccount(made(record("stranger")));
   store->deleteAccountWithIdentifier("c");
   EXPECT_EQ(order(*store), "m1 e1 m2 p");
