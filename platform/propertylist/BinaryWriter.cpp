@@ -226,15 +226,14 @@ void BinaryWriter::announce(const Value& value) {
 }
 
 BinaryWriter::Number BinaryWriter::beginObject() {
-  const std::size_t number = _offsets.size();
-  if (number >= _mostObjects) throw TooManyObjects();
   _offsets.push_back(_used);
-  return static_cast<Number>(number);
+  return static_cast<Number>(_offsets.size() - 1);
 }
 
 BinaryWriter::Number BinaryWriter::beginContainer(Family family, std::size_t size,
                                                   std::size_t references) {
   const Number number = beginObject();
+  if (number >= _mostObjects) throw TooManyObjects();
   appendMarker(family, size);
   room(references * _referenceSize);
   _used += references * _referenceSize;
@@ -250,6 +249,7 @@ BinaryWriter::Number BinaryWriter::endUnique(Number number, std::uint64_t hash) 
     return std::memcmp(_out.data() + _offsets[other], object.data(), object.size()) == 0;
   });
   if (earlier == HashIndex::kNone) {
+    if (number >= _mostObjects) throw TooManyObjects();
     _unique.insert(hash, number);
     return number;
   }

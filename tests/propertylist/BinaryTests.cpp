@@ -154,15 +154,20 @@ TEST(TheBinaryWriter, StoresEachDistinctObjectOnceInTheSmallestWidths) {
   EXPECT_EQ(sizeOf({300, 300}), sizeOf({300}) + 1);
   EXPECT_EQ(sizeOf({300, 1}), sizeOf({300}) + 1 + 1 + 2);
   EXPECT_EQ(sizeOf({0.5, Date{0.5}}), sizeOf({0.5}) + 1 + 1 + 9);
-  // 256 objects are told apart by one byte, 257 by two.
-  std::vector<Value> containers(255, Array::make());
-  const auto referenceSize = [&] {
-    const std::string bytes = *binaryPropertyList(Array::make(containers));
+  // 256 objects are told apart by one byte, 257 by two, however often they occur.
+  const auto referenceSize = [](const std::vector<Value>& elements) {
+    const std::string bytes = *binaryPropertyList(Array::make(elements));
     return int{bytes[bytes.size() - 25]};
   };
-  EXPECT_EQ(referenceSize(), 1);
-  containers.emplace_back(Array::make());
-  EXPECT_EQ(referenceSize(), 2);
+  std::vector<Value> containers(255, Array::make());
+  std::vector<Value> texts;
+  for (int number = 0; number < 255; ++number) texts.emplace_back(std::to_string(number));
+  texts.emplace_back("0");
+  for (std::vector<Value>* elements : {&containers, &texts}) {
+    EXPECT_EQ(referenceSize(*elements), 1);
+    elements->emplace_back(Array::make());
+    EXPECT_EQ(referenceSize(*elements), 2);
+  }
 }
 
 TEST(TheBinaryWriter, DependsOnContentAlone) {
