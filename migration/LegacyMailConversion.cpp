@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 #include "migration/AccountsDataMigrator.h"
 #include "migration/Console.h"
 #include "migration/LegacyFile.h"
+#include "migration/StepHelpers.h"
 #include "platform/OncePerPlatform.h"
 #include "store/TBRuntimeFixMailAccount.h"
 
@@ -46,12 +48,24 @@ const MailAccountClass& mailAccountClassNamed(std::string_view name) {
   return other;
 }
 
-// An account that an interrupted migration converted before, and wrapped, comes back as the child
-// that it has become: its identifier is filed under its umbrella account.
+// Whether the umbrella account has a child of the account's identifier and class.
+bool holdsWrapped(const BasicAccount& umbrella, const BasicAccount& account) {
+  const ArrayRef children = umbrella.accountPropertyForKey(kAccountChildAccounts).array();
+  return children && std::ranges::any_of(*children, [&](const Value& element) {
+           const DictionaryRef child = element.dictionary();
+           return child && (*child)[kAccountIdentifier].string() == account.identifier() &&
+                  (*child)[kAccountClass].string() == account.accountClass();
+         });
+}
+
+// A hosted-service account that an interrupted migration converted before, and wrapped, comes back
+// as the child that it has become.
 void keepWrapped(const AccountsManager& store, const AccountsManager::AccountList& accounts) {
   for (const auto& account : accounts) {
+    if (!isHostedMailAccount(*account)) continue;
     const auto filed = store.accountWithIdentifier(account->identifier());
-    if (filed && !(filed->identifier() == account->identifier())) account->setParentAccount(filed);
+    const bool isUmbrella = filed && filed->type() == kOrvaneAccountType;
+    if (isUmbrella && holdsWrapped(*filed, *account)) account->setParentAccount(filed);
   }
 }
 

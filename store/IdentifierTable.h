@@ -88,6 +88,8 @@ class IdentifierTable {
   };
 
   std::uint32_t positionOf(std::string_view identifier) {
+    // A null identifier is nobody's, the empty one may be somebody's.
+    if (!identifier.data()) return HashIndex::kNone;
     if (_entries.empty()) return HashIndex::kNone;  // as the children of most stores
     takeUp();
     return indexedPositionOf(identifier, keyedHash(identifier));

@@ -1,6 +1,7 @@
 #include "platform/propertylist/BinaryReader.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "platform/propertylist/BinaryFormat.h"
 #include "platform/propertylist/Limits.h"
@@ -46,8 +47,15 @@ double readDouble(const char* at) noexcept {
   return std::bit_cast<double>(readNumber(at, 8));
 }
 
-float readFloat(const char* at) noexcept {
-  return std::bit_cast<float>(static_cast<std::uint32_t>(readNumber(at, 4)));
+/// A 32-bit real as the 64-bit one of the same value. What is no number keeps its bits, which a
+/// conversion would change.
+double readFloat(const char* at) noexcept {
+  const auto bits = static_cast<std::uint32_t>(readNumber(at, 4));
+  const auto real = std::bit_cast<float>(bits);
+  if (!std::isnan(real)) return real;
+  const std::uint64_t sign = bits >> 31;
+  const std::uint64_t fraction = bits & 0x7fffff;
+  return std::bit_cast<double>(sign << 63 | 0x7ff0000000000000 | fraction << 29);
 }
 
 }  // namespace
@@ -166,7 +174,7 @@ Value BinaryReader::readNew(Slot& slot, const char* at) {
       break;
     case kReal:
       if (marker == kReal64) return readDouble(body(8).data());
-      if (marker == kReal32) return static_cast<double>(readFloat(body(4).data()));
+      if (marker == kReal32) return readFloat(body(4).data());
       break;
     case kDates:
       if (marker == kDate) return Date{readDouble(body(8).data())};

@@ -133,6 +133,31 @@ TEST_F(ADamagedLegacyFile, ThatUsesAnIdentifierTwiceGivesAllItsAccounts) {
   EXPECT_EQ(users, "server one two  ") << "the last is the on-device account";
 }
 
+// Only an account that a migration wrapped goes back to where it was.
+TEST_F(ADamagedLegacyFile, ThatHasTheIdentifierOfSomebodysChildTakesNobodysPlace) {
+  for (const char* parentType : {"Mail", "Exchange"}) {
+    SCOPED_TRACE(parentType);
+    arrange(Dictionary::make());
+    const DictionaryRef child =
+        Dictionary::make({{"Type", "CalDAV"}, {"Class", "CalDAVAccount"}, {"Identifier", "x"}});
+    writeAccounts({Dictionary::make({{"Type", parentType},
+                                     {"Class", "IMAPAccount"},
+                                     {"Identifier", "p"},
+                                     {"ChildAccounts", Array::make({child})}})});
+    test::writePropertyList(
+        legacyMailPath(),
+        Dictionary::make(
+            {{"MailAccounts", Array::make({Dictionary::make(
+                                  {{"AccountType", "IMAPAccount"}, {"uniqueId", "x"}})})}}));
+    EXPECT_TRUE(migrate());
+    // The stored mail account gives way with its child; every other parent keeps its own.
+    const bool givesWay = parentType == std::string("Mail");
+    EXPECT_EQ(stored(), givesWay ? "x" : "p x");
+    const Value children = (*(*readAccounts())[0].dictionary())["ChildAccounts"];
+    EXPECT_EQ(children, givesWay ? Value() : Value(Array::make({child})));
+  }
+}
+
 // Whatever bytes a file has, the accounts of one that goes must be in the accounts file.
 TEST_F(ADamagedLegacyFile, GoesOnlyWithItsAccountsInTheAccountsFile) {
   const ArrayRef accounts = Array::make();

@@ -79,6 +79,12 @@ TEST(TheBinaryReader, ReadsEveryKindOfEveryWidth) {
   }
 }
 
+TEST(TheBinaryReader, KeepsTheBitsOfWhatIsNoNumber) {
+  const auto value = read(file({"\x22\xff\xa0\0\x01"s}));
+  ASSERT_TRUE(value);
+  EXPECT_EQ(*value, Value(std::bit_cast<double>(0xfff4000020000000)));
+}
+
 TEST(TheBinaryReader, SharesWhatTheFileShares) {
   const auto value = read(file({"\xa2\x01\x01"s, "\xd1\x02\x02"s, "\x51k"s}));
   ASSERT_TRUE(value);

@@ -50,6 +50,17 @@ TEST_F(AChangedStore, InsertsUpdatesAndDeletesByIdentifier) {
   EXPECT_TRUE(logContains("Deleting account: "));
 }
 
+TEST_F(AChangedStore, TellsTheEmptyIdentifierFromNone) {
+  store = AccountsManager::initWithAccounsInfoArray(Array::make(
+      {record(""),
+       Dictionary::make(
+           {{"Type", kMailAccountType}, {"Class", "IMAPAccount"}, {"Identifier", 5}})}));
+  store->deleteAccountWithIdentifier("");
+  ASSERT_EQ(store->count(), 1u);
+  EXPECT_EQ(store->allBasicAccounts()->front()->accountPropertyForKey("Identifier"), Value(5));
+  EXPECT_FALSE(store->accountWithIdentifier(""));
+}
+
 TEST_F(AChangedStore, ReplacesOneRecordInANewList) {
   const auto before = store->allBasicAccounts();
   store->replaceAccountWithAccount(made(record("m1")), made(record("x")));

@@ -100,7 +100,7 @@ class FileCheck {
     if (!(loaded == className)) {
       add("repaired", place, "its class " + quoted(className) + " becomes " + quoted(loaded));
     }
-    checkIdentifier(place, *record, false);
+    checkIdentifier(place, *record);
     if (!record->contains(kAccountIdentifier)) {
       add("repaired", place, "it has no identifier and receives a new one");
     }
@@ -128,7 +128,7 @@ class FileCheck {
         add("ignored", childPlace, record ? fault + "; it stays in " + place : fault);
         continue;
       }
-      checkIdentifier(childPlace, *record, true);
+      checkIdentifier(childPlace, *record);
       if (!record->contains(kAccountIdentifier)) {
         add("ambiguous", childPlace, "it has no identifier and receives another at every load");
       }
@@ -139,16 +139,13 @@ class FileCheck {
     }
   }
 
-  void checkIdentifier(const std::string& place, const Dictionary& record, bool isChild) {
+  void checkIdentifier(const std::string& place, const Dictionary& record) {
     const String identifier = record[kAccountIdentifier].string();
     if (!identifier) return;
     const auto [first, isNew] = _places.emplace(identifier.str(), place);
     if (isNew) return;
     add("ambiguous", place,
-        "it has the identifier of " + first->second +
-            (isChild ? ", and look-ups find only one of the two"
-                     : ", and look-ups find only one of the two, whose values the next save may "
-                       "write for both"));
+        "it has the identifier of " + first->second + ", and look-ups find only one of the two");
   }
 
   void checkKeys(const std::string& place, const Dictionary& record) {
