@@ -1,5 +1,6 @@
 #include "platform/linux/FileDescriptor.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,23 +20,25 @@ std::error_code whyNotReadable(const struct stat& status) {
   return {};
 }
 
-// `expected` bytes may turn out to be fewer or more when somebody writes meanwhile.
+// `expected` bytes may turn out to be fewer or more when somebody writes meanwhile. A string's
+// growth writes zeros, so it goes in pieces that are read into while they are still in the caches.
 std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
-  std::string bytes(expected + 1, '\0');
-  std::size_t used = 0;
-  for (;;) {
+  constexpr std::size_t kPiece = std::size_t{1} << 18;
+  std::string bytes;
+  bytes.reserve(expected + 1);
+  for (std::size_t used = 0;;) {
+    bytes.resize(used + (used <= expected ? std::min(expected + 1 - used, kPiece) : kPiece));
     const ssize_t got = ::read(fd, bytes.data() + used, bytes.size() - used);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) {
       error = lastSystemError();
       return {};
     }
-    if (got == 0) break;
     used += static_cast<std::size_t>(got);
-    if (used == bytes.size()) bytes.resize(bytes.size() * 2);
+    if (got > 0) continue;
+    bytes.resize(used);
+    return bytes;
   }
-  bytes.resize(used);
-  return bytes;
 }
 
 }  // namespace
