@@ -2,9 +2,11 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/Host.h"
+#include "tallbook/Vocabulary.h"
 
 namespace {
 
@@ -45,6 +47,16 @@ TEST_F(TheExampleModule, RefreshesWhatIsTurnedOn) {
   EXPECT_TRUE(
       account->refreshContainerWithIdentifierForDataclass("x", "com.orvane.Dataclass.Mail"));
   EXPECT_FALSE(account->refreshContainerListForDataclass("com.orvane.Dataclass.Notes"));
+}
+
+TEST_F(TheExampleModule, MayHoldUpAMigration) {
+  auto lock = AccountsManager::createAndLockMigrationLock();
+  ASSERT_TRUE(lock);
+  const std::string held =
+      "flock --nonblock " + (folder / "device").string() + kAccountMigrationLockFilename + " true";
+  EXPECT_NE(std::system(held.c_str()), 0);
+  AccountsManager::releaseMigrationLock(std::move(lock));
+  EXPECT_EQ(std::system(held.c_str()), 0);
 }
 
 // Its class stands in the library itself, which the new device finds where it expects it.

@@ -163,6 +163,17 @@ TEST_F(ABasicAccount, CombinesItsDataclassLists) {
   EXPECT_EQ(words(make(nullptr, "T")->supportedDataclasses()), all);
 }
 
+TEST_F(ABasicAccount, IsNotChangedByASwitchThatIsSetAlready) {
+  const auto account = make(nullptr);
+  account->setEnabledForDataclass(true, kAccountDataclassMail);
+  account->setOriginalProperties(account->properties());
+  account->setEnabledForDataclass(true, kAccountDataclassMail);
+  account->setEnabledForDataclass(false, kAccountDataclassNotes);
+  EXPECT_TRUE(account->properties()->sharesStorageWith(*account->originalProperties()));
+  account->setEnabledForDataclass(false, kAccountDataclassMail);
+  EXPECT_FALSE(account->properties()->sharesStorageWith(*account->originalProperties()));
+}
+
 TEST_F(ABasicAccount, SwitchesOnlyWhatItsTypeSupports) {
   const auto record = make(Dictionary::make({{"Enabled Dataclasses", "wrong kind"}}));
   const auto stored = [&] { return words((*record->properties())["Enabled Dataclasses"].array()); };
