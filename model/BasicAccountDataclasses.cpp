@@ -59,6 +59,20 @@ std::vector<Value> withoutRepetitions(const Array& list) {
   return members;
 }
 
+/// Whether the record's list of provisioned dataclasses, null where it has none, and device
+/// management let a record that supports the dataclass have it.
+bool isAllowed(const ArrayRef& provisioned, std::string_view dataclass) {
+  return (!provisioned || provisioned->contains(dataclass)) &&
+         !BasicAccount::restrictionOnDataclass(dataclass);
+}
+
+/// What the parent has enabled and its children with it; null where they choose for themselves.
+ArrayRef enabledByParent(const std::shared_ptr<BasicAccount>& parent) {
+  if (!parent) return nullptr;
+  ArrayRef enabled = parent->enabledDataclasses();
+  return enabled && !enabled->empty() ? enabled : nullptr;
+}
+
 }  // namespace
 
 ArrayRef BasicAccount::arrayForKey(std::string_view key) const {
@@ -75,25 +89,17 @@ ArrayRef BasicAccount::supportedDataclasses() const {
 
 ArrayRef BasicAccount::provisionedDataclasses() const {
   const ArrayRef supported = supportedDataclasses();
+  const ArrayRef stored = arrayForKey(kAccountProvisionedDataclasses);
   std::vector<Value> provisioned;
   for (Value& dataclass : withoutRepetitions(*supported)) {
-    const bool isProvisioned = isProvisionedForDataclass(dataclass.stringView().value_or(""));
-    if (isProvisioned) provisioned.push_back(std::move(dataclass));
+    if (isAllowed(stored, dataclass.stringView().value_or("")))
+      provisioned.push_back(std::move(dataclass));
   }
   return Array::make(std::move(provisioned));
 }
 
-bool BasicAccount::isProvisionedForDataclass(std::string_view dataclass) const {
-  const ArrayRef stored = arrayForKey(kAccountProvisionedDataclasses);
-  return (!stored || stored->contains(dataclass)) && supportedDataclasses()->contains(dataclass) &&
-         !restrictionOnDataclass(dataclass);
-}
-
 ArrayRef BasicAccount::enabledDataclasses() const {
-  if (_parentAccount) {
-    if (ArrayRef inherited = _parentAccount->enabledDataclasses(); inherited && !inherited->empty())
-      return inherited;
-  }
+  if (ArrayRef inherited = enabledByParent(_parentAccount)) return inherited;
   const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
   if (!stored) return nullptr;
   const ArrayRef provisioned = provisionedDataclasses();
@@ -106,12 +112,11 @@ ArrayRef BasicAccount::enabledDataclasses() const {
 
 // As `enabledDataclasses` would answer, without asking device management about the other ones.
 bool BasicAccount::isEnabledForDataclass(std::string_view dataclass) const {
-  if (_parentAccount) {
-    const ArrayRef inherited = _parentAccount->enabledDataclasses();
-    if (inherited && !inherited->empty()) return inherited->contains(dataclass);
-  }
+  if (const ArrayRef inherited = enabledByParent(_parentAccount))
+    return inherited->contains(dataclass);
   const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
-  return stored && stored->contains(dataclass) && isProvisionedForDataclass(dataclass);
+  return stored && stored->contains(dataclass) && supportedDataclasses()->contains(dataclass) &&
+         isAllowed(arrayForKey(kAccountProvisionedDataclasses), dataclass);
 }
 
 void BasicAccount::setEnabledForDataclass(bool enabled, const String& dataclass) {

@@ -30,8 +30,13 @@ class IdentifierTable {
   }
   /// The value filed under the identifier, which must not be null; a new one where there is none.
   T& operator[](const String& identifier) {
-    if (T* found = find(identifier)) return *found;
+    takeUp();
+    const std::uint64_t hash = keyedHash(identifier);
+    const std::uint32_t at = indexedPositionOf(identifier, hash);
+    if (at != HashIndex::kNone) return _entries[at].value;
     _entries.push_back({identifier, T()});
+    _index.insert(hash, static_cast<std::uint32_t>(_indexed));
+    ++_indexed;
     return _entries.back().value;
   }
   /// Null for an unknown identifier; valid until the table changes.

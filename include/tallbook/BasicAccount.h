@@ -195,7 +195,6 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// The nearest value of that kind, the record's own or an ancestor's; null when nobody has one.
   String stringForKey(std::string_view key) const;
   ArrayRef arrayForKey(std::string_view key) const;
-  bool isProvisionedForDataclass(std::string_view dataclass) const;
 
   DictionaryRef _originalProperties;
   DictionaryRef _properties;

@@ -243,7 +243,7 @@ Value BinaryReader::readData(Slot& slot, const char* at) {
 Value BinaryReader::openArray(Slot& slot, const char* at) {
   const std::string_view references = claimBody(at, _referenceSize);
   const std::size_t count = references.size() / _referenceSize;
-  ArrayRef array = ArrayRef(new Array({}, true));
+  ArrayRef array(new Array({}, true));
   array->_elements.reserve(count);
   slot.object = array.get();
   slot.kind = Value::Kind::Array;

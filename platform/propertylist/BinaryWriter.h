@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -81,6 +80,12 @@ class BinaryWriter {
     return _out.data() + _used;
   }
   void grow(std::size_t size);
+  /// Where a value of those bits is remembered. Addresses end in zeros, small numbers begin with
+  /// them: a product's high bits depend on both.
+  static std::size_t knownAt(std::uint64_t bits) noexcept {
+    constexpr std::uint64_t kGoldenRatio = 0x9e3779b97f4a7c15;
+    return bits * kGoldenRatio >> 56;
+  }
 
   /// What every write may run past its end (`writeNumber`).
   static constexpr std::size_t kSlack = 8;
@@ -94,12 +99,6 @@ class BinaryWriter {
   HashIndex _unique;
   // Keys, shared strings and small numbers come again and again: the last values met.
   std::array<Known, 256> _known;
-  /// Where a value of those bits is remembered. Addresses end in zeros, small numbers begin with
-  /// them: a product's high bits depend on both.
-  static std::size_t knownAt(std::uint64_t bits) noexcept {
-    constexpr std::uint64_t kGoldenRatio = 0x9e3779b97f4a7c15;
-    return bits * kGoldenRatio >> 56;
-  }
 };
 
 }  // namespace tallbook
