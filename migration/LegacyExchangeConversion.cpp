@@ -4,7 +4,6 @@
 #include "tallbook/Vocabulary.h"
 
 #include "migration/AccountsDataMigrator.h"
-#include "migration/Console.h"
 #include "migration/LegacyFile.h"
 
 namespace tallbook {
@@ -49,32 +48,20 @@ ArrayRef takeEnabledDataclasses(Dictionary& properties) {
 bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
   LegacyFile file(syncoraAccountPath());
   if (file.hasEntries()) _foundOldSyncoraAccountsToMigrate = true;
-  const ArrayRef descriptions = file.descriptions("SyncoraAccountsKey");
   collate("OldExchangeAccount", file.contents());
 
-  UniqueIdentifiers identifiers;
-  AccountsManager::AccountList accounts;
-  bool converted = true;
-  for (const Value& description : *descriptions) {
-    Account account = _convertExchangeAccountDescription(description.dictionary());
-    if (!account) {
-      consoleLog(
-          "-[AccountsDataMigrator(Internal) _migrateSyncoraAccounts:]. Could not convert the "
-          "description for the Exchange account " +
-          description.description());
-      converted = false;
-      break;
-    }
-    identifiers.claim(*account);
-    accounts.push_back(std::move(account));
-  }
-  if (converted) {
+  const auto accounts = file.accountsMadeOf(
+      "SyncoraAccountsKey",
+      [this](const DictionaryRef& each) { return _convertExchangeAccountDescription(each); },
+      "-[AccountsDataMigrator(Internal) _migrateSyncoraAccounts:]. Could not convert the "
+      "description for the Exchange account ");
+  if (accounts) {
     if (!file.wasUnderstood()) keepAccountsOfTypes(store, {kExchangeAccountType});
-    store->replaceAccountsWithTypesWithAccounts({kExchangeAccountType}, accounts);
+    store->replaceAccountsWithTypesWithAccounts({kExchangeAccountType}, *accounts);
   }
-  _oldSyncoraFile = converted && file.wasUnderstood() ? OldFile::Converted : OldFile::NotConverted;
+  _oldSyncoraFile = accounts && file.wasUnderstood() ? OldFile::Converted : OldFile::NotConverted;
   file.removeOriginal();
-  return converted;
+  return accounts.has_value();
 }
 
 AccountsDataMigrator::Account AccountsDataMigrator::_convertExchangeAccountDescription(

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 
-#include "tallbook/BasicAccount.h"
+#include "tallbook/AccountsManager.h"
 #include "tallbook/Value.h"
 
 #include "platform/propertylist/KeyedHash.h"
@@ -21,28 +23,26 @@ class LegacyFile {
   /// Its top level; null when it is missing or holds no dictionary.
   const DictionaryRef& contents() const noexcept { return _contents; }
   bool hasEntries() const noexcept { return _contents && !_contents->empty(); }
-  /// The array under the key; an empty one where there is none.
-  ArrayRef descriptions(std::string_view key);
+  using Convert = std::function<std::shared_ptr<BasicAccount>(const DictionaryRef& description)>;
+  /// The accounts that `convert` makes of the descriptions in the array under the key; none where
+  /// there is no array. Nullopt when it makes null of one, which the console learns of after
+  /// `complaint`.
+  std::optional<AccountsManager::AccountList> accountsMadeOf(std::string_view key,
+                                                             const Convert& convert,
+                                                             const std::string& complaint);
   /// Whether all that was asked of it was understood. What was not must not be removed.
   bool wasUnderstood() const noexcept { return _contents && _hasOnlyArrays; }
   /// Removes the file of the same name that ends in ".original", where there is one.
   void removeOriginal() const;
 
  private:
+  ArrayRef descriptions(std::string_view key);
+  void claimIdentifier(BasicAccount& account);
+
   std::string _path;
   DictionaryRef _contents;
   bool _hasOnlyArrays = true;
-};
-
-/// The identifiers that the accounts of one legacy file have received. A store holds one account
-/// under an identifier; where a damaged file gives one to two accounts, the second must not take
-/// the first one's place.
-class UniqueIdentifiers {
- public:
-  /// Gives the account identifiers of its own when another has its identifier already.
-  void claim(BasicAccount& account);
-
- private:
+  /// The identifiers that the file's accounts have received.
   std::unordered_set<std::string, KeyedStringHash> _claimed;
 };
 

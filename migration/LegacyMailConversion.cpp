@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -6,7 +5,6 @@
 #include "tallbook/Vocabulary.h"
 
 #include "migration/AccountsDataMigrator.h"
-#include "migration/Console.h"
 #include "migration/LegacyFile.h"
 #include "migration/StepHelpers.h"
 #include "platform/OncePerPlatform.h"
@@ -50,12 +48,10 @@ const MailAccountClass& mailAccountClassNamed(std::string_view name) {
 
 // Whether the umbrella account has a child of the account's identifier and class.
 bool holdsWrapped(const BasicAccount& umbrella, const BasicAccount& account) {
-  const ArrayRef children = umbrella.accountPropertyForKey(kAccountChildAccounts).array();
-  return children && std::ranges::any_of(*children, [&](const Value& element) {
-           const DictionaryRef child = element.dictionary();
-           return child && (*child)[kAccountIdentifier].string() == account.identifier() &&
-                  (*child)[kAccountClass].string() == account.accountClass();
-         });
+  return hasChildWhich(umbrella, [&](const Dictionary& child) {
+    return child[kAccountIdentifier].string() == account.identifier() &&
+           child[kAccountClass].string() == account.accountClass();
+  });
 }
 
 // A hosted-service account that an interrupted migration converted before, and wrapped, comes back
@@ -91,24 +87,13 @@ bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
   if (file.hasEntries()) _foundOldMailAccountsToMigrate = true;
   collate("OldMailAccounts", file.contents());
 
-  UniqueIdentifiers identifiers;
-  const auto converted = [&](std::string_view key, const String& type,
-                             const char* kind) -> std::optional<AccountsManager::AccountList> {
-    AccountsManager::AccountList accounts;
-    const ArrayRef descriptions = file.descriptions(key);
-    for (const Value& description : *descriptions) {
-      Account account = _convertMailAccountDescriptionType(description.dictionary(), type);
-      if (!account) {
-        consoleLog(
-            "-[AccountsDataMigrator(Internal) _migrateMailAccounts:]. Could not convert the "
-            "description for the " +
-            std::string(kind) + " account " + description.description());
-        return std::nullopt;
-      }
-      identifiers.claim(*account);
-      accounts.push_back(std::move(account));
-    }
-    return accounts;
+  const auto converted = [&](std::string_view key, const String& type, const std::string& kind) {
+    return file.accountsMadeOf(
+        key,
+        [&](const DictionaryRef& each) { return _convertMailAccountDescriptionType(each, type); },
+        "-[AccountsDataMigrator(Internal) _migrateMailAccounts:]. Could not convert the "
+        "description for the " +
+            kind + " account ");
   };
   const auto outgoing = converted("DeliveryAccounts", kSMTPAccountType, "delivery");
   const auto incoming =

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tallbook/Vocabulary.h"
+
 namespace tallbook {
 
 bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::string_view> classes) {
@@ -15,6 +17,15 @@ bool isActive(const BasicAccount& account, bool absent) {
 
 bool isHostedMailAccount(const BasicAccount& account) {
   return hasClassAmong(account, {"VeltroAccount", "PendrelAccount"});
+}
+
+bool hasChildWhich(const BasicAccount& account,
+                   const std::function<bool(const Dictionary& child)>& isWanted) {
+  const ArrayRef children = account.accountPropertyForKey(kAccountChildAccounts).array();
+  return children && std::ranges::any_of(*children, [&](const Value& element) {
+           const DictionaryRef child = element.dictionary();
+           return child && isWanted(*child);
+         });
 }
 
 bool holds(const ArrayRef& dataclasses, const String& dataclass) {

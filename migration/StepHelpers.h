@@ -1,11 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <string_view>
 
 #include "migration/AccountsDataMigrator.h"
 
-/// What several version steps do alike.
+/// What several conversions and version steps do alike.
 namespace tallbook {
 
 bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::string_view> classes);
@@ -15,6 +16,10 @@ bool isActive(const BasicAccount& account, bool absent);
 
 /// Whether the account is one of the earlier hosted service's mail accounts, by its class.
 bool isHostedMailAccount(const BasicAccount& account);
+
+/// Whether one of the account's children is as wanted.
+bool hasChildWhich(const BasicAccount& account,
+                   const std::function<bool(const Dictionary& child)>& isWanted);
 
 /// Whether a list of dataclasses, null allowed, holds one.
 bool holds(const ArrayRef& dataclasses, const String& dataclass);

@@ -65,15 +65,20 @@ void disableSecondaryUse(BasicAccount& account) {
   account.setEnabledForDataclass(false, kAccountDataclassKeyValue);
 }
 
+// Provisions one more dataclass than the account's list in effect holds.
+void provision(BasicAccount& account, const String& dataclass, const ArrayRef& provisioned) {
+  const ArrayRef extended = provisioned->mutableCopy();
+  extended->append(dataclass);
+  account.setAccountPropertyForKey(extended->frozenCopy(), kAccountProvisionedDataclasses);
+}
+
 void givePouchetToPrimary(BasicAccount& account) {
   if (!isPrimary(account)) return;
   const ArrayRef provisioned = account.provisionedDataclasses();
   if (!holds(provisioned, kAccountDataclassUbiquity)) return;
   if (!holds(provisioned, kAccountDataclassPouchet)) {
     consoleLog("AccountsDataMigrator: Provisioning Pouchet data class in primary account");
-    const ArrayRef extended = provisioned->mutableCopy();
-    extended->append(kAccountDataclassPouchet);
-    account.setAccountPropertyForKey(extended->frozenCopy(), kAccountProvisionedDataclasses);
+    provision(account, kAccountDataclassPouchet, provisioned);
   }
   if (account.isEnabledForDataclass(kAccountDataclassUbiquity)) {
     consoleLog("AccountsDataMigrator: Enabling Pouchet data class in primary account");
@@ -85,11 +90,8 @@ void givePouchetToPrimary(BasicAccount& account) {
 
 bool AccountsDataMigrator::_accountHasChildAccountOfType(const Account& account,
                                                          std::string_view type) {
-  const ArrayRef children = account->accountPropertyForKey(kAccountChildAccounts).array();
-  return children && std::ranges::any_of(*children, [&](const Value& element) {
-           const DictionaryRef child = element.dictionary();
-           return child && (*child)[kAccountType].stringView() == type;
-         });
+  return hasChildWhich(
+      *account, [&](const Dictionary& child) { return child[kAccountType].stringView() == type; });
 }
 
 void AccountsDataMigrator::_enableProvisioningForDataClassToAccountIfChildAccountExistsOfType(
@@ -98,9 +100,7 @@ void AccountsDataMigrator::_enableProvisioningForDataClassToAccountIfChildAccoun
   const ArrayRef provisioned = account->provisionedDataclasses();
   if (holds(provisioned, dataclass)) return;
   consoleLog("AccountsDataMigrator: Enabling provisioning for dataclass " + dataclass.str());
-  const ArrayRef extended = provisioned->mutableCopy();
-  extended->append(dataclass);
-  account->setAccountPropertyForKey(extended->frozenCopy(), kAccountProvisionedDataclasses);
+  provision(*account, dataclass, provisioned);
 }
 
 bool AccountsDataMigrator::_tetheredDisabledInSources(const std::vector<String>& sources) {
