@@ -17,10 +17,6 @@ namespace {
 using tool::DictionaryFile;
 using State = DictionaryFile::State;
 
-bool isHostedClass(const std::string& className) {
-  return className == "VeltroAccount" || className == "PendrelAccount";
-}
-
 class Fates {
  public:
   Fates(const DeviceState& before, const DeviceState& after,
@@ -28,8 +24,7 @@ class Fates {
       : _stateBefore(before),
         _stateAfter(after),
         _matches(before, after),
-        _gone(before, after, _matches, whyDropped),
-        _entryVersion(_matches.entryVersion()) {
+        _gone(before, after, _matches, whyDropped) {
     for (const Entry& entry : _matches.before()) {
       _identifiersBefore.insert(entry.text(kAccountIdentifier));
       if (!entry.isLegacy()) _identifiersBefore.insert(entry.text("uniqueId"));
@@ -46,10 +41,10 @@ class Fates {
       _placesOfGone[place] = _fates.size();
       _fates.push_back(fateOfGone(before[place]));
     }
-    addUnreadable(_stateBefore.legacyExchange, _stateAfter.legacyExchange, "legacy Exchange file",
-                  {"SyncoraAccountsKey"});
-    addUnreadable(_stateBefore.legacyMail, _stateAfter.legacyMail, "legacy mail file",
-                  {"DeliveryAccounts", "MailAccounts"});
+    addUnreadable(_stateBefore.legacyExchange, _stateAfter.legacyExchange,
+                  {Source::LegacyExchange});
+    addUnreadable(_stateBefore.legacyMail, _stateAfter.legacyMail,
+                  {Source::LegacyOutgoing, Source::LegacyIncoming});
     return std::move(_fates);
   }
 
@@ -78,7 +73,8 @@ class Fates {
     }
     const Entry& was = _matches.before()[*placeBefore];
     if (!now.record || !was.record) return fate;
-    fate.changes = explain({*baseline(was, now), *now.record, parentClassOf(now)}, _entryVersion);
+    fate.changes =
+        explain({*baseline(was, now), *now.record, parentClassOf(now)}, _matches.entryVersion());
     const bool isWrapped = !was.parent && now.parent && isUmbrella(*now.parent);
     if (isWrapped) {
       fate.changes.add("8B117", "wrapped in an umbrella account");
@@ -88,7 +84,7 @@ class Fates {
     fate.outcome = outcomeOf(was, fate.changes, isWrapped);
     if (_matches.isMet(was)) fate.why = "kept before the legacy account of its identifier";
     if (was.isLegacy()) {
-      fate.why = "from the " + nameOfFile(was);
+      fate.why = "from the " + nameOfFile(was.source);
       if (_gone.isFileThere(was)) fate.why += ", which could not be removed";
     }
     return fate;
@@ -111,7 +107,7 @@ class Fates {
   /// Whether the account was made to hold a mail account of the earlier hosted service.
   bool isUmbrella(std::size_t place) const {
     const Entry& entry = _matches.after()[place];
-    return _entryVersion <= kWrappingFrom && !_matches.placeBefore(place) &&
+    return _matches.entryVersion() <= kWrappingFrom && !_matches.placeBefore(place) &&
            entry.text(kAccountType) == kOrvaneAccountType &&
            isHostedClass(entry.text(kAccountClass));
   }
@@ -150,7 +146,8 @@ class Fates {
     const Entry& now = _matches.after()[place];
     if (isUmbrella(place)) {
       explainUmbrella(place, fate);
-    } else if (_entryVersion <= kDeviceLocalFrom && fate.type == kOnMyDeviceAccountType.view()) {
+    } else if (_matches.entryVersion() <= kDeviceLocalFrom &&
+               fate.type == kOnMyDeviceAccountType.view()) {
       fate.changes.add("7A153", "the account of the device itself");
     } else if (!now.parent) {
       fate.changes.unexplained.emplace_back("added");
@@ -169,7 +166,7 @@ class Fates {
       const Value& enabled = (*_matches.before()[*was].record)[kAccountEnabledDataclasses];
       if (!enabled.isNull()) given->set(kAccountEnabledDataclasses, enabled);
     }
-    fate.changes = explain({*given, *after[place].record, nullptr}, _entryVersion);
+    fate.changes = explain({*given, *after[place].record, nullptr}, _matches.entryVersion());
     fate.changes.add("8B117", "umbrella account");
   }
 
@@ -192,15 +189,16 @@ class Fates {
 
   /// Says where accounts may stand that could not be read.
   void addUnreadable(const DictionaryFile& before, const DictionaryFile& after,
-                     const std::string& name, std::initializer_list<const char*> lists) {
+                     std::initializer_list<Source> sources) {
     std::string why = before.state == State::Unreadable ? before.problem : "";
-    for (const char* key : lists) {
+    for (const Source source : sources) {
+      const std::string_view key = keyOfAccounts(source);
       const Value list = before.content ? (*before.content)[key] : Value();
       if (!list.isNull() && !list.array()) why = "\"" + std::string(key) + "\" is no array";
     }
     if (why.empty()) return;
     Fate fate;
-    fate.name = "(" + name + ")";
+    fate.name = "(" + nameOfFile(*sources.begin()) + ")";
     const bool isGone = after.state == State::Missing;
     fate.outcome = isGone ? Outcome::Dropped : Outcome::NotConverted;
     fate.why = why + (isGone ? "; it is gone" : "; it stays where it is");
@@ -211,7 +209,6 @@ class Fates {
   const DeviceState& _stateAfter;
   AccountMatches _matches;
   GoneAccounts _gone;
-  std::uint64_t _entryVersion;
   std::unordered_set<std::string> _identifiersBefore;
   std::unordered_map<std::size_t, std::size_t> _placesOfGone;
   std::vector<Fate> _fates;

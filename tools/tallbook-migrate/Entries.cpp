@@ -30,8 +30,7 @@ void asMailRecord(Dictionary& record, Source source) {
   if (source == Source::LegacyOutgoing && !record.contains(kAccountClass)) {
     record.set(kAccountClass, "SMTPAccount");
   }
-  const String className = record[kAccountClass].string();
-  if (className == "VeltroAccount" || className == "PendrelAccount") {
+  if (isHostedClass(record[kAccountClass].string())) {
     const String username = record[kAccountUsername].string();
     const auto at = username.view().find('@');
     if (at != std::string_view::npos) record.set(kAccountUsername, username.view().substr(0, at));
@@ -58,9 +57,9 @@ void asExchangeRecord(Dictionary& record) {
   record.set(kAccountEnabledDataclasses, enabled);
 }
 
-void addLegacy(std::vector<Entry>& entries, const tool::DictionaryFile& file, std::string_view key,
-               Source source) {
-  const ArrayRef descriptions = file.content ? (*file.content)[key].array() : nullptr;
+void addLegacy(std::vector<Entry>& entries, const tool::DictionaryFile& file, Source source) {
+  const ArrayRef descriptions =
+      file.content ? (*file.content)[keyOfAccounts(source)].array() : nullptr;
   if (!descriptions) return;
   for (const Value& element : *descriptions) {
     DictionaryRef record = element.dictionary();
@@ -91,8 +90,26 @@ std::string nameOf(const Entry& entry, const std::vector<Entry>& list) {
   return entry.record ? "(no name)" : "(no account)";
 }
 
-std::string nameOfFile(const Entry& entry) {
-  return entry.source == Source::LegacyExchange ? "legacy Exchange file" : "legacy mail file";
+std::string nameOfFile(Source source) {
+  return source == Source::LegacyExchange ? "legacy Exchange file" : "legacy mail file";
+}
+
+std::string_view keyOfAccounts(Source source) {
+  switch (source) {
+    case Source::AccountsFile:
+      return kPlistAccountsKey.view();
+    case Source::LegacyExchange:
+      return "SyncoraAccountsKey";
+    case Source::LegacyOutgoing:
+      return "DeliveryAccounts";
+    case Source::LegacyIncoming:
+      return "MailAccounts";
+  }
+  return {};
+}
+
+bool isHostedClass(std::string_view className) {
+  return className == "VeltroAccount" || className == "PendrelAccount";
 }
 
 std::vector<Entry> entriesOf(const tool::AccountsFile& file) {
@@ -116,9 +133,9 @@ std::vector<Entry> entriesOf(const tool::AccountsFile& file) {
 
 std::vector<Entry> entriesOf(const DeviceState& state) {
   std::vector<Entry> entries = entriesOf(state.accounts);
-  addLegacy(entries, state.legacyExchange, "SyncoraAccountsKey", Source::LegacyExchange);
-  addLegacy(entries, state.legacyMail, "DeliveryAccounts", Source::LegacyOutgoing);
-  addLegacy(entries, state.legacyMail, "MailAccounts", Source::LegacyIncoming);
+  addLegacy(entries, state.legacyExchange, Source::LegacyExchange);
+  addLegacy(entries, state.legacyMail, Source::LegacyOutgoing);
+  addLegacy(entries, state.legacyMail, Source::LegacyIncoming);
   return entries;
 }
 

@@ -32,8 +32,13 @@ struct Entry {
 /// looked up in `list`.
 std::string nameOf(const Entry& entry, const std::vector<Entry>& list);
 
-/// "legacy mail file" or "legacy Exchange file", for a legacy account.
-std::string nameOfFile(const Entry& entry);
+/// "legacy mail file" or "legacy Exchange file", for a legacy source.
+std::string nameOfFile(Source source);
+/// The key under which a file lists the accounts of the source.
+std::string_view keyOfAccounts(Source source);
+
+/// Whether it is the class of the earlier hosted service's mail accounts.
+bool isHostedClass(std::string_view className);
 
 /// The records of an accounts file, each before its children.
 std::vector<Entry> entriesOf(const tool::AccountsFile& file);

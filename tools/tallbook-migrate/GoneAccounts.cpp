@@ -58,8 +58,8 @@ GoneAccounts::Reason GoneAccounts::reasonOf(const Entry& was) const {
 GoneAccounts::Reason GoneAccounts::reasonOfLegacy(const Entry& was) const {
   if (isFileThere(was)) {
     return {Outcome::NotConverted, was.text(kAccountClass).empty()
-                                       ? "it has no class; kept in the " + nameOfFile(was)
-                                       : "kept in the " + nameOfFile(was)};
+                                       ? "it has no class; kept in the " + nameOfFile(was.source)
+                                       : "kept in the " + nameOfFile(was.source)};
   }
   if (_identifiersAfter.contains(was.text(kAccountIdentifier))) {
     return {Outcome::Replaced, "the accounts file has an account of its identifier already"};

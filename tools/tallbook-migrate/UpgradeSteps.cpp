@@ -6,6 +6,7 @@
 
 #include "tallbook/Vocabulary.h"
 
+#include "tools/tallbook-migrate/Entries.h"
 #include "tools/tallbook-migrate/RecordChanges.h"
 
 namespace tallbook::migrate {
@@ -46,7 +47,7 @@ bool isMailClass(const Subject& subject) {
 }
 
 bool isHosted(const Subject& subject) {
-  return hasClass(subject, {"VeltroAccount", "PendrelAccount"});
+  return isHostedClass(subject.after[kAccountClass].string());
 }
 
 bool isPrimary(const Subject& subject) {
