@@ -46,10 +46,10 @@ String AccountsDataMigrator::dataClassName() const {
 }
 
 bool AccountsDataMigrator::performMigration() {
-  std::shared_ptr<LockHold> lock = AccountsManager::createAndLockMigrationLock();
+  const std::shared_ptr<LockHold> lock = AccountsManager::createAndLockMigrationLock();
   // A failure thrown by a step gives the lock back as well: its owner is this frame.
   const bool result = lock && executeMigrationSteps();
-  AccountsManager::releaseMigrationLock(std::move(lock));
+  AccountsManager::releaseMigrationLock(lock);
   return result;
 }
 

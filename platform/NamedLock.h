@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace tallbook {
@@ -10,6 +12,9 @@ namespace tallbook {
 class LockHold {
  public:
   virtual ~LockHold() = default;
+
+  /// Ends the hold at once, whoever else shares the object. A second time nothing happens.
+  virtual void release() noexcept = 0;
 };
 
 /// Exclusive locks between processes, by name.
@@ -17,9 +22,12 @@ class NamedLock {
  public:
   virtual ~NamedLock() = default;
 
+  /// Hears who holds a lock: "process 4711 (name of its program)", or that nobody can tell.
+  using LongWait = std::function<void(std::string_view holder)>;
+
   /// Waits, without limit, until no other holder has the name, and holds it. Null when the lock
-  /// cannot be made.
-  virtual std::unique_ptr<LockHold> lock(std::string_view name) = 0;
+  /// cannot be made. A wait that gets long is told to `longWait` once, on the waiting thread.
+  virtual std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait = {}) = 0;
 };
 
 }  // namespace tallbook

@@ -6,6 +6,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
+#include "platform/NamedLock.h"
 #include "platform/Platform.h"
 #include "store/AccountsFile.h"
 #include "store/TBRuntimeFixProtocol.h"
@@ -28,18 +29,30 @@ void requireOutParameter(const bool* parameter, const char* failure) {
   if (!parameter) throw InternalConsistencyFailure(failure);
 }
 
+/// Whoever waits long is told in the library log, and by `longWait`, who holds the lock.
+std::unique_ptr<LockHold> holdMigrationLock(std::string_view operation,
+                                            const AccountsManager::LongWait& longWait) {
+  return Platform::current().namedLock().lock(kMigrationLockName, [&](std::string_view holder) {
+    logMessage(operation, [&] {
+      return std::string("Waiting for the migration lock, held by ").append(holder);
+    });
+    if (longWait) longWait(holder);
+  });
+}
+
 }  // namespace
 
 std::shared_ptr<LockHold> AccountsManager::createAndLockMigrationLock() {
-  return Platform::current().namedLock().lock(kMigrationLockName);
+  return holdMigrationLock("+[AccountsManager(MigrationSupport) createAndLockMigrationLock]", {});
 }
 
-void AccountsManager::releaseMigrationLock(std::shared_ptr<LockHold> lock) {
-  lock.reset();
+void AccountsManager::releaseMigrationLock(const std::shared_ptr<LockHold>& lock) {
+  if (lock) lock->release();
 }
 
-void AccountsManager::waitForMigrationToFinish() {
-  releaseMigrationLock(createAndLockMigrationLock());
+bool AccountsManager::waitForMigrationToFinish(const LongWait& longWait) {
+  return holdMigrationLock("+[AccountsManager(MigrationSupport) waitForMigrationToFinish]",
+                           longWait) != nullptr;
 }
 
 bool AccountsManager::tallbookNeedsToBeMigrated() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -140,10 +141,13 @@ class TALLBOOK_EXPORT AccountsManager {
   /// Waits until no other process migrates and holds the migration lock; null when it cannot be
   /// made.
   static std::shared_ptr<LockHold> createAndLockMigrationLock();
-  /// Gives the lock up, unless others share it still. Null is allowed.
-  static void releaseMigrationLock(std::shared_ptr<LockHold> lock);
-  /// Blocks while a migration runs.
-  static void waitForMigrationToFinish();
+  /// Unlocks the lock, whoever else shares it. Null is allowed.
+  static void releaseMigrationLock(const std::shared_ptr<LockHold>& lock);
+  /// Hears of whoever holds the migration lock, as "process 4711 (name of its program)".
+  using LongWait = std::function<void(std::string_view holder)>;
+  /// Blocks while a migration runs. False, at once, when the lock cannot be made: whether one runs
+  /// cannot be told then. After a second of waiting `longWait` is called, once, on this thread.
+  static bool waitForMigrationToFinish(const LongWait& longWait = {});
   /// Whether the accounts file's version is older than `currentVersion`.
   static bool tallbookNeedsToBeMigrated();
   /// Sets which migration work is needed. Throws InternalConsistencyFailure for a null pointer.

@@ -4,8 +4,10 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/LockHolder.h"
 
 namespace tallbook {
 namespace {
@@ -15,8 +17,14 @@ constexpr mode_t kForAll = S_IRUSR | S_IRGRP | S_IROTH;
 class FileLockHold final : public LockHold {
  public:
   explicit FileLockHold(FileDescriptor file) : _file(std::move(file)) {}
-  // Unlocked by name, not by closing alone: a process forked meanwhile has the file open too.
-  ~FileLockHold() override { ::flock(_file.get(), LOCK_UN); }
+  ~FileLockHold() override { release(); }
+
+  void release() noexcept override {
+    if (!_file) return;
+    // Unlocked by name, not by closing alone: a process forked meanwhile has the file open too.
+    ::flock(_file.get(), LOCK_UN);
+    static_cast<void>(_file.close());
+  }
 
  private:
   FileDescriptor _file;
@@ -40,12 +48,30 @@ FileDescriptor openOrCreate(const std::string& path) {
   }
 }
 
-bool waitForLock(const FileDescriptor& file) {
+// One try, which waits for the present holder or does not; true when the lock is held.
+bool tryLock(const FileDescriptor& file, int howToWait) {
   int result;
   do {
-    result = ::flock(file.get(), LOCK_EX);
+    result = ::flock(file.get(), LOCK_EX | howToWait);
   } while (result != 0 && errno == EINTR);
   return result == 0;
+}
+
+// The kernel's own wait has no end, and ending it by a signal would meddle with the program's. So
+// the first while goes by in short sleeps, and whoever waits longer hears for whom.
+bool waitForLock(const FileDescriptor& file, std::chrono::milliseconds patience,
+                 const NamedLock::LongWait& longWait) {
+  constexpr std::chrono::milliseconds kPause{5};
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (!tryLock(file, LOCK_NB)) {
+    if (errno != EWOULDBLOCK) return false;
+    if (std::chrono::steady_clock::now() >= end) {
+      if (longWait) longWait(holderOfLockOn(file));
+      return tryLock(file, 0);
+    }
+    std::this_thread::sleep_for(kPause);
+  }
+  return true;
 }
 
 bool isRegular(const FileDescriptor& file) {
@@ -64,12 +90,12 @@ bool isStillAt(const std::string& path, const FileDescriptor& file) {
 
 }  // namespace
 
-std::unique_ptr<LockHold> LinuxNamedLock::lock(std::string_view name) {
+std::unique_ptr<LockHold> LinuxNamedLock::lock(std::string_view name, const LongWait& longWait) {
   if (name.empty() || name.find('/') != std::string_view::npos) return nullptr;
   const std::string path = _folder + std::string(name);
   for (;;) {
     FileDescriptor file = openOrCreate(path);
-    if (!file || !isRegular(file) || !waitForLock(file)) return nullptr;
+    if (!file || !isRegular(file) || !waitForLock(file, _patience, longWait)) return nullptr;
     if (isStillAt(path, file)) return std::make_unique<FileLockHold>(std::move(file));
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "platform/NamedLock.h"
@@ -7,18 +8,23 @@
 namespace tallbook {
 
 /// Advisory locks on files named after the locks in the folder tmp below the root. Users of every
-/// account can wait for and take them; the files stay behind, empty.
+/// account can wait for and take them, unless the device made the file for one of them; the files
+/// stay behind, empty.
 ///
 /// A lock cannot be made where something other than a regular file, a symbolic link included, was
 /// planted at its path.
 class LinuxNamedLock final : public NamedLock {
  public:
-  explicit LinuxNamedLock(const std::string& root) : _folder(root + "/tmp/") {}
+  /// `patience` is how long a wait may be before it counts as long.
+  explicit LinuxNamedLock(const std::string& root,
+                          std::chrono::milliseconds patience = std::chrono::seconds(1))
+      : _folder(root + "/tmp/"), _patience(patience) {}
 
-  std::unique_ptr<LockHold> lock(std::string_view name) override;
+  std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait) override;
 
  private:
   std::string _folder;
+  std::chrono::milliseconds _patience;
 };
 
 }  // namespace tallbook

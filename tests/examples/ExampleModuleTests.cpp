@@ -50,12 +50,12 @@ TEST_F(TheExampleModule, RefreshesWhatIsTurnedOn) {
 }
 
 TEST_F(TheExampleModule, MayHoldUpAMigration) {
-  auto lock = AccountsManager::createAndLockMigrationLock();
+  const auto lock = AccountsManager::createAndLockMigrationLock();
   ASSERT_TRUE(lock);
   const std::string held =
       "flock --nonblock " + (folder / "device").string() + kAccountMigrationLockFilename + " true";
   EXPECT_NE(std::system(held.c_str()), 0);
-  AccountsManager::releaseMigrationLock(std::move(lock));
+  AccountsManager::releaseMigrationLock(lock);
   EXPECT_EQ(std::system(held.c_str()), 0);
 }
 

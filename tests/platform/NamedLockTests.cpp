@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -27,7 +28,8 @@ class ANamedLock : public ThrowAwayDevice {
   }
 
   const std::string lockPath = path("/tmp/InProgress");
-  LinuxNamedLock locks{root()};
+  LinuxNamedLock files{root()};
+  NamedLock& locks = files;
 };
 
 TEST_F(ANamedLock, IsHeldExactlyAsLongAsItsHold) {
@@ -40,8 +42,12 @@ TEST_F(ANamedLock, IsHeldExactlyAsLongAsItsHold) {
     return parent.hear() == 'q';
   });
   ASSERT_EQ(bystander.hear(), 'h');
-  hold.reset();
+  hold->release();
   EXPECT_FALSE(isHeld());
+  const auto next = locks.lock("InProgress");
+  hold->release();
+  hold.reset();
+  EXPECT_TRUE(isHeld()) << "an ended hold ends no other one";
   bystander.say('q');
   EXPECT_EQ(bystander.wait(), 0);
 }
@@ -82,6 +88,28 @@ TEST_F(ANamedLock, HasOneHolderAtATimeEvenWhenItsFileIsRemoved) {
   for (const auto& process : processes) process->say('g');
   for (const auto& process : processes) EXPECT_EQ(process->wait(), 0);
   EXPECT_EQ(test::readFile(counter), std::to_string(kProcesses * kRounds));
+}
+
+TEST_F(ANamedLock, TellsWhoeverWaitsLongOnceForWhom) {
+  LinuxNamedLock withoutPatience(root(), std::chrono::milliseconds(0));
+  NamedLock& impatient = withoutPatience;
+  std::vector<std::string> told;
+  const auto hold = impatient.lock("InProgress", [&](auto holder) { told.emplace_back(holder); });
+  EXPECT_THAT(told, ::testing::IsEmpty()) << "nobody held it";
+  ChildProcess waiter([&](ChildProcess::Parent& parent) {
+    return impatient.lock("InProgress", [&](std::string_view holder) {
+      test::writeFile(path("/told"), holder);
+      parent.say('t');
+    }) != nullptr;
+  });
+  EXPECT_EQ(waiter.hear(), 't');
+  hold->release();
+  EXPECT_EQ(waiter.hear(), 0);
+  EXPECT_EQ(waiter.wait(), 0);
+  std::string program = test::readFile("/proc/self/comm");
+  program.pop_back();
+  EXPECT_EQ(test::readFile(path("/told")),
+            "process " + std::to_string(::getpid()) + " (" + program + ")");
 }
 
 TEST_F(ANamedLock, CanBeTakenByEveryUser) {

@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "tallbook/InternalConsistencyFailure.h"
+#include "tallbook/Vocabulary.h"
 
 #include "platform/NamedLock.h"
 #include "tests/store/StoreDevice.h"
@@ -81,19 +82,26 @@ TEST_F(AMigration, RemovesTheAccountsFileOnRequest) {
 
 TEST_F(AMigration, IsWaitedForByOtherProcesses) {
   AccountsManager::releaseMigrationLock(nullptr);
-  AccountsManager::waitForMigrationToFinish();
-  auto lock = AccountsManager::createAndLockMigrationLock();
+  EXPECT_TRUE(AccountsManager::waitForMigrationToFinish());
+  // Whoever keeps the lock object does not keep the lock.
+  const auto lock = AccountsManager::createAndLockMigrationLock();
   ASSERT_TRUE(lock);
   test::writeFile(path("/tmp/running"), "");
   test::ChildProcess waiter([&](test::ChildProcess::Parent& parent) {
     parent.say('w');
-    AccountsManager::waitForMigrationToFinish();
-    return !test::exists(path("/tmp/running"));
+    return AccountsManager::waitForMigrationToFinish() && !test::exists(path("/tmp/running"));
   });
   EXPECT_EQ(waiter.hear(), 'w');
   std::filesystem::remove(path("/tmp/running"));
-  AccountsManager::releaseMigrationLock(std::move(lock));
+  AccountsManager::releaseMigrationLock(lock);
   EXPECT_EQ(waiter.wait(), 0);
+  AccountsManager::releaseMigrationLock(lock);
+}
+
+TEST_F(AMigration, CannotBeWaitedForWithoutItsLock) {
+  std::filesystem::create_directory(path(kAccountMigrationLockFilename));
+  EXPECT_FALSE(AccountsManager::createAndLockMigrationLock());
+  EXPECT_FALSE(AccountsManager::waitForMigrationToFinish());
 }
 
 }  // namespace

@@ -103,6 +103,11 @@ class Outcomes(ToolTest):
         self.run_tool("--verbose", "set", "m1", "Port", "143", expect=NOT_SAVED)
         self.assertIn("Failed to save accounts to filesystem.", self.message)
 
+    def test_a_wait_for_a_lock_that_cannot_be_made_fails(self):
+        os.rmdir(os.path.join(self.root, "tmp"))
+        self.run_tool("wait", expect=NOT_SAVED)
+        self.assertIn("/tmp/AccountMigrationInProgress", self.message)
+
     def test_only_a_terminal_gets_colours(self):
         self.write(family())
         self.write([], self.path + ".other")

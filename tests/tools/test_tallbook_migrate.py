@@ -23,6 +23,7 @@ MAIL = "var/mobile/Library/Mail/Accounts.plist"
 EXCHANGE = "var/mobile/Library/Preferences/com.orvane.Syncora.plist"
 SENTINEL = "var/mobile/Library/Preferences/.removingOldAccounts"
 LOCK = "tmp/AccountMigrationInProgress"
+HOST_LOCK = "var/mobile/Library/Preferences/.tallbook-migrate.lock"
 COPIES = "var/mobile/Library/Logs/Dorvix"
 
 
@@ -426,18 +427,56 @@ class SeveralHosts(HostTest):
         self.assertFalse(os.path.exists(self.path(MAIL)) or os.path.exists(self.path(EXCHANGE)))
 
     def test_one_that_waits_looks_at_the_device_after_the_other(self):
+        self.migrate()
         self.write(MAIL, legacy_mail())
-        folder = os.open(os.path.dirname(self.path(ACCOUNTS)), os.O_RDONLY)
-        fcntl.flock(folder, fcntl.LOCK_EX)
+        lock = os.open(self.path(HOST_LOCK), os.O_RDONLY)
+        fcntl.flock(lock, fcntl.LOCK_EX)
         host = self.start("--json")
         self.assertIn(b"another migration host is at work", host.stderr.readline())
         # This is the other host, and the device is as a migration leaves it.
         os.remove(self.path(MAIL))
         self.write(ACCOUNTS, {"Version": 12, "Accounts": [account("YAHOO", "Yahoo", "YahooAccount")]})
-        os.close(folder)
+        os.close(lock)
         output, _ = host.communicate(timeout=60)
         self.assertEqual([(row["identifier"], row["outcome"]) for row in json.loads(output)],
                          [("YAHOO", "unchanged")])
+
+    def test_other_users_hold_none_up(self):
+        # All that another user can open: the folder, which they may read, and not the lock's file.
+        folder = os.open(os.path.dirname(self.path(ACCOUNTS)), os.O_RDONLY)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        for umask in (0o000, 0o777):
+            with self.subTest(umask=umask):
+                if os.path.exists(self.path(HOST_LOCK)):
+                    os.remove(self.path(HOST_LOCK))
+                before = os.umask(umask)
+                host = self.start()
+                os.umask(before)
+                _, message = host.communicate(timeout=60)
+                self.assertEqual(stat.S_IMODE(os.stat(self.path(HOST_LOCK)).st_mode), 0o600, message)
+        os.close(folder)
+        os.remove(self.path(HOST_LOCK))
+        os.symlink("/nowhere", self.path(HOST_LOCK))
+        self.migrate(expect=NOT_MIGRATED)
+        self.assertIn(self.path(HOST_LOCK), self.message)
+
+    def test_of_the_superuser_leave_the_lock_to_the_owner_of_its_folder(self):
+        if os.geteuid() != 0:
+            self.skipTest("needs the superuser")
+        os.chown(os.path.dirname(self.path(HOST_LOCK)), 4711, 4711)
+        self.migrate()
+        self.assertEqual(os.stat(self.path(HOST_LOCK)).st_uid, 4711)
+
+    def test_say_who_holds_the_migration_s_own_lock(self):
+        with open(self.path(LOCK), "wb") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            waiting = [subprocess.Popen([TALLBOOK, "--root", self.root, "wait"],
+                                        stderr=subprocess.PIPE), self.start()]
+            for program in waiting:
+                self.assertIn(f"process {os.getpid()} (".encode(), program.stderr.readline())
+        for program in waiting:
+            program.communicate(timeout=60)
+            self.assertEqual(program.returncode, 0)
 
     def test_one_that_is_killed_holds_nobody_up(self):
         self.write(ACCOUNTS, {"Version": 0, "Accounts": [

@@ -64,4 +64,8 @@ void note(std::string_view text) {
   std::cerr << kProgram << ": " << printable(text) << '\n';
 }
 
+void noteHolderOfMigrationLock(std::string_view holder) {
+  note(std::string("waiting until the migration lock is free; it is held by ").append(holder));
+}
+
 }  // namespace tallbook::tool

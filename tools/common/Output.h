@@ -22,5 +22,7 @@ void printJSON(const JSON& json);
 extern const char* const kProgram;
 /// A line for the person at the keyboard, kept apart from what a program reads.
 void note(std::string_view text);
+/// Says for whom the program is waiting.
+void noteHolderOfMigrationLock(std::string_view holder);
 
 }  // namespace tallbook::tool

@@ -43,8 +43,9 @@ Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, bool re
   configureHost(host);
   const DevicePaths paths = pathsOfDevice(host.root);
   const HostLock lock(std::filesystem::path(paths.accounts).parent_path().string());
-  // Another program may be migrating without such a lock.
-  AccountsManager::waitForMigrationToFinish();
+  // Another program may be migrating without such a lock. Where the migration's own cannot be made,
+  // the migration itself will answer NO.
+  static_cast<void>(AccountsManager::waitForMigrationToFinish(tool::noteHolderOfMigrationLock));
   DeviceState before = stateOfDevice(paths);
   requireReadable(before.accounts, replaceUnreadable);
   if (before.accounts.state == AccountsFile::State::Unreadable) keepCopyOf(before.accounts);

@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "tallbook/AccountsManager.h"
 #include "tallbook/DeviceLocalAccount.h"
 #include "tallbook/Vocabulary.h"
 
@@ -105,8 +106,12 @@ ExitCode remove(const Options& options, const std::string& identifier) {
 }
 
 ExitCode wait() {
-  AccountsManager::waitForMigrationToFinish();
-  return ExitCode::Done;
+  if (AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock)) return ExitCode::Done;
+  throw Failure(ExitCode::NotSaved,
+                std::string("the migration lock cannot be made, so nobody can tell whether a "
+                            "migration runs; make ") +
+                    kAccountMigrationLockFilename +
+                    " below the root a file that you may read, in a folder that is there");
 }
 
 }  // namespace tallbook::tool
