@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -84,15 +85,22 @@ std::string pathBelowRoot(std::string_view framework) {
   return Platform::current().directories().systemRoot().append("/").append(framework);
 }
 
+/// The library's own classes are registered when it starts. It is never loaded from another place,
+/// such as the one that an older device tree names: a second copy would make the first copy's
+/// constants anew, and both would destroy them at the end.
+bool isThisLibrary(std::string_view framework) {
+  return framework.substr(framework.rfind('/') + 1) == TALLBOOK_LIBRARY;
+}
+
 }  // namespace
 
-std::string loadAccountCreatorFramework(std::string_view framework) {
-  std::string path = pathBelowRoot(framework);
+void loadAccountCreatorFramework(std::string_view framework) {
+  if (isThisLibrary(framework)) return;
+  const std::string path = pathBelowRoot(framework);
   if (const auto reason = PlugInRegistry::shared().load(path)) {
     throw InternalConsistencyFailure("Could not load the account creator framework " + path +
                                      ". Error " + *reason);
   }
-  return path;
 }
 
 const PlugInClass* classNamed(std::string_view name) {

@@ -1,8 +1,9 @@
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
-#include <utility>
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/Host.h"
@@ -59,15 +60,35 @@ TEST_F(TheExampleModule, MayHoldUpAMigration) {
   EXPECT_EQ(std::system(held.c_str()), 0);
 }
 
-// Its class stands in the library itself, which the new device finds where it expects it.
-TEST(ANewDevice, HasADeviceLocalAccount) {
+// Its class stands in the library itself, wherever that was built or moved to.
+TEST(TheRunningSystem, HasADeviceLocalAccount) {
+  configureHost({"", HostOptions::Log::Nowhere});
+  const auto store = AccountsManager::initWithAccounsInfoArray(nullptr);
+  EXPECT_EQ(store->fullDeviceLocalAccount()->identifier(), "DeviceLocalAccount");
+}
+
+// A device of an earlier release names the library by its place, and may bring one of its own.
+TEST(ANewDevice, HasADeviceLocalAccountFromTheRunningLibrary) {
   std::string name = (fs::temp_directory_path() / "tallbook-device-XXXXXX").string();
   ASSERT_NE(::mkdtemp(name.data()), nullptr);
   ASSERT_EQ(std::system((TOOL " init " + name + " >/dev/null").c_str()), 0);
+  const std::string place = "/usr/lib/" + fs::path(LIBRARY).filename().string();
+  fs::create_directories(name + "/usr/lib");
+  fs::copy_file(LIBRARY, name + place);
+  std::ofstream(name + "/usr/share/tallbook/AccountCreators.plist")
+      << "<plist><dict><key>OnMyDevice</key><array><dict><key>Type</key><string>FullAccount</"
+         "string>"
+         "<key>Description</key><dict><key>Framework</key><string>"
+      << place
+      << "</string><key>Class</key><string>DeviceLocalAccount</string></dict></dict></array></dict>"
+         "</plist>";
   configureHost({name, HostOptions::Log::Nowhere});
   const auto store = AccountsManager::init();
   EXPECT_EQ(store->fullDeviceLocalAccount()->identifier(), "DeviceLocalAccount");
   EXPECT_TRUE(store->saveAllAccounts());
+  std::ifstream maps("/proc/self/maps");
+  const std::string loaded{std::istreambuf_iterator<char>(maps), {}};
+  EXPECT_EQ(loaded.find(name), std::string::npos) << "a second copy of the library is loaded";
   fs::remove_all(name);
 }
 
