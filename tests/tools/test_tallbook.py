@@ -8,6 +8,7 @@ import json
 import os
 import plistlib
 import pty
+import resource
 import subprocess
 import sys
 import tempfile
@@ -34,6 +35,12 @@ def family():
     ]
 
 
+def is_sanitized(program):
+    with open(program, "rb") as file:
+        code = file.read()
+    return b"__asan_init" in code or b"__tsan_init" in code
+
+
 class ToolTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -42,11 +49,13 @@ class ToolTest(unittest.TestCase):
         self.run_tool("init", self.root, root=None)
         self.path = os.path.join(self.root, "var/mobile/Library/Preferences/com.orvane.tallbook.plist")
 
-    def run_tool(self, *arguments, root="", expect=DONE):
-        """Runs the tool and answers its output; the message goes to self.message."""
+    def run_tool(self, *arguments, root="", expect=DONE, limit=None):
+        """Runs the tool and answers its output; the message goes to self.message. A limit is a
+        resource of the process and how much of it there is."""
         of_device = [] if root is None else ["--root", root or self.root]
         done = subprocess.run([TOOL, *of_device, *arguments], capture_output=True, timeout=60,
-                              env=os.environ | {"LC_ALL": "C.UTF-8"})
+                              env=os.environ | {"LC_ALL": "C.UTF-8"},
+                              preexec_fn=limit and (lambda: resource.setrlimit(limit[0], (limit[1],) * 2)))
         self.message = done.stderr.decode()
         self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
         return done.stdout.decode()
@@ -102,6 +111,19 @@ class Outcomes(ToolTest):
         self.assertEqual(self.read(), family())
         self.run_tool("--verbose", "set", "m1", "Port", "143", expect=NOT_SAVED)
         self.assertIn("Failed to save accounts to filesystem.", self.message)
+
+    def test_what_is_short_is_told_and_nothing_stays_behind(self):
+        self.write([mail(f"m{number}", Filler=str(number) * 5000) for number in range(1500)])
+        before = self.read()
+        for limit, message in [((resource.RLIMIT_FSIZE, 1 << 20), "could not be replaced"),
+                               ((resource.RLIMIT_AS, 100 << 20), "not enough memory")]:
+            with self.subTest(message=message):
+                if limit[0] == resource.RLIMIT_AS and is_sanitized(TOOL):
+                    self.skipTest("a sanitizer takes more address space than there is memory")
+                self.run_tool("set", "m1", "Port", "143", expect=NOT_SAVED, limit=limit)
+                self.assertIn(message, self.message)
+                self.assertEqual(self.read(), before)
+                self.assertEqual(os.listdir(os.path.dirname(self.path)), [os.path.basename(self.path)])
 
     def test_a_wait_for_a_lock_that_cannot_be_made_fails(self):
         os.rmdir(os.path.join(self.root, "tmp"))

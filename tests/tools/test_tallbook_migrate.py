@@ -7,6 +7,7 @@ import fcntl
 import json
 import os
 import plistlib
+import resource
 import shutil
 import signal
 import stat
@@ -402,6 +403,12 @@ class Refusals(HostTest):
 
     def test_a_save_that_fails_is_no_success(self):
         self.write(MAIL, legacy_mail())
+        host = self.start(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
+        _, message = host.communicate(timeout=60)
+        self.assertEqual(host.returncode, NOT_MIGRATED, message)
+        self.assertIn(b"could not be replaced", message)
+        self.assertEqual(os.listdir(os.path.dirname(self.path(ACCOUNTS))),
+                         [os.path.basename(HOST_LOCK)], "a temporary file stayed behind")
         os.remove(self.path("etc/passwd"))
         rows = self.rows(expect=NOT_MIGRATED)
         self.assertIn("could not be replaced", self.message)

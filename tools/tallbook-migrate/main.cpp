@@ -1,8 +1,6 @@
 #include <CLI/CLI.hpp>
-#include <clocale>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
 
 #include "tallbook/Host.h"
 #include "tallbook/Vocabulary.h"
@@ -10,6 +8,7 @@
 #include "tools/common/LoadFault.h"
 #include "tools/common/Outcome.h"
 #include "tools/common/Output.h"
+#include "tools/common/Program.h"
 #include "tools/tallbook-migrate/AccountFates.h"
 #include "tools/tallbook-migrate/Migration.h"
 #include "tools/tallbook-migrate/Module.h"
@@ -125,8 +124,6 @@ Exit answer(int argc, char** argv) {
   } catch (const std::filesystem::filesystem_error& error) {
     note(std::string("the device cannot be copied: ") + error.what() +
          "; choose another temporary folder with TMPDIR");
-  } catch (const std::exception& error) {
-    note(std::string("the migration ended early: ") + error.what() + "; run it again");
   }
   return Exit::NotMigrated;
 }
@@ -135,13 +132,7 @@ Exit answer(int argc, char** argv) {
 }  // namespace tallbook::migrate
 
 int main(int argc, char** argv) {
-  using namespace tallbook;
-  std::setlocale(LC_ALL, "");
-  std::setlocale(LC_NUMERIC, "C");
-  auto exit = migrate::answer(argc, argv);
-  if (!std::cout.flush()) {
-    tool::note("the result could not be printed");
-    exit = migrate::Exit::NotMigrated;
-  }
-  return static_cast<int>(exit);
+  using namespace tallbook::migrate;
+  return tallbook::tool::runProgram([&] { return static_cast<int>(answer(argc, argv)); },
+                                    static_cast<int>(Exit::NotMigrated));
 }

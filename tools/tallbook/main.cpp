@@ -1,12 +1,11 @@
 #include <CLI/CLI.hpp>
-#include <clocale>
 #include <functional>
-#include <iostream>
 
 #include "tallbook/Host.h"
 #include "tallbook/InternalConsistencyFailure.h"
 
 #include "tools/common/Output.h"
+#include "tools/common/Program.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/ValueText.h"
 
@@ -152,13 +151,7 @@ ExitCode answer(int argc, char** argv) {
 }  // namespace tallbook::tool
 
 int main(int argc, char** argv) {
-  // Texts in the user's language and characters, numbers as files have them.
-  std::setlocale(LC_ALL, "");
-  std::setlocale(LC_NUMERIC, "C");
-  tallbook::tool::ExitCode code = tallbook::tool::answer(argc, argv);
-  if (!std::cout.flush()) {
-    tallbook::tool::note("the result could not be printed");
-    code = tallbook::tool::ExitCode::NotSaved;
-  }
-  return static_cast<int>(code);
+  using namespace tallbook::tool;
+  return runProgram([&] { return static_cast<int>(answer(argc, argv)); },
+                    static_cast<int>(ExitCode::NotSaved));
 }

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <functional>
+
+namespace tallbook::tool {
+
+/// Runs a program in the user's language and characters and gives its exit code: that of `answer`,
+/// or `failed`, after a message, where memory runs out, the result cannot be printed, or anything
+/// else that nobody foresaw is thrown. A file that grows past the process's limit is an error of
+/// the write like any other, and not a signal.
+int runProgram(const std::function<int()>& answer, int failed);
+
+}  // namespace tallbook::tool
