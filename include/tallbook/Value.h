@@ -152,8 +152,9 @@ class TALLBOOK_EXPORT Value {
   Value frozenCopy() const;
 
   /// The value on one line, for logs: strings, data and dates in double quotes, `<` and `>`, and
-  /// ISO 8601; `[a, b]`; `{Key: value, ...}` in stored order. What is nested past
-  /// `kMaximumNesting`, or comes after the first million values, is "...".
+  /// ISO 8601; `[a, b]`; `{Key: value, ...}` in stored order. A string, a key or data takes at most
+  /// 64 KiB, the whole 1 MiB and what closes it: "..." and how much that is stand for what is left
+  /// out, "..." alone for what is nested past `kMaximumNesting`.
   std::string description() const;
 
   /// Equality by content, at once for the same object. Values of different kinds are never equal;

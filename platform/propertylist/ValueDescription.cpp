@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string>
@@ -10,36 +11,7 @@
 namespace tallbook {
 namespace {
 
-// One line whatever the text holds: quotes, backslashes and control characters are escaped.
-void appendQuoted(std::string& out, std::string_view text) {
-  constexpr std::string_view kHex = "0123456789abcdef";
-  out += '"';
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (character == '"' || character == '\\') {
-      out += '\\';
-      out += character;
-    } else if (byte < 0x20 || byte == 0x7f) {
-      out += "\\x";
-      out += kHex[byte >> 4];
-      out += kHex[byte & 15];
-    } else {
-      out += character;
-    }
-  }
-  out += '"';
-}
-
-void appendHexadecimal(std::string& out, std::string_view bytes) {
-  constexpr std::string_view kHex = "0123456789abcdef";
-  out += '<';
-  for (const char character : bytes) {
-    const auto byte = static_cast<unsigned char>(character);
-    out += kHex[byte >> 4];
-    out += kHex[byte & 15];
-  }
-  out += '>';
-}
+constexpr std::string_view kHex = "0123456789abcdef";
 
 template <class Number>
 void appendNumber(std::string& out, Number number) {
@@ -48,46 +20,105 @@ void appendNumber(std::string& out, Number number) {
   out.append(digits.data(), result.ptr);
 }
 
-/// The text of one value. A tree that shares its containers may unfold without end.
+/// The text of one value. A tree may share its containers and texts and so unfold without end; the
+/// text is bounded by its own length, and so is the work that it takes.
 class Description {
  public:
   void append(const Value& value, int depth);
   std::string text() && { return std::move(_out); }
 
  private:
-  static constexpr std::size_t kMostValues = 1'000'000;
+  static constexpr std::size_t kMostOfOneValue = std::size_t{1} << 16;
+  static constexpr std::size_t kMostInAll = std::size_t{1} << 20;
+
+  bool isFull() const noexcept { return _out.size() >= kMostInAll; }
+  std::size_t endOfOneValue() const noexcept {
+    return std::min(_out.size() + kMostOfOneValue, kMostInAll);
+  }
+
+  // One line whatever the text holds: quotes, backslashes and control characters are escaped.
+  void appendQuoted(std::string_view text) {
+    const std::size_t end = endOfOneValue();
+    _out += '"';
+    std::size_t at = 0;
+    for (; at < text.size() && (_out.size() < end || isInsideCharacter(text, at)); ++at) {
+      const auto byte = static_cast<unsigned char>(text[at]);
+      if (byte == '"' || byte == '\\') {
+        _out += '\\';
+        _out += text[at];
+      } else if (byte < 0x20 || byte == 0x7f) {
+        _out += "\\x";
+        appendHexadecimal(byte);
+      } else {
+        _out += text[at];
+      }
+    }
+    _out += '"';
+    if (at < text.size()) appendLeftOut(text.size() - at, " bytes");
+  }
+
+  /// Whether a cut at `at` would tear a character of UTF-8, which has 4 bytes at most.
+  static bool isInsideCharacter(std::string_view text, std::size_t at) noexcept {
+    const auto continues = [](char byte) { return (byte & 0xc0) == 0x80; };
+    const std::string_view before = text.substr(0, at).substr(at - std::min<std::size_t>(at, 3));
+    return continues(text[at]) && !std::all_of(before.begin(), before.end(), continues);
+  }
+
+  void appendBytes(std::string_view bytes) {
+    const std::size_t end = endOfOneValue();
+    _out += '<';
+    std::size_t at = 0;
+    for (; at < bytes.size() && _out.size() < end; ++at) {
+      appendHexadecimal(static_cast<unsigned char>(bytes[at]));
+    }
+    _out += '>';
+    if (at < bytes.size()) appendLeftOut(bytes.size() - at, " bytes");
+  }
+
+  void appendHexadecimal(unsigned char byte) {
+    _out += kHex[byte >> 4];
+    _out += kHex[byte & 15];
+  }
+
+  template <class Container, class AppendItem>
+  void appendItems(const Container& container, AppendItem appendItem) {
+    std::size_t left = container.size();
+    std::string_view separator;
+    for (const auto& item : container) {
+      _out += std::exchange(separator, ", ");
+      if (isFull()) return appendLeftOut(left, "");
+      appendItem(item);
+      --left;
+    }
+  }
 
   void appendArray(const Array& array, int depth) {
     _out += '[';
-    std::string_view separator;
-    for (const Value& element : array) {
-      _out += std::exchange(separator, ", ");
-      append(element, depth + 1);
-      if (_left == 0) break;
-    }
+    appendItems(array, [&](const Value& element) { append(element, depth + 1); });
     _out += ']';
   }
 
   void appendDictionary(const Dictionary& dictionary, int depth) {
     _out += '{';
-    std::string_view separator;
-    for (const auto& [key, value] : dictionary) {
-      _out += std::exchange(separator, ", ");
-      appendQuoted(_out, key);
+    appendItems(dictionary, [&](const Dictionary::Entry& entry) {
+      appendQuoted(entry.key);
       _out += ": ";
-      append(value, depth + 1);
-      if (_left == 0) break;
-    }
+      append(entry.value, depth + 1);
+    });
     _out += '}';
   }
 
+  void appendLeftOut(std::size_t count, std::string_view unit) {
+    _out += "... (";
+    appendNumber(_out, count);
+    _out.append(unit).append(" more)");
+  }
+
   std::string _out;
-  std::size_t _left = kMostValues;
 };
 
 void Description::append(const Value& value, int depth) {
-  if (_left > 0) --_left;
-  if (depth > kMaximumNesting || _left == 0) {
+  if (depth > kMaximumNesting) {
     _out += "...";
     return;
   }
@@ -113,10 +144,10 @@ void Description::append(const Value& value, int depth) {
       appendNumber(_out, value.uid()->value);
       break;
     case Value::Kind::String:
-      appendQuoted(_out, *value.stringView());
+      appendQuoted(*value.stringView());
       break;
     case Value::Kind::Data:
-      appendHexadecimal(_out, value.data()->bytes());
+      appendBytes(value.data()->bytes());
       break;
     case Value::Kind::Array:
       appendArray(*value.array(), depth);

@@ -143,5 +143,37 @@ TEST(ADescription, IsOneLineInStoredOrder) {
   }
 }
 
+TEST(ADescription, IsBoundedByItsLengthAndSaysWhatItLeavesOut) {
+  constexpr std::size_t kOneValue = 65536;
+  constexpr std::size_t kInAll = 1048576;
+  const String text = std::string(kInAll, 't');
+  std::string accents;
+  while (accents.size() < kInAll) accents += "\u00e9";
+  ArrayRef folded = Array::make({text});
+  for (int level = 0; level < 40; ++level) folded = Array::make({folded, folded});
+  const struct {
+    const char* what;
+    Value value;
+    std::size_t mostBytes;
+    const char* leftOut;
+  } rows[] = {
+      {"a text", text, kOneValue, "t\"... (983041 bytes more)"},
+      {"control characters", std::string(kInAll, '\n'), kOneValue, "\\x0a\"... ("},
+      {"characters of two bytes", "x" + accents, kOneValue, "\u00e9\"... ("},
+      {"no Unicode text", std::string(kInAll, '\x80'), kOneValue, "\"... (98304"},
+      {"data", Data(text.view()), kOneValue, "74>... (1015808 bytes more)"},
+      {"a key", Dictionary::make({{text, 1}}), kOneValue, "t\"... (983041 bytes more): 1}"},
+      {"one text shared", Array::make(std::vector<Value>(1000, text)), kInAll, " more)]"},
+      {"many numbers", Array::make(std::vector<Value>(kInAll, 1)), kInAll, "1, ... (699051 more)]"},
+      {"arrays shared", folded, kInAll, "... (1 more)]"},
+  };
+  for (const auto& [what, value, mostBytes, leftOut] : rows) {
+    const std::string description = value.description();
+    EXPECT_LE(description.size(), mostBytes + 1024) << what;
+    EXPECT_NE(description.find(leftOut, description.size() - 1024), std::string::npos)
+        << what << " ends in " << description.substr(description.size() - 60);
+  }
+}
+
 }  // namespace
 }  // namespace tallbook
