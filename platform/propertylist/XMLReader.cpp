@@ -179,20 +179,16 @@ Value XMLReader::read(std::string_view bytes) {
   XML_SetCharacterDataHandler(parser.get(), onText);
   XML_SetEntityDeclHandler(parser.get(), onEntity);
 
-  // In pieces, because the parser counts in int.
-  constexpr std::size_t kPiece = std::size_t{1} << 20;
-  bool last = false;
-  while (!last) {
-    const std::string_view piece = bytes.substr(0, kPiece);
-    bytes.remove_prefix(piece.size());
-    last = bytes.empty();
-    if (XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), last) ==
-        XML_STATUS_ERROR) {
-      if (parse.failure) std::rethrow_exception(parse.failure);
-      const XML_Error error = XML_GetErrorCode(parser.get());
-      if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
-      throw MalformedPropertyList(XML_ErrorString(error));
-    }
+  // The whole in one piece: what a piece ends in the middle of is scanned anew with the next one,
+  // and a comment or an attribute may be as long as the file.
+  constexpr std::size_t kLongest = std::size_t{1} << 30;  // the parser's buffer grows no further
+  if (bytes.size() > kLongest) throw MalformedPropertyList("XML of more than 1 GiB");
+  if (XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE) ==
+      XML_STATUS_ERROR) {
+    if (parse.failure) std::rethrow_exception(parse.failure);
+    const XML_Error error = XML_GetErrorCode(parser.get());
+    if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+    throw MalformedPropertyList(XML_ErrorString(error));
   }
   return std::move(parse.tree).root();
 }
