@@ -14,8 +14,11 @@ namespace tallbook {
 /// reason.
 ///
 /// Refused as no property list: cycles, containers nested past `kMaximumNesting`, references or
-/// offsets outside the bytes, a tree that would unfold past 10 million values, strings that are no
-/// Unicode text, XML that declares entities.
+/// offsets outside the bytes, more objects than the bytes have places for, strings that are no
+/// Unicode text, XML that declares entities or is longer than 1 GiB; and a tree that would unfold
+/// past 10 million values, or past 100,000 where there are more values than bytes, as only a file
+/// can that refers to its containers again and again. What is read can be written, and what is
+/// written can be read.
 TALLBOOK_EXPORT std::optional<Value> propertyListFromBytes(std::string_view bytes,
                                                            std::string* problem = nullptr);
 

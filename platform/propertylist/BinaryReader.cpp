@@ -64,7 +64,8 @@ bool BinaryReader::recognises(std::string_view bytes) noexcept {
   return bytes.starts_with(kMagic);
 }
 
-BinaryReader::BinaryReader(std::string_view bytes) : _bytes(bytes) {
+BinaryReader::BinaryReader(std::string_view bytes)
+    : _bytes(bytes), _mostValues(std::clamp(bytes.size(), kMostValuesBeyondBytes, kMostValues)) {
   if (bytes.size() <= kMagic.size() + kTrailerSize) throw MalformedPropertyList("cut off");
   const std::size_t tableEnd = bytes.size() - kTrailerSize;
   const char* const trailer = bytes.data() + tableEnd;
@@ -82,6 +83,10 @@ BinaryReader::BinaryReader(std::string_view bytes) : _bytes(bytes) {
   }
   _end = bytes.data() + table;
   _unclaimed = table - kMagic.size();
+  // Room is made for every object, so there may be no more than can lie at places of their own.
+  if (count > _unclaimed || (_offsetSize < 8 && count >> 8 * _offsetSize != 0)) {
+    throw MalformedPropertyList("there are more objects than places for them");
+  }
   checkOffsets();
   _slots.resize(count);
 }
@@ -242,18 +247,19 @@ Value BinaryReader::readData(Slot& slot, const char* at) {
 
 Value BinaryReader::openArray(Slot& slot, const char* at) {
   const std::string_view references = claimBody(at, _referenceSize);
-  const std::size_t count = references.size() / _referenceSize;
+  const std::size_t size = references.size() / _referenceSize;
+  count(size);
   ArrayRef array(new Array({}, true));
-  array->_elements.reserve(count);
+  array->_elements.reserve(size);
   slot.object = array.get();
   slot.kind = Value::Kind::Array;
   // Most arrays hold no containers; those need not be opened.
   const char* next = references.data();
-  std::size_t left = count;
+  std::size_t left = size;
   for (; left > 0 && !isContainer(referenceAt(next)); --left, next += _referenceSize) {
     array->_elements.push_back(readObject(referenceAt(next)));
   }
-  open({&slot, array.get(), nullptr, next, nullptr, left, {}, nullptr}, count);
+  open({&slot, array.get(), nullptr, next, nullptr, left, {}, nullptr}, size);
   return array;
 }
 
@@ -267,23 +273,29 @@ bool BinaryReader::isContainer(std::uint64_t reference) {
 Value BinaryReader::openDictionary(Slot& slot, const char* at) {
   const std::string_view references = claimBody(at, 2 * _referenceSize);
   const std::string_view keys = references.substr(0, references.size() / 2);
-  const std::size_t count = keys.size() / _referenceSize;
-  DictionaryRef dictionary = Dictionary::Table::makeDictionary(count);
+  const std::size_t size = keys.size() / _referenceSize;
+  count(size);
+  DictionaryRef dictionary = Dictionary::Table::makeDictionary(size);
   Dictionary::Table* const entries = dictionary->_table.get();
   slot.object = dictionary.get();
   slot.kind = Value::Kind::Dictionary;
-  open({&slot, nullptr, entries, keys.data() + keys.size(), keys.data(), count, keys,
+  open({&slot, nullptr, entries, keys.data() + keys.size(), keys.data(), size, keys,
         entriesWithKeys(keys)},
-       count);
+       size);
   return dictionary;
 }
 
-void BinaryReader::open(const Frame& frame, std::size_t count) {
+/// Counts the values of a container that is about to be made.
+void BinaryReader::count(std::size_t values) {
+  _values += values;
+  if (_values > _mostValues) throw MalformedPropertyList("there are too many values");
+}
+
+void BinaryReader::open(const Frame& frame, std::size_t size) {
   if (_frames.size() == kMaximumNesting) {
     throw MalformedPropertyList("containers are nested too deeply");
   }
-  if (count >= kMostValues) throw MalformedPropertyList("there are too many values");
-  frame.slot->unfolded = static_cast<std::uint32_t>(1 + count);
+  frame.slot->unfolded = static_cast<std::uint32_t>(1 + size);
   frame.slot->nesting = 1;
   if (frame.left > 0) {
     frame.slot->isOpen = true;
@@ -297,7 +309,7 @@ void BinaryReader::open(const Frame& frame, std::size_t count) {
 void BinaryReader::add(Slot& parent, const Slot& child) const {
   parent.nesting = std::max(parent.nesting, static_cast<std::uint16_t>(child.nesting + 1));
   parent.unfolded += child.unfolded - 1;
-  if (parent.unfolded > kMostValues) throw MalformedPropertyList("there are too many values");
+  if (parent.unfolded > _mostValues) throw MalformedPropertyList("there are too many values");
 }
 
 const Dictionary::Entry* BinaryReader::entriesWithKeys(

@@ -54,6 +54,7 @@ class BinaryReader {
   };
 
   void checkOffsets() const;
+  void count(std::size_t values);
   void readOpenContainers();
   void close(const Frame& frame);
 
@@ -68,7 +69,7 @@ class BinaryReader {
   Value openArray(Slot& slot, const char* at);
   Value openDictionary(Slot& slot, const char* at);
   bool isContainer(std::uint64_t reference);
-  void open(const Frame& frame, std::size_t count);
+  void open(const Frame& frame, std::size_t size);
 
   Slot& slotOf(std::uint64_t reference);
   const char* objectAt(const Slot& slot) const;
@@ -83,6 +84,8 @@ class BinaryReader {
   std::size_t _referenceSize;
   std::uint64_t _topObject;
   std::size_t _unclaimed;  // bytes of objects that no decoded object has taken yet
+  std::size_t _mostValues;
+  std::size_t _values = 1;  // of the decoded containers, each counted once
   std::vector<Slot> _slots;
   std::vector<Frame> _frames;
   // Records of one kind repeat one list of keys: the last lists that were met.

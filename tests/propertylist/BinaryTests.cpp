@@ -141,6 +141,29 @@ TEST(TheBinaryReader, RefusesWhatIsNoPropertyList) {
   }
 }
 
+// An array that refers twice to one that refers twice to one ..., and to `more` at its end.
+std::string doubling(char levels, const std::string& more) {
+  std::vector<std::string> objects{"\xa2\x01\x02"s, more};
+  for (char level = 2; level <= levels; ++level) {
+    objects.push_back("\xa2"s + char(level + 1) + char(level + 1));
+  }
+  objects.push_back("\x08"s);
+  return file(objects, {4, 1, 0});
+}
+
+// Reading bounds what a save of the same tree writes.
+TEST(TheBinaryReader, UnfoldsNoSmallFileIntoALargeOne) {
+  const std::string data = "\x4f\x12\x00\x05\x00\x00"s + std::string(0x50000, 'd');
+  EXPECT_FALSE(read(doubling(18, "\x08"s)));
+  for (const std::string& bytes : {doubling(16, "\x08"s), doubling(18, data)}) {
+    const auto value = read(bytes);
+    ASSERT_TRUE(value);
+    const std::string written = *binaryPropertyList(*value);
+    EXPECT_LT(written.size(), 1'000'000 + 8 * bytes.size());
+    EXPECT_EQ(read(written), value);
+  }
+}
+
 TEST(TheBinaryReader, RefusesAFileCutOffAnywhere) {
   const std::string whole = *binaryPropertyList(Dictionary::make(
       {{"Accounts", Array::make({"one", 2, 3.5, Data("four")})}, {"Version", 12}}));
