@@ -277,6 +277,25 @@ class Comparing(ToolTest):
             self.run_tool("dump", expect=NOT_FOUND)
             self.assertIn("Accounts[0].Bad[0]", self.message)
 
+    def test_what_a_small_file_shares_is_not_written_out_a_thousand_times(self):
+        text = "t" * 1_000_000
+        self.write([mail("m1", Many=[text] * 1000)])
+        for arguments in [("dump",), ("list",), ("show", "m1"), ("get", "m1", "Many"), ("check",),
+                          ("diff", self.path, self.path)]:
+            self.run_tool(*arguments, expect=UNREADABLE)
+            self.assertIn("MiB that can be printed", self.message)
+        self.run_tool("--verbose", "unset", "m1", "Many")
+        self.assertLess(len(self.message), 16_000_000)
+        # A name stands in every line about its record, and its cell is as wide as the widest one.
+        children = [mail(str(n), DisplayName=str(n)) for n in range(200)]
+        self.write([mail("m1", DisplayName=text, ChildAccounts=children, **{text: 1})])
+        empty = self.path + ".empty"
+        self.write([], path=empty)
+        for arguments in [("list",), ("show", "m1"), ("diff", empty, self.path)]:
+            printed = self.run_tool(*arguments)
+            self.assertIn("t...", printed)
+            self.assertLess(len(printed), 5_000_000)
+
     def test_check_finds_what_the_library_does_not_take(self):
         self.write(family())
         self.assertEqual(self.json("check"), [])

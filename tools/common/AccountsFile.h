@@ -19,6 +19,9 @@ AccountsFile readAccountsFile(const std::string& path);
 AccountsFile readAccountsFile();
 /// The failure that names an unreadable file.
 Failure unreadable(const AccountsFile& file, const std::string& advice);
+/// Throws Failure for a file whose content, what its values share written out wherever it occurs,
+/// is more than anyone reads: a small file may share one long text a million times.
+void requirePrintable(const AccountsFile& file);
 /// Copies a file that is about to be replaced to the first free name beside it, and says so. Throws
 /// Failure where it cannot be copied.
 void keepCopyOf(const AccountsFile& file);

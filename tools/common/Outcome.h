@@ -10,7 +10,7 @@ enum class ExitCode {
   Done = 0,
   NotFound = 1,    ///< no such record, key or type; for `check`: it found something
   Usage = 2,       ///< the command line asks for something that cannot be
-  Unreadable = 3,  ///< a file is there and is no accounts file
+  Unreadable = 3,  ///< a file is there and is no accounts file, or too large to print
   NotSaved = 4     ///< nothing was changed, since writing failed or the installation is broken
 };
 

@@ -56,6 +56,14 @@ std::string printable(std::string_view text) {
   return result;
 }
 
+std::string shortened(std::string_view text) {
+  constexpr std::size_t kMost = 200;
+  if (text.size() <= kMost) return std::string(text);
+  std::size_t end = kMost;
+  while (end > 0 && (text[end] & 0xC0) == 0x80) --end;  // not inside a character
+  return std::string(text.substr(0, end)) + "...";
+}
+
 void printJSON(const JSON& json) {
   std::cout << json.dump(2) << '\n';
 }

@@ -17,6 +17,9 @@ bool isColourTerminal();
 std::string styled(Style style, const std::string& text);
 /// The text with control characters spelled out, so that none of them commands the terminal.
 std::string printable(std::string_view text);
+/// A text that is there to recognise something by: the end of a very long one is "...". Names and
+/// identifiers are repeated in every line about their records.
+std::string shortened(std::string_view text);
 void printJSON(const JSON& json);
 /// The running program's name, which each program defines.
 extern const char* const kProgram;

@@ -40,7 +40,10 @@ Table::Row Table::add(const std::vector<std::string>& cells, Row parent, Style s
   const Row row = scols_table_new_line(_table.get(), parent);
   if (!row) throw std::bad_alloc();
   for (std::size_t column = 0; column < cells.size(); ++column) {
-    if (scols_line_set_data(row, column, cells[column].c_str()) != 0) throw std::bad_alloc();
+    // Every row is as wide as the widest one, up to the last column.
+    const bool isLast = column + 1 == cells.size();
+    const std::string cell = isLast ? cells[column] : shortened(cells[column]);
+    if (scols_line_set_data(row, column, cell.c_str()) != 0) throw std::bad_alloc();
   }
   if (const char* colour = colourOf(style)) scols_line_set_color(row, colour);
   return row;

@@ -9,8 +9,8 @@
 
 namespace tallbook::tool {
 
-/// A table on standard output, as wide as its content. Characters that would command a terminal
-/// are shown, not sent.
+/// A table on standard output, as wide as its content; only in the last column are very long texts
+/// whole. Characters that would command a terminal are shown, not sent.
 class Table {
  public:
   enum class Shape { Flat, Tree };

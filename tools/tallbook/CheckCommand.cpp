@@ -14,6 +14,7 @@ ExitCode check(const Options& options) {
                      "every program reads it as empty, and the first to save loses its accounts; "
                      "restore it from a copy");
   }
+  requirePrintable(file);
   if (file.state == AccountsFile::State::Missing) note("there is no " + file.path + " yet");
   const std::vector<Finding> findings =
       file.content ? findingsOf(*file.content) : std::vector<Finding>();

@@ -49,12 +49,12 @@ struct Records {
 };
 
 std::string labelOf(const Dictionary& record, const Identity& identity) {
-  std::string label = record[kAccountType].string().str();
+  std::string label = shortened(record[kAccountType].string().str());
   if (label.empty()) label = "record";
-  label += identity.first.empty() ? " without identifier" : " " + identity.first;
+  label += identity.first.empty() ? " without identifier" : " " + shortened(identity.first);
   if (identity.second > 0) label += " (" + std::to_string(identity.second + 1) + ")";
   if (const String name = record[kAccountDisplayName].string(); !name.empty()) {
-    label += " \"" + name.str() + "\"";
+    label += " \"" + shortened(name.str()) + "\"";
   }
   return label;
 }
@@ -141,6 +141,7 @@ DictionaryRef contentOf(const std::string& path) {
   if (file.state == AccountsFile::State::Unreadable) {
     throw unreadable(file, "give another file to compare");
   }
+  requirePrintable(file);
   return file.content;
 }
 

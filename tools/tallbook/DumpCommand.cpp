@@ -15,6 +15,7 @@ ExitCode dump(const Options& options) {
   if (file.state == AccountsFile::State::Unreadable) {
     throw unreadable(file, "restore it from a copy");
   }
+  requirePrintable(file);
   if (options.json) {
     printJSON(jsonFromValue(file.content));
     return ExitCode::Done;

@@ -1,6 +1,7 @@
 #include "tools/tallbook/FileCheck.h"
 
 #include <map>
+#include <set>
 #include <utility>
 
 #include "tallbook/AccountsManager.h"
@@ -9,6 +10,7 @@
 #include "tools/common/Dataclasses.h"
 #include "tools/common/KindName.h"
 #include "tools/common/LoadFault.h"
+#include "tools/common/Output.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {
@@ -84,8 +86,8 @@ class FileCheck {
     const String type = record[kAccountType].string();
     const String identifier = record[kAccountIdentifier].string();
     if (type.empty() && identifier.empty()) return place;
-    return place + " (" + type.str() + (type.empty() || identifier.empty() ? "" : " ") +
-           identifier.str() + ")";
+    return place + " (" + shortened(type.str()) + (type.empty() || identifier.empty() ? "" : " ") +
+           shortened(identifier.str()) + ")";
   }
 
   void checkTopLevel(const std::string& index, const Value& element) {
@@ -164,13 +166,15 @@ class FileCheck {
     if (!dataclasses) return;
     const String type = record[kAccountType].string();
     const ArrayRef supported = BasicAccount::supportedDataclassesForAccountType(type);
+    std::set<std::string> told;  // a list may hold one value many times
+    const auto tellOnce = [&](const std::string& why) {
+      if (told.insert(why).second) add("ignored", place, quoted(key) + " holds " + why);
+    };
     for (const Value& dataclass : *dataclasses) {
       if (dataclass.kind() != Kind::String) {
-        add("ignored", place, quoted(key) + " holds " + lineText(dataclass) + ", no dataclass");
+        tellOnce(lineText(dataclass) + ", no dataclass");
       } else if (!supported || !supported->contains(dataclass)) {
-        add("ignored", place,
-            quoted(key) + " holds " + shortName(dataclass.string()) +
-                ", which the type does not carry");
+        tellOnce(shortName(dataclass.string()) + ", which the type does not carry");
       }
     }
   }

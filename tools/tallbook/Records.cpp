@@ -13,6 +13,7 @@ std::shared_ptr<AccountsManager> storeToRead() {
   if (file.state == AccountsFile::State::Unreadable) {
     throw unreadable(file, "restore it from a copy, or see \"tallbook check\"");
   }
+  requirePrintable(file);
   if (file.state == AccountsFile::State::Missing) note("there is no " + file.path + " yet");
   return AccountsManager::initWithAccounsInfoArray(file.records());
 }
