@@ -134,20 +134,32 @@ BinaryWriter::Number BinaryWriter::addDictionary(const Dictionary& dictionary) {
   return number;
 }
 
-/// No two blobs of a tree have their bytes at one address, so the address tells them apart.
 BinaryWriter::Number BinaryWriter::addText(std::string_view text) {
-  return addOnce(
-      Value::Kind::String, addressOf(text), [&] { return keyedHash(text); },
-      [&] { appendText(text); });
+  return addBytes(Value::Kind::String, text, [&] { appendText(text); });
 }
 
 BinaryWriter::Number BinaryWriter::addData(std::string_view bytes) {
-  return addOnce(
-      Value::Kind::Data, addressOf(bytes), [&] { return keyedHash(bytes); },
-      [&] {
-        appendMarker(kData, bytes.size());
-        appendBytes(bytes);
-      });
+  return addBytes(Value::Kind::Data, bytes, [&] {
+    appendMarker(kData, bytes.size());
+    appendBytes(bytes);
+  });
+}
+
+/// No two blobs of a tree have their bytes at one address, so the address tells them apart.
+template <class Append>
+BinaryWriter::Number BinaryWriter::addBytes(Value::Kind kind, std::string_view bytes,
+                                            Append append) {
+  if (bytes.size() <= kMostForgotten) {
+    return addOnce(
+        kind, addressOf(bytes), [&] { return keyedHash(bytes); }, append);
+  }
+  const auto [known, isNew] = _long.try_emplace({kind, bytes.data()}, kNone);
+  if (isNew) {
+    const Number number = beginObject();
+    append();
+    known->second = endUnique(number, keyedHash(bytes));
+  }
+  return known->second;
 }
 
 BinaryWriter::Number BinaryWriter::addScalar(const Value& value) {
@@ -218,7 +230,7 @@ void BinaryWriter::announce(const Value& value) {
     known = {bits, hash(), kNone, kind};
     _unique.prefetch(known.hash);
   };
-  if (const auto text = value.stringView()) {
+  if (const auto text = value.stringView(); text && text->size() <= kMostForgotten) {
     fetch(value.kind(), addressOf(*text), [&] { return keyedHash(*text); });
   } else if (const auto date = value.date()) {
     fetch(value.kind(), bitsOf(*date), [&] { return hashOf(bitsOf(*date)); });

@@ -2,8 +2,10 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tallbook/Value.h"
@@ -60,6 +62,8 @@ class BinaryWriter {
   Number addLargeInteger(std::uint64_t number);
   template <class Hash, class Append>
   Number addOnce(Value::Kind kind, std::uint64_t bits, Hash hash, Append append);
+  template <class Append>
+  Number addBytes(Value::Kind kind, std::string_view bytes, Append append);
   void announceValuesOf(const Value& value);
   void announce(const Value& value);
 
@@ -87,6 +91,8 @@ class BinaryWriter {
     return bits * kGoldenRatio >> 56;
   }
 
+  /// Bytes of more than this are looked at once only.
+  static constexpr std::size_t kMostForgotten = 1024;
   /// What every write may run past its end (`writeNumber`).
   static constexpr std::size_t kSlack = 8;
 
@@ -99,6 +105,8 @@ class BinaryWriter {
   HashIndex _unique;
   // Keys, shared strings and small numbers come again and again: the last values met.
   std::array<Known, 256> _known;
+  // All long texts and data: to hash one again whenever it occurs could take for ever.
+  std::map<std::pair<Value::Kind, const char*>, Number> _long;
 };
 
 }  // namespace tallbook

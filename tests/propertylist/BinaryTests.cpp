@@ -207,12 +207,16 @@ TEST(TheBinaryWriter, DependsOnContentAlone) {
 }
 
 TEST(TheBinaryWriter, TellsATextFromDataOfTheSameBytes) {
-  const String text = "shared";
-  for (const Value& tree : {Value(Array::make({text, Data(text.blob())})),
-                            Value(Dictionary::make({{"d", Data(text.blob())}, {text, 1}}))}) {
-    const auto again = read(*binaryPropertyList(tree));
-    ASSERT_TRUE(again);
-    EXPECT_EQ(*again, tree);
+  for (const String& text : {String("shared"), String(std::string(5000, 's'))}) {
+    for (const Value& tree :
+         {Value(Array::make({text, Data(text.blob()), text})),
+          Value(Dictionary::make({{"d", Data(text.blob())}, {text, String(text.str())}}))}) {
+      const auto bytes = binaryPropertyList(tree);
+      const auto again = read(*bytes);
+      ASSERT_TRUE(again);
+      EXPECT_EQ(*again, tree);
+      EXPECT_LT(bytes->size(), 2 * text.view().size() + 200);
+    }
   }
 }
 
