@@ -57,8 +57,7 @@ void encode(const Arguments& arguments) {
 
 double writeAndFlush(const std::string& bytes) {
   FileSystem& files = Platform::current().fileSystem();
-  const std::string path =
-      files.temporaryPathIn(Platform::current().directories().temporary()).value();
+  const std::string path = AccountsManager::fullPathToTallbookPlist() + ".written";
   const double taken = nanosecondsOnATidyHeap([&] { return files.createFile(path, bytes); });
   if (files.remove(path)) throw std::runtime_error("nothing was written");
   return taken;

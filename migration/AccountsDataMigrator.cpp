@@ -31,6 +31,13 @@ class SkippedNotifications {
   SkippedNotifications& operator=(const SkippedNotifications&) = delete;
 };
 
+/// The answer to an error of the system that hides what there is to migrate: nothing is changed,
+/// and the next migration may see it.
+bool refuse(const std::string& path, const std::error_code& error) {
+  consoleLog("Could not look at " + path + ". " + error.message());
+  return false;
+}
+
 void tellTheMailApplication() {
   Platform& platform = Platform::current();
   // Often there is no marker; then there is nothing to do.
@@ -56,7 +63,12 @@ bool AccountsDataMigrator::performMigration() {
 bool AccountsDataMigrator::executeMigrationSteps() {
   const SkippedNotifications skipped;
   _copyAsideAccountsPlist();
-  if (_failedToRemoveOldAccountsInfo()) {
+  std::error_code unknown;
+  const bool isRemovalInterrupted = _failedToRemoveOldAccountsInfo(unknown);
+  // To convert what is half removed would bring old accounts back; to remove it unread could lose
+  // them.
+  if (unknown) return refuse(_absolutePathToOldAccountsInfoRemovalSentinel(), unknown);
+  if (isRemovalInterrupted) {
     consoleLog("Detected that a removal old accounts info was in progress. Early return!.");
     _removeOldAccountsInfo();
     return true;
@@ -66,7 +78,19 @@ bool AccountsDataMigrator::executeMigrationSteps() {
   bool newInfo = false;
   AccountsManager::shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(&mail, &syncora,
                                                                              &newInfo);
+  // A look that failed, or came too early, must not split the legacy accounts over two migrations.
+  if (!mail && (unknown = whyNotAbsent(mailAccountsPath()))) {
+    return refuse(mailAccountsPath(), unknown);
+  }
+  if (!syncora && (unknown = whyNotAbsent(syncoraAccountPath()))) {
+    return refuse(syncoraAccountPath(), unknown);
+  }
+  if (!mail) _oldMailFile = OldFile::Absent;
+  if (!syncora) _oldSyncoraFile = OldFile::Absent;
   Store store = AccountsManager::initInsideOfMigration();
+  if (store->fileState().kind == AccountsFileState::Kind::Unreadable) {
+    return refuse(AccountsManager::fullPathToTallbookPlist(), store->fileState().error);
+  }
   bool result = true;
   if (mail || syncora || newInfo) {
     if (_saveMigrationInformation()) _collatedMigrationData = Dictionary::make();
@@ -93,7 +117,8 @@ void AccountsDataMigrator::_copyAsideAccountsPlist() {
   const std::string source = AccountsManager::fullPathToTallbookPlist();
   const std::string target = Platform::current().directories().sharedResources() +
                              "/Library/Logs/Dorvix/" + source.substr(source.rfind('/') + 1);
-  if (files.exists(target) && files.remove(target)) {
+  const std::error_code removal = files.remove(target);
+  if (removal && removal != std::errc::no_such_file_or_directory) {
     consoleLog("Couldn't remove existing tallbook copy at " + target);
   }
   if (const std::error_code error = files.copyFile(source, target)) {
@@ -106,12 +131,13 @@ void AccountsDataMigrator::keepAccountsOfTypes(const Store& store,
   if (store->countOfBasicAccountsWithTypes(types) == 0) return;
   FileSystem& files = Platform::current().fileSystem();
   const std::string path = AccountsManager::fullPathToTallbookPlist();
-  int number = 1;
   std::string kept;
+  std::error_code error;
+  int number = 1;
   do {
     kept = path + ".replaced-" + std::to_string(number++);
-  } while (files.exists(kept));
-  const std::error_code error = files.copyFile(path, kept);
+    error = files.copyFile(path, kept);
+  } while (error == std::errc::file_exists);
   logMessage("+[AccountsDataMigrator(Internal) keepAccountsOfTypes:]", [&] {
     const std::string reason = "A legacy file could not be understood. ";
     return error ? reason + "The accounts that it replaces could not be kept. " + error.message()

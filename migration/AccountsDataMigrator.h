@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "tallbook/AccountsManager.h"
@@ -21,8 +22,9 @@ class AccountsDataMigrator final : public DataMigrator {
 
   /// "accounts".
   String dataClassName() const override;
-  /// Waits for the migration lock and migrates under it. False when the lock cannot be made or a
-  /// version step failed.
+  /// Waits for the migration lock and migrates under it. False when the lock cannot be made, a
+  /// version step failed, and, with nothing changed, where the system refuses to tell what the
+  /// accounts file holds, which legacy files there are, or whether a removal was interrupted.
   bool performMigration() override;
 
   // Internal
@@ -35,10 +37,12 @@ class AccountsDataMigrator final : public DataMigrator {
   /// The preference that asks for a log of all that the migration saw; read once in a process.
   static bool _saveMigrationInformation();
   std::string _absolutePathToOldAccountsInfoRemovalSentinel() const;
-  /// Whether an earlier removal of the legacy files was interrupted.
-  bool _failedToRemoveOldAccountsInfo() const;
-  /// Removes the legacy files, those left out that were not converted. True when the legacy
-  /// Exchange file is gone.
+  /// Whether an earlier removal of the legacy files was interrupted; false, with `error`, where
+  /// nobody can tell.
+  bool _failedToRemoveOldAccountsInfo(std::error_code& error) const;
+  /// Removes the legacy files that this migration converted; both where it has not asked what there
+  /// is, to finish an interrupted removal. True when the removal of the legacy Exchange file
+  /// reported no error.
   bool _removeOldAccountsInfo();
   void _saveCollatedMigrationInformation();
 
@@ -101,19 +105,26 @@ class AccountsDataMigrator final : public DataMigrator {
 
  private:
   /// What became of a legacy file, which decides whether it may be removed.
-  enum class OldFile { Absent, Converted, NotConverted };
+  enum class OldFile {
+    MayGo,   ///< it was converted, or an interrupted removal is being finished
+    Absent,  ///< one that comes to lie there later is not this migration's to remove
+    Stays    ///< it could not be converted
+  };
 
   void collate(const String& key, const DictionaryRef& file);
   /// Copies the accounts file beside itself where the store has accounts of the types, which are
   /// about to give way to those of a legacy file that nobody understood.
   static void keepAccountsOfTypes(const Store& store, const AccountsManager::AccountTypes& types);
+  /// The error of looking at a legacy file that was not found before; "try again" where it is there
+  /// now.
+  static std::error_code whyNotAbsent(const std::string& path);
   std::error_code removeOldFile(const std::string& path, OldFile state, bool isErrorTold);
 
   DictionaryRef _collatedMigrationData;
   bool _foundOldMailAccountsToMigrate = false;
   bool _foundOldSyncoraAccountsToMigrate = false;
-  OldFile _oldMailFile = OldFile::Absent;
-  OldFile _oldSyncoraFile = OldFile::Absent;
+  OldFile _oldMailFile = OldFile::MayGo;
+  OldFile _oldSyncoraFile = OldFile::MayGo;
 };
 
 }  // namespace tallbook

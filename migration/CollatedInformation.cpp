@@ -1,4 +1,3 @@
-#include <optional>
 #include <string>
 #include <system_error>
 
@@ -19,16 +18,6 @@ std::string stamp(const LocalTime& time) {
   return text;
 }
 
-// Whole or not at all; a failure is not reported.
-void writeAtomically(FileSystem& files, const std::string& folder, const std::string& name,
-                     const std::string& bytes) {
-  const std::optional<std::string> temporary = files.temporaryPathIn(folder);
-  if (!temporary || files.createFile(*temporary, bytes)) return;
-  if (files.rename(*temporary, folder + "/" + name)) {
-    static_cast<void>(files.remove(*temporary));
-  }
-}
-
 }  // namespace
 
 void AccountsDataMigrator::collate(const String& key, const DictionaryRef& file) {
@@ -41,24 +30,27 @@ void AccountsDataMigrator::_saveCollatedMigrationInformation() {
   FileSystem& files = Platform::current().fileSystem();
   const std::string folder =
       Platform::current().directories().mobileHome() + "/Library/Logs/Dorvix/AccountMigration";
-  if (!files.exists(folder)) {
-    if (const std::error_code error = files.createDirectories(folder, 0777)) {
-      consoleLog(
-          "AccountMigration warning: Could not create the directory to store migration information "
-          "at " +
-          folder + " [Error = " + error.message() + "]");
-      return;
-    }
-  } else if (!files.isDirectory(folder)) {
+  std::error_code error;
+  if (!files.exists(folder, error)) {
+    error = files.createDirectories(folder, 0777);
+  } else if (!files.openFolder(folder, error) && error == std::errc::not_a_directory) {
     consoleLog("Brennick warning: " + folder + " already exists and is not a directory");
+    return;
+  }
+  if (error) {
+    consoleLog(
+        "AccountMigration warning: Could not create the directory to store migration information "
+        "at " +
+        folder + " [Error = " + error.message() + "]");
     return;
   }
   // There is none when nothing was to be migrated.
   if (!_collatedMigrationData) return;
   const std::string name =
       "AccountMigrationInformation-" + stamp(Platform::current().clock().now()) + ".txt";
+  // Whole or not at all; a failure is not reported.
   if (const auto bytes = binaryPropertyList(_collatedMigrationData)) {
-    writeAtomically(files, folder, name, *bytes);
+    static_cast<void>(files.replaceFile(folder + "/" + name, *bytes));
   }
 }
 

@@ -59,7 +59,7 @@ bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
     if (!file.wasUnderstood()) keepAccountsOfTypes(store, {kExchangeAccountType});
     store->replaceAccountsWithTypesWithAccounts({kExchangeAccountType}, *accounts);
   }
-  _oldSyncoraFile = accounts && file.wasUnderstood() ? OldFile::Converted : OldFile::NotConverted;
+  _oldSyncoraFile = accounts && file.wasUnderstood() ? OldFile::MayGo : OldFile::Stays;
   file.removeOriginal();
   return accounts.has_value();
 }

@@ -104,7 +104,7 @@ bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
     store->replaceAccountsWithTypesWithAccounts({kSMTPAccountType}, *outgoing);
     store->replaceAccountsWithTypesWithAccounts({kMailAccountType}, *incoming);
   }
-  _oldMailFile = incoming && file.wasUnderstood() ? OldFile::Converted : OldFile::NotConverted;
+  _oldMailFile = incoming && file.wasUnderstood() ? OldFile::MayGo : OldFile::Stays;
   file.removeOriginal();
   return incoming.has_value();
 }

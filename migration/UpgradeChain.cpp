@@ -1,16 +1,21 @@
 #include <array>
 #include <cstdint>
+#include <system_error>
 
 #include "tallbook/Vocabulary.h"
 
 #include "migration/AccountsDataMigrator.h"
-#include "model/DictionaryFile.h"
 #include "platform/Platform.h"
+#include "store/AccountsFile.h"
 
 namespace tallbook {
 
 bool AccountsDataMigrator::_newAccountsInformationPresent() const {
-  return Platform::current().fileSystem().exists(AccountsManager::fullPathToTallbookPlist());
+  std::error_code unknown;
+  const bool isThere =
+      Platform::current().fileSystem().exists(AccountsManager::fullPathToTallbookPlist(), unknown);
+  // A file that cannot be looked at is not taken for none.
+  return isThere || unknown;
 }
 
 bool AccountsDataMigrator::_migrateNewAccountsInfo(const Store& store) {
@@ -25,7 +30,10 @@ bool AccountsDataMigrator::_migrateNewAccountsInfo(const Store& store) {
       &Self::_migrateAccountsFrom8F191, &Self::_migrateAccountsFrom9A182,
       &Self::_migrateAccountsFrom9A334, &Self::_migrateAccountsFrom9B176,
   };
-  const DictionaryRef file = dictionaryFromFile(AccountsManager::fullPathToTallbookPlist());
+  const AccountsFile accounts = AccountsFile::read();
+  // A file that cannot be read now has a version all the same.
+  if (accounts.state().kind == AccountsFileState::Kind::Unreadable) return false;
+  const DictionaryRef& file = accounts.content();
   collate("OldTallbook", file);
   // Without sign, so that a negative version counts as newer than every step.
   const std::uint64_t savedVersion = file ? (*file)[kPlistVersionKey].unsignedValue() : 0;

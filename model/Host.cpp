@@ -20,7 +20,7 @@ LinuxPlatformOptions::LogSink sinkFor(HostOptions::Log log) {
 }  // namespace
 
 void configureHost(const HostOptions& options) {
-  Platform::install(makeLinuxPlatform({options.root, sinkFor(options.log)}));
+  Platform::install(makeLinuxPlatform({options.root, sinkFor(options.log), options.trustsModules}));
 }
 
 }  // namespace tallbook

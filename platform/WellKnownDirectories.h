@@ -17,9 +17,6 @@ class WellKnownDirectories {
   virtual std::string sharedResources() const = 0;
   /// The mail library's mail data.
   virtual std::string mailData() const = 0;
-  /// Where the store writes a new accounts file before it renames it into place: a directory on
-  /// the accounts file's own file system.
-  virtual std::string temporary() const = 0;
 };
 
 }  // namespace tallbook

@@ -1,29 +1,33 @@
 #include "store/AccountsFile.h"
 
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/PropertyList.h"
 #include "tallbook/Vocabulary.h"
 
-#include "model/DictionaryFile.h"
 #include "model/LibraryLogging.h"
 #include "platform/Platform.h"
 
-namespace tallbook::AccountsFile {
+namespace tallbook {
 namespace {
+
+using Kind = AccountsFileState::Kind;
 
 constexpr std::string_view kFolder = "/var/mobile/Library/Preferences";
 constexpr std::string_view kOperation = "-[AccountsManager saveAllAccounts]";
 const char* const kOwner = "mobile";
 
-std::string folder() {
+std::string folderPath() {
   return Platform::current().directories().systemRoot() + std::string(kFolder);
 }
 
-std::optional<std::string> serialised(std::vector<Value> records) {
+bool isAbsence(const std::error_code& error) {
+  return error == std::errc::no_such_file_or_directory;
+}
+
+std::optional<std::string> serialised(std::vector<Value> records, SaveFailure& failure) {
   const DictionaryRef root =
       Dictionary::make({{kPlistAccountsKey, Array::make(std::move(records))},
                         {kPlistVersionKey, AccountsManager::currentVersion()}});
@@ -36,48 +40,117 @@ std::optional<std::string> serialised(std::vector<Value> records) {
   if (!bytes || !problem.empty()) {
     logMessage(kOperation, [&] { return "Failed to serialize tallbook data: " + problem; });
   }
+  if (!bytes) failure = {"write the accounts as a property list", problem, {}};
   return bytes;
 }
 
-bool writeAndRename(FileSystem& files, const std::string& bytes, const std::string& temporary) {
-  if (files.createFile(temporary, bytes)) return false;
-  if (const std::error_code error = files.setOwner(temporary, kOwner, kOwner)) {
+SaveFailure systemsRefusal(const char* operation, const std::error_code& error) {
+  return {operation, error.message(), error};
+}
+
+/// A new file of the owner's, complete and flushed; where it cannot be made, none.
+SaveFailure makeFile(Folder& folder, const std::string& name, const std::string& bytes,
+                     const FileVersion& replaced) {
+  std::error_code error;
+  const auto file = folder.create(name, error);
+  if (!file) return systemsRefusal("make a new accounts file", error);
+  SaveFailure failure;
+  if ((error = file->write(bytes))) {
+    failure = systemsRefusal("write the new accounts file", error);
+  } else if ((error = file->giveTo(kOwner, kOwner))) {
     logMessage(kOperation, [&] {
       return "Could not set attributes on the temporary tallbook plist. " + error.message();
     });
-    return false;
+    failure = systemsRefusal("give the new accounts file to the account \"mobile\"", error);
+  } else if ((error = file->finish(replaced))) {
+    failure = systemsRefusal("flush the new accounts file to the disk", error);
   }
-  return !files.rename(temporary, path());
+  if (failure) static_cast<void>(folder.remove(name));
+  return failure;
 }
 
 }  // namespace
 
-std::string path() {
-  return folder() + "/" + kAccountsFilename.str();
+std::string AccountsFile::path() {
+  return folderPath() + "/" + kAccountsFilename.str();
 }
 
-DictionaryRef read() {
-  return dictionaryFromFile(path());
-}
-
-bool replace(std::vector<Value> records) {
-  FileSystem& files = Platform::current().fileSystem();
-  const std::optional<std::string> bytes = serialised(std::move(records));
-  const std::optional<std::string> temporary =
-      files.temporaryPathIn(Platform::current().directories().temporary());
-  if (!bytes || !temporary || !writeAndRename(files, *bytes, *temporary)) {
-    logMessage(kOperation, [] { return std::string("Failed to save accounts to filesystem."); });
-    // Nothing may be there to remove, and nothing more can be done where removing fails.
-    if (temporary) static_cast<void>(files.remove(*temporary));
-    return false;
+AccountsFile AccountsFile::read() {
+  AccountsFile file;
+  std::error_code error;
+  file._folder = Platform::current().fileSystem().openFolder(folderPath(), error);
+  if (!file._folder) {
+    file._folderError = error;
+  } else {
+    FileContent content = file._folder->read(kAccountsFilename.str());
+    file._version = content.version;
+    file._held = std::move(content.held);
+    error = content.error;
+    if (!error) file.interpret(content.bytes);
   }
-  // Readers see the new file from the rename on, so the save is done whatever the disk says now.
-  if (const std::error_code error = files.flushDirectory(folder())) {
+  if (error && !isAbsence(error)) file._state = {Kind::Unreadable, 0, error.message(), error};
+  return file;
+}
+
+void AccountsFile::interpret(const std::string& bytes) {
+  _state.kind = Kind::Malformed;
+  const std::optional<Value> root = propertyListFromBytes(bytes, &_state.reason);
+  if (!root) return;
+  _content = root->dictionary();
+  if (!_content) {
+    _state.reason = "its top level is no dictionary";
+    return;
+  }
+  _state.version = (*_content)[kPlistVersionKey].unsignedValue();
+  const Value& records = (*_content)[kPlistAccountsKey];
+  if (!records.isNull() && !records.array()) {
+    _state.reason = "its \"Accounts\" is no array";
+    return;
+  }
+  _state.kind = Kind::Whole;
+}
+
+ArrayRef AccountsFile::records() const {
+  return _content ? (*_content)[kPlistAccountsKey].array() : nullptr;
+}
+
+Replacement AccountsFile::replace(std::vector<Value> records, SaveFailure& failure) const {
+  failure = {};
+  const Replacement replacement = tryToReplace(std::move(records), failure);
+  if (replacement == Replacement::Failed) {
+    logMessage(kOperation, [] { return std::string("Failed to save accounts to filesystem."); });
+  }
+  return replacement;
+}
+
+Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& failure) const {
+  if (_state.kind == Kind::Unreadable) {
+    failure = {"read the accounts file, which is left as it is", _state.reason, _state.error};
+    return Replacement::Failed;
+  }
+  const std::optional<std::string> bytes = serialised(std::move(records), failure);
+  if (!bytes) return Replacement::Failed;
+  if (!_folder) {
+    failure = systemsRefusal("open the folder of the accounts file", _folderError);
+    return Replacement::Failed;
+  }
+  const std::string name = _folder->freshName();
+  failure = makeFile(*_folder, name, *bytes, _version);
+  if (failure) return Replacement::Failed;
+  std::error_code error;
+  const Replacement replacement =
+      replaceIfUnchanged(*_folder, kAccountsFilename.str(), _version, name, error);
+  if (replacement == Replacement::Failed) {
+    failure = systemsRefusal("put the new accounts file in place", error);
+  } else if (replacement == Replacement::NotTheFileRead) {
+    static_cast<void>(_folder->remove(name));
+  } else if (error) {
+    // Readers see the new file from the rename on, so the save is done whatever the disk says now.
     logMessage(kOperation, [&] {
       return "Could not flush the folder of the accounts file. " + error.message();
     });
   }
-  return true;
+  return replacement;
 }
 
-}  // namespace tallbook::AccountsFile
+}  // namespace tallbook

@@ -58,10 +58,18 @@ std::shared_ptr<AccountsManager> AccountsManager::init() {
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::initInsideOfMigration() {
-  const DictionaryRef file = AccountsFile::read();
-  auto store = _initWithAccountsInfo(file ? (*file)[kPlistAccountsKey].array() : nullptr);
-  store->_dataVersion = file ? (*file)[kPlistVersionKey].unsignedValue() : 0;
+  return storeOf(AccountsFile::read());
+}
+
+std::shared_ptr<AccountsManager> AccountsManager::storeOf(const AccountsFile& file) {
+  auto store = _initWithAccountsInfo(file.records());
+  store->_dataVersion = file.state().version;
+  store->_fileState = file.state();
   return store;
+}
+
+AccountsFileState AccountsManager::stateOfAccountsFile() {
+  return AccountsFile::read().state();
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::initWithAccounsInfoArray(const ArrayRef& infos) {

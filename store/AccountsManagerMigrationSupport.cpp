@@ -25,6 +25,17 @@ std::string oldSyncoraAccountsPath() {
          "/Library/Preferences/com.orvane.Syncora.plist";
 }
 
+// What nobody could look at is not known to be there. The migration plug-in looks once more, and
+// changes nothing where that fails.
+bool isFound(std::string_view operation, const std::string& path) {
+  std::error_code error;
+  const bool found = Platform::current().fileSystem().exists(path, error);
+  if (error) {
+    logMessage(operation, [&] { return "Could not look at " + path + ". " + error.message(); });
+  }
+  return found;
+}
+
 void requireOutParameter(const bool* parameter, const char* failure) {
   if (!parameter) throw InternalConsistencyFailure(failure);
 }
@@ -58,7 +69,7 @@ bool AccountsManager::waitForMigrationToFinish(const LongWait& longWait) {
 bool AccountsManager::tallbookNeedsToBeMigrated() {
   constexpr std::string_view kOperation =
       "+[AccountsManager(MigrationSupport) tallbookNeedsToBeMigrated]";
-  const DictionaryRef file = AccountsFile::read();
+  const DictionaryRef file = AccountsFile::read().content();
   if (!file) return false;
   const Value& version = (*file)[kPlistVersionKey];
   if (!version.isNumber()) {
@@ -99,22 +110,21 @@ void AccountsManager::shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(
 }
 
 void AccountsManager::removeNewTallbookToMigrateOldAccountInformation() {
-  FileSystem& files = Platform::current().fileSystem();
   const std::string path = fullPathToTallbookPlist();
-  if (!files.exists(path)) return;
-  if (const std::error_code error = files.remove(path)) {
-    logMessage(
-        "+[AccountsManager(MigrationSupport) removeNewTallbookToMigrateOldAccountInformation]",
-        [&] { return "Could not remove " + path + ". Error " + error.message(); });
-  }
+  const std::error_code error = Platform::current().fileSystem().remove(path);
+  if (!error || error == std::errc::no_such_file_or_directory) return;
+  logMessage("+[AccountsManager(MigrationSupport) removeNewTallbookToMigrateOldAccountInformation]",
+             [&] { return "Could not remove " + path + ". Error " + error.message(); });
 }
 
 bool AccountsManager::_oldMailAccountsInformationFound() {
-  return Platform::current().fileSystem().exists(oldMailAccountsPath());
+  return isFound("+[AccountsManager(MigrationSupport) _oldMailAccountsInformationFound]",
+                 oldMailAccountsPath());
 }
 
 bool AccountsManager::_oldSyncoraAccountsInformationFound() {
-  return Platform::current().fileSystem().exists(oldSyncoraAccountsPath());
+  return isFound("+[AccountsManager(MigrationSupport) _oldSyncoraAccountsInformationFound]",
+                 oldSyncoraAccountsPath());
 }
 
 }  // namespace tallbook

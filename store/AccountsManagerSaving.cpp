@@ -65,7 +65,7 @@ bool areUnique(const AccountTable& table, const AccountsManager::AccountList& ac
 bool AccountsManager::saveAllAccounts() {
   logMessage(kSaving, [] { return std::string("Saving all accounts"); });
   const bool repaired = fixAccountsBeforeSaving();
-  const bool replaced = AccountsFile::replace(mergedRecords());
+  const bool replaced = replaceFile();
   if (replaced) {
     for (const auto& account : *_orderedTopLevelAccounts) {
       account->setOriginalProperties(account->propertiesToSave());
@@ -79,6 +79,23 @@ bool AccountsManager::saveAllAccounts() {
     _setOriginalAccountDictionaries();
   }
   return replaced;
+}
+
+bool AccountsManager::replaceFile() {
+  if (_fileState.kind == AccountsFileState::Kind::Unreadable) {
+    _saveFailure = {"replace the accounts file, which could not be read when this store was made",
+                    _fileState.reason, _fileState.error};
+    logMessage(kSaving, [] { return std::string("Failed to save accounts to filesystem."); });
+    return false;
+  }
+  // Somebody else's save may land between the look at the file and its replacement; then there is
+  // another file to merge with. Each further round means that another save succeeded.
+  Replacement replacement;
+  do {
+    const AccountsFile file = AccountsFile::read();
+    replacement = file.replace(mergedRecords(file), _saveFailure);
+  } while (replacement == Replacement::NotTheFileRead);
+  return replacement == Replacement::Done;
 }
 
 bool AccountsManager::fixAccountsBeforeSaving() {
@@ -97,8 +114,8 @@ bool AccountsManager::fixAccountsBeforeSaving() {
   return repaired;
 }
 
-std::vector<Value> AccountsManager::mergedRecords() const {
-  const auto onDiskStore = initInsideOfMigration();
+std::vector<Value> AccountsManager::mergedRecords(const AccountsFile& file) const {
+  const auto onDiskStore = storeOf(file);
   const AccountTable& onDiskTable = *onDiskStore->_topLevelAccountsByID;
   const AccountList& onDiskAccounts = *onDiskStore->_orderedTopLevelAccounts;
   Counterparts onDisk(onDiskTable, onDiskAccounts,

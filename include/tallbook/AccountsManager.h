@@ -8,13 +8,16 @@
 #include <utility>
 #include <vector>
 
+#include "tallbook/AccountsFileState.h"
 #include "tallbook/BasicAccount.h"
 #include "tallbook/Export.h"
+#include "tallbook/SaveFailure.h"
 #include "tallbook/String.h"
 #include "tallbook/Value.h"
 
 namespace tallbook {
 
+class AccountsFile;
 template <class T>
 class IdentifierTable;
 class LockHold;
@@ -34,7 +37,8 @@ class TALLBOOK_EXPORT AccountsManager {
 
   // Creation. Never null.
 
-  /// A store of the accounts file's records; empty for a file that is missing or no accounts file.
+  /// A store of the accounts file's records; empty for a file that is missing, no accounts file or
+  /// unreadable, which `fileState` tells apart.
   static std::shared_ptr<AccountsManager> init();
   static std::shared_ptr<AccountsManager> initInsideOfMigration();
   /// A store of the given record dictionaries; null counts as none.
@@ -50,6 +54,10 @@ class TALLBOOK_EXPORT AccountsManager {
   /// The format version that this library writes: 12.
   static std::uint64_t currentVersion() noexcept;
   static std::string fullPathToTallbookPlist();
+  /// What lies there now.
+  static AccountsFileState stateOfAccountsFile();
+  /// What lay there when the store was made; `Missing` for a store that was not made of the file.
+  const AccountsFileState& fileState() const noexcept { return _fileState; }
   /// The file's version as it was read, 0 where there was none; the upgrade of an older file
   /// raises it. Saving never writes it.
   std::uint64_t dataVersion() const noexcept { return _dataVersion; }
@@ -118,7 +126,12 @@ class TALLBOOK_EXPORT AccountsManager {
   /// notifier classes. True when the file was replaced; false leaves it as it was, and a later
   /// save loses nothing. Throws InternalConsistencyFailure, after the file was replaced, when a
   /// notifier class cannot be found or loaded.
+  ///
+  /// What other processes save at the same time is merged as well, however often that takes. A file
+  /// that could not be read, now or when the store was made, is not replaced.
   bool saveAllAccounts();
+  /// Why the last save failed; false-like where it did not.
+  const SaveFailure& saveFailure() const noexcept { return _saveFailure; }
   /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,
   /// keys removed here are gone. `inMemory` itself when either of the others is null or empty.
   static DictionaryRef mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties(
@@ -192,7 +205,9 @@ class TALLBOOK_EXPORT AccountsManager {
   void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
   FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
   bool fixAccountsBeforeSaving();
-  std::vector<Value> mergedRecords() const;
+  static std::shared_ptr<AccountsManager> storeOf(const AccountsFile& file);
+  bool replaceFile();
+  std::vector<Value> mergedRecords(const AccountsFile& file) const;
 
   std::unique_ptr<AccountTable> _topLevelAccountsByID;
   std::shared_ptr<AccountList> _orderedTopLevelAccounts;
@@ -205,6 +220,8 @@ class TALLBOOK_EXPORT AccountsManager {
   std::unique_ptr<IdentifierTable<std::vector<String>>> _childAccountIDsByParentAccountID;
   std::unique_ptr<IdentifierTable<DictionaryRef>> _originalAccountsByID;
   std::uint64_t _dataVersion = 0;
+  AccountsFileState _fileState;
+  SaveFailure _saveFailure;
   std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _runtimeFixers;
 };
 

@@ -18,6 +18,9 @@ struct HostOptions {
   std::string root;
   /// Where the library log goes.
   Log log = Log::System;
+  /// Loads the modules of a device tree although it belongs to another user than the process's:
+  /// they are that user's code. The running system's modules are always loaded.
+  bool trustsModules = false;
 };
 
 /// Sets the process up. Records and stores made before must not be used any more.

@@ -7,8 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/FileDescriptor.h"
-
 namespace tallbook {
 namespace {
 
@@ -37,9 +35,10 @@ Fields lineOf(std::string_view database, std::string_view name) {
   return {};
 }
 
-std::optional<unsigned> identifierIn(const std::string& path, const std::string& name) {
+std::optional<unsigned> identifierIn(const DeviceRoot& root, const char* path,
+                                     const std::string& name) {
   std::error_code error;
-  const std::string database = readRegularFile(path, error);
+  const std::string database = root.readFile(root.path() + path, error);
   const Fields fields = lineOf(database, name);
   if (fields.size() <= kIdentifier) return std::nullopt;
   const std::string_view text = fields[kIdentifier];
@@ -72,22 +71,22 @@ auto systemEntry(const std::string& name, LookUp lookUp, Read read)
 }  // namespace
 
 std::optional<uid_t> AccountDatabase::userNamed(const std::string& name) const {
-  if (!_root.empty()) return identifierIn(_root + "/etc/passwd", name);
+  if (!_root.path().empty()) return identifierIn(_root, "/etc/passwd", name);
   return systemEntry<passwd>(name, ::getpwnam_r, [](const passwd& entry) { return entry.pw_uid; });
 }
 
 std::optional<gid_t> AccountDatabase::groupNamed(const std::string& name) const {
-  if (!_root.empty()) return identifierIn(_root + "/etc/group", name);
+  if (!_root.path().empty()) return identifierIn(_root, "/etc/group", name);
   return systemEntry<group>(name, ::getgrnam_r, [](const group& entry) { return entry.gr_gid; });
 }
 
 std::optional<std::string> AccountDatabase::homeOf(const std::string& name) const {
-  if (_root.empty()) {
+  if (_root.path().empty()) {
     return systemEntry<passwd>(name, ::getpwnam_r,
                                [](const passwd& entry) { return std::string(entry.pw_dir); });
   }
   std::error_code error;
-  const std::string database = readRegularFile(_root + "/etc/passwd", error);
+  const std::string database = _root.readFile(_root.path() + "/etc/passwd", error);
   const Fields fields = lineOf(database, name);
   if (fields.size() <= kHome) return std::nullopt;
   return std::string(fields[kHome]);

@@ -4,13 +4,15 @@
 #include <string>
 #include <sys/types.h>
 
+#include "platform/linux/DeviceRoot.h"
+
 namespace tallbook {
 
 /// The device's user and group accounts: the running system's own database for an empty root, else
 /// the files etc/passwd and etc/group below the root, read afresh at every question.
 class AccountDatabase {
  public:
-  explicit AccountDatabase(std::string root) : _root(std::move(root)) {}
+  explicit AccountDatabase(const DeviceRoot& root) : _root(root) {}
 
   /// Each is nullopt for a name that is not there.
   std::optional<uid_t> userNamed(const std::string& name) const;
@@ -19,7 +21,7 @@ class AccountDatabase {
   std::optional<std::string> homeOf(const std::string& name) const;
 
  private:
-  std::string _root;
+  const DeviceRoot& _root;
 };
 
 }  // namespace tallbook

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
+#include <fcntl.h>
 #include <memory>
-#include <string_view>
 #include <systemd/sd-bus.h>
 
 namespace tallbook {
@@ -28,27 +27,6 @@ struct DropMessage {
 using Bus = std::unique_ptr<sd_bus, CloseBus>;
 using Message = std::unique_ptr<sd_bus_message, DropMessage>;
 
-bool standsForItself(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-         std::string_view("-_/.").find(c) != std::string_view::npos;
-}
-
-// A path in the syntax of bus addresses.
-std::string escaped(std::string_view path) {
-  std::string text;
-  for (const char c : path) {
-    if (standsForItself(c)) {
-      text += c;
-      continue;
-    }
-    char code[4];
-    std::snprintf(code, sizeof code, "%%%02x",
-                  static_cast<unsigned>(static_cast<unsigned char>(c)));
-    text += code;
-  }
-  return text;
-}
-
 Bus connectTo(const std::string& address) {
   sd_bus* made = nullptr;
   if (sd_bus_new(&made) < 0) return nullptr;
@@ -63,9 +41,15 @@ Bus connectTo(int (*open)(sd_bus**)) {
   return open(&bus) >= 0 ? Bus(bus) : nullptr;
 }
 
-Bus busBelow(const std::string& root) {
-  if (!root.empty()) {
-    return connectTo("unix:path=" + escaped(root + "/run/dbus/system_bus_socket"));
+Bus busBelow(const DeviceRoot& root) {
+  if (!root.path().empty()) {
+    // By the socket's own inode: a link in the tree must not lead to the bus of the machine around
+    // it.
+    std::error_code error;
+    const FileDescriptor socket =
+        root.open(root.path() + "/run/dbus/system_bus_socket", O_PATH, 0, error);
+    if (!socket) return nullptr;
+    return connectTo("unix:path=/proc/self/fd/" + std::to_string(socket.get()));
   }
   Bus system = connectTo(sd_bus_open_system);
   return system ? std::move(system) : connectTo(sd_bus_open_user);

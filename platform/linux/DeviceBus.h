@@ -3,6 +3,8 @@
 #include <initializer_list>
 #include <string>
 
+#include "platform/linux/DeviceRoot.h"
+
 namespace tallbook {
 
 /// The message bus of the device, for one-way notices: the running system's bus (else the user's)
@@ -16,14 +18,14 @@ class DeviceBus {
     const char* member;
   };
 
-  explicit DeviceBus(std::string root) : _root(std::move(root)) {}
+  explicit DeviceBus(const DeviceRoot& root) : _root(root) {}
 
   /// Sends the signal with string arguments, over a connection of its own, and waits at most a
   /// second until the bus has it. Failures are not reported: a notice has no receipt.
   void emit(const Signal& signal, std::initializer_list<std::string> arguments) const;
 
  private:
-  std::string _root;
+  const DeviceRoot& _root;
 };
 
 }  // namespace tallbook

@@ -2,13 +2,12 @@
 
 #include "tallbook/PropertyList.h"
 
-#include "platform/linux/FileDescriptor.h"
-
 namespace tallbook {
 
-DictionaryRef dictionaryInFile(const std::string& path, std::string* problem) {
+DictionaryRef dictionaryInFile(const DeviceRoot& root, const std::string& path,
+                               std::string* problem) {
   std::error_code error;
-  const std::string bytes = readRegularFile(path, error);
+  const std::string bytes = root.readFile(path, error);
   if (error == std::errc::no_such_file_or_directory) return nullptr;
   const auto report = [&](const std::string& reason) -> DictionaryRef {
     if (problem) *problem = path + ": " + reason;
@@ -16,9 +15,9 @@ DictionaryRef dictionaryInFile(const std::string& path, std::string* problem) {
   };
   if (error) return report(error.message());
   std::string malformed;
-  const auto root = propertyListFromBytes(bytes, &malformed);
-  if (!root) return report(malformed);
-  const DictionaryRef dictionary = root->dictionary();
+  const auto tree = propertyListFromBytes(bytes, &malformed);
+  if (!tree) return report(malformed);
+  const DictionaryRef dictionary = tree->dictionary();
   return dictionary ? dictionary : report("not a dictionary");
 }
 

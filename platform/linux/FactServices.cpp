@@ -11,6 +11,10 @@ namespace {
 
 constexpr const char* kFallbackDisplayString = "Nimbrel";
 
+std::string pathOfFacts(const DeviceRoot& root, const char* name) {
+  return root.path() + "/etc/tallbook/" + name;
+}
+
 Value entryOf(const DictionaryRef& dictionary, std::string_view key) {
   return dictionary ? (*dictionary)[key] : Value();
 }
@@ -59,20 +63,20 @@ std::string_view nameOf(ExternalSyncSources::DataType type) {
 
 }  // namespace
 
-LinuxDeviceInformation::LinuxDeviceInformation(const std::string& facts)
-    : _path(facts + "/DeviceInformation.plist") {}
+LinuxDeviceInformation::LinuxDeviceInformation(const DeviceRoot& root)
+    : _root(root), _path(pathOfFacts(root, "DeviceInformation.plist")) {}
 
 Value LinuxDeviceInformation::answerForKey(std::string_view key) const {
-  const Value answer = entryOf(dictionaryInFile(_path), key);
+  const Value answer = entryOf(dictionaryInFile(_root, _path), key);
   if (key == "CPUArchitecture" && !answer.stringView()) return processorArchitecture();
   return answer;
 }
 
-LinuxRestrictions::LinuxRestrictions(const std::string& facts)
-    : _path(facts + "/Restrictions.plist") {}
+LinuxRestrictions::LinuxRestrictions(const DeviceRoot& root)
+    : _root(root), _path(pathOfFacts(root, "Restrictions.plist")) {}
 
 int LinuxRestrictions::restrictionOfFeature(Feature feature) const {
-  const Value answer = entryOf(dictionaryInFile(_path), nameOf(feature));
+  const Value answer = entryOf(dictionaryInFile(_root, _path), nameOf(feature));
   if (answer.kind() != Value::Kind::Integer || answer.isBeyondSigned()) return 0;
   const std::int64_t number = answer.integerValue();
   const bool fits =
@@ -80,20 +84,20 @@ int LinuxRestrictions::restrictionOfFeature(Feature feature) const {
   return fits ? static_cast<int>(number) : 0;
 }
 
-LinuxPairingRecords::LinuxPairingRecords(const std::string& facts)
-    : _path(facts + "/PairingRecords.plist") {}
+LinuxPairingRecords::LinuxPairingRecords(const DeviceRoot& root)
+    : _root(root), _path(pathOfFacts(root, "PairingRecords.plist")) {}
 
 Value LinuxPairingRecords::valueForKey(std::string_view key, std::string_view domain) const {
-  const DictionaryRef records = entryOf(dictionaryInFile(_path), domain).dictionary();
+  const DictionaryRef records = entryOf(dictionaryInFile(_root, _path), domain).dictionary();
   return key.empty() ? Value(records) : entryOf(records, key);
 }
 
-LinuxSyncSources::LinuxSyncSources(const std::string& facts)
-    : _path(facts + "/SyncSources.plist") {}
+LinuxSyncSources::LinuxSyncSources(const DeviceRoot& root)
+    : _root(root), _path(pathOfFacts(root, "SyncSources.plist")) {}
 
 ExternalSyncSources::Answer LinuxSyncSources::enabledSourcesForDataType(DataType type) const {
   Answer answer;
-  const DictionaryRef file = dictionaryInFile(_path, &answer.error);
+  const DictionaryRef file = dictionaryInFile(_root, _path, &answer.error);
   const Value* entry = file ? file->find(nameOf(type)) : nullptr;
   if (!entry) return answer;
   const ArrayRef names = entry->array();
@@ -107,11 +111,11 @@ ExternalSyncSources::Answer LinuxSyncSources::enabledSourcesForDataType(DataType
   return answer;
 }
 
-LinuxHostedService::LinuxHostedService(const std::string& facts)
-    : _path(facts + "/HostedService.plist") {}
+LinuxHostedService::LinuxHostedService(const DeviceRoot& root)
+    : _root(root), _path(pathOfFacts(root, "HostedService.plist")) {}
 
 std::string LinuxHostedService::accountTypeDisplayString() const {
-  const String text = entryOf(dictionaryInFile(_path), "AccountTypeDisplayString").string();
+  const String text = entryOf(dictionaryInFile(_root, _path), "AccountTypeDisplayString").string();
   return text ? text.str() : kFallbackDisplayString;
 }
 

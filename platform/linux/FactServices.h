@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/DeviceServices.h"
+#include "platform/linux/DeviceRoot.h"
 
 namespace tallbook {
 
@@ -12,50 +13,55 @@ namespace tallbook {
 /// DeviceInformation.plist; the processor from the kernel where the file does not say.
 class LinuxDeviceInformation final : public DeviceInformation {
  public:
-  explicit LinuxDeviceInformation(const std::string& facts);
+  explicit LinuxDeviceInformation(const DeviceRoot& root);
   Value answerForKey(std::string_view key) const override;
 
  private:
+  const DeviceRoot& _root;
   std::string _path;
 };
 
 /// Restrictions.plist.
 class LinuxRestrictions final : public ManagementRestrictions {
  public:
-  explicit LinuxRestrictions(const std::string& facts);
+  explicit LinuxRestrictions(const DeviceRoot& root);
   int restrictionOfFeature(Feature feature) const override;
 
  private:
+  const DeviceRoot& _root;
   std::string _path;
 };
 
 /// PairingRecords.plist.
 class LinuxPairingRecords final : public PairingRecords {
  public:
-  explicit LinuxPairingRecords(const std::string& facts);
+  explicit LinuxPairingRecords(const DeviceRoot& root);
   Value valueForKey(std::string_view key, std::string_view domain) const override;
 
  private:
+  const DeviceRoot& _root;
   std::string _path;
 };
 
 /// SyncSources.plist. A malformed file or entry is the daemon's error.
 class LinuxSyncSources final : public ExternalSyncSources {
  public:
-  explicit LinuxSyncSources(const std::string& facts);
+  explicit LinuxSyncSources(const DeviceRoot& root);
   Answer enabledSourcesForDataType(DataType type) const override;
 
  private:
+  const DeviceRoot& _root;
   std::string _path;
 };
 
 /// HostedService.plist.
 class LinuxHostedService final : public HostedServiceLibrary {
  public:
-  explicit LinuxHostedService(const std::string& facts);
+  explicit LinuxHostedService(const DeviceRoot& root);
   std::string accountTypeDisplayString() const override;
 
  private:
+  const DeviceRoot& _root;
   std::string _path;
 };
 

@@ -35,6 +35,10 @@ std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
       return {};
     }
     used += static_cast<std::size_t>(got);
+    if (used > FileSystem::kLargestFile) {
+      error = make_error_code(std::errc::file_too_large);
+      return {};
+    }
     if (got > 0) continue;
     bytes.resize(used);
     return bytes;
@@ -53,9 +57,15 @@ FileDescriptor::~FileDescriptor() {
 
 FileDescriptor FileDescriptor::open(const std::string& path, int flags, unsigned mode,
                                     std::error_code& error) {
+  return openAt(FileDescriptor(AT_FDCWD), path, flags, mode, error);
+}
+
+FileDescriptor FileDescriptor::openAt(const FileDescriptor& folder, const std::string& path,
+                                      int flags, unsigned mode, std::error_code& error) {
   int fd;
   do {
-    fd = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, static_cast<mode_t>(mode));
+    fd = ::openat(folder.get(), path.c_str(), flags | O_CLOEXEC | O_NOCTTY,
+                  static_cast<mode_t>(mode));
   } while (fd < 0 && errno == EINTR);
   error = fd < 0 ? lastSystemError() : std::error_code();
   return FileDescriptor(fd);
@@ -90,9 +100,7 @@ std::error_code writeAll(int fd, std::string_view bytes) {
   return {};
 }
 
-std::string readRegularFile(const std::string& path, std::error_code& error) {
-  const FileDescriptor file = FileDescriptor::open(path, O_RDONLY | O_NONBLOCK, 0, error);
-  if (!file) return {};
+std::string readRegularFile(const FileDescriptor& file, std::error_code& error) {
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) {
     error = lastSystemError();

@@ -26,9 +26,14 @@ class FileDescriptor {
   /// interrupted. `flags` and `mode` are those of `open`.
   static FileDescriptor open(const std::string& path, int flags, unsigned mode,
                              std::error_code& error);
+  /// The same below an open folder.
+  static FileDescriptor openAt(const FileDescriptor& folder, const std::string& path, int flags,
+                               unsigned mode, std::error_code& error);
 
   explicit operator bool() const noexcept { return _fd >= 0; }
   int get() const noexcept { return _fd; }
+  /// Gives the descriptor up to the caller, who closes it.
+  int release() noexcept { return std::exchange(_fd, -1); }
 
   /// Writes all the bytes.
   std::error_code write(std::string_view bytes) const;
@@ -44,8 +49,8 @@ class FileDescriptor {
 /// Writes all the bytes to an open file, however many calls that takes.
 std::error_code writeAll(int fd, std::string_view bytes);
 
-/// The content of a regular file of at most 1 GiB; an error and nothing for everything else.
-/// Never waits for a pipe's writer, never reads a device.
-std::string readRegularFile(const std::string& path, std::error_code& error);
+/// The content of an open regular file of at most `FileSystem::kLargestFile` bytes; an error and
+/// nothing for everything else, never a wait for a pipe's writer.
+std::string readRegularFile(const FileDescriptor& file, std::error_code& error);
 
 }  // namespace tallbook

@@ -7,8 +7,8 @@ namespace tallbook {
 std::string LinuxDirectories::mobileHome() const {
   // Asking the running system may mean asking a directory server: once is enough.
   std::call_once(_homeAsked, [this] {
-    _home = _root + "/var/mobile";
-    if (!_root.empty()) return;
+    _home = _root.path() + "/var/mobile";
+    if (!_root.path().empty()) return;
     const auto home = AccountDatabase(_root).homeOf("mobile");
     if (home && home->size() > 1 && home->front() == '/') _home = *home;
     if (_home.back() == '/') _home.pop_back();

@@ -3,23 +3,22 @@
 #include <mutex>
 
 #include "platform/WellKnownDirectories.h"
+#include "platform/linux/DeviceRoot.h"
 
 namespace tallbook {
 
 /// The device's folders below its root; the running system's own for an empty root.
 class LinuxDirectories final : public WellKnownDirectories {
  public:
-  explicit LinuxDirectories(std::string root) : _root(std::move(root)) {}
+  explicit LinuxDirectories(const DeviceRoot& root) : _root(root) {}
 
-  std::string systemRoot() const override { return _root; }
+  std::string systemRoot() const override { return _root.path(); }
   std::string mobileHome() const override;
-  std::string sharedResources() const override { return _root + "/var/mobile"; }
+  std::string sharedResources() const override { return _root.path() + "/var/mobile"; }
   std::string mailData() const override { return mobileHome() + "/Library/Mail"; }
-  /// The accounts file's own folder, so that the rename never crosses file systems.
-  std::string temporary() const override { return _root + "/var/mobile/Library/Preferences"; }
 
  private:
-  std::string _root;
+  const DeviceRoot& _root;
   mutable std::once_flag _homeAsked;
   mutable std::string _home;
 };

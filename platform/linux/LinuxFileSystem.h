@@ -2,29 +2,22 @@
 
 #include "platform/FileSystem.h"
 #include "platform/linux/AccountDatabase.h"
+#include "platform/linux/DeviceRoot.h"
 
 namespace tallbook {
 
-/// The kernel's files. Nothing is ever made or given away through a symbolic link.
+/// The kernel's files below a device's root.
 class LinuxFileSystem final : public FileSystem {
  public:
-  /// Account names are those of the device below `root`.
-  explicit LinuxFileSystem(std::string root) : _accounts(std::move(root)) {}
+  explicit LinuxFileSystem(const DeviceRoot& root) : _root(root), _accounts(root) {}
 
   std::string readFile(const std::string& path, std::error_code& error) const override;
-  bool exists(const std::string& path) const override;
-  bool isDirectory(const std::string& path) const override;
-  std::error_code remove(const std::string& path) override;
-  std::error_code copyFile(const std::string& from, const std::string& to) override;
+  std::unique_ptr<Folder> openFolder(const std::string& path,
+                                     std::error_code& error) const override;
   std::error_code createDirectories(const std::string& path, unsigned mode) override;
-  std::optional<std::string> temporaryPathIn(const std::string& directory) override;
-  std::error_code createFile(const std::string& path, std::string_view bytes) override;
-  std::error_code setOwner(const std::string& path, const std::string& owner,
-                           const std::string& group) override;
-  std::error_code rename(const std::string& from, const std::string& to) override;
-  std::error_code flushDirectory(const std::string& path) override;
 
  private:
+  const DeviceRoot& _root;
   AccountDatabase _accounts;
 };
 

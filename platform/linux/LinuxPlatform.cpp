@@ -38,19 +38,21 @@ std::vector<std::string> resourceFolders(const std::string& root) {
 
 class LinuxPlatform final : public Platform {
  public:
-  LinuxPlatform(const std::string& root, LinuxPlatformOptions::LogSink log)
-      : _fileSystem(root),
-        _directories(root),
-        _bus(root),
-        _preferences(_directories, _bus),
+  LinuxPlatform(const std::string& root, const LinuxPlatformOptions& options)
+      : _root(root),
+        _fileSystem(_root),
+        _directories(_root),
+        _bus(_root),
+        _preferences(_root, _directories, _bus),
         _namedLock(root),
-        _systemLog(makeSystemLog(log)),
-        _resourceBundle(resourceFolders(root)),
-        _deviceInformation(root + "/etc/tallbook"),
-        _restrictions(root + "/etc/tallbook"),
-        _pairingRecords(root + "/etc/tallbook"),
-        _syncSources(root + "/etc/tallbook"),
-        _hostedService(root + "/etc/tallbook"),
+        _systemLog(makeSystemLog(options.log)),
+        _moduleLoader(_root, options.trustsModules),
+        _resourceBundle(_root, resourceFolders(root)),
+        _deviceInformation(_root),
+        _restrictions(_root),
+        _pairingRecords(_root),
+        _syncSources(_root),
+        _hostedService(_root),
         _bookmarksLibrary(_bus) {}
 
   FileSystem& fileSystem() override { return _fileSystem; }
@@ -71,6 +73,7 @@ class LinuxPlatform final : public Platform {
   LocalClock& clock() override { return _clock; }
 
  private:
+  DeviceRoot _root;
   LinuxFileSystem _fileSystem;
   LinuxDirectories _directories;
   DeviceBus _bus;
@@ -93,7 +96,7 @@ class LinuxPlatform final : public Platform {
 }  // namespace
 
 std::unique_ptr<Platform> makeLinuxPlatform(const LinuxPlatformOptions& options) {
-  return std::make_unique<LinuxPlatform>(normalRoot(options.root), options.log);
+  return std::make_unique<LinuxPlatform>(normalRoot(options.root), options);
 }
 
 }  // namespace tallbook

@@ -17,6 +17,8 @@ struct LinuxPlatformOptions {
     StandardError,
     Nowhere
   } log = LogSink::JournalElseStandardError;
+  /// Whether modules of a device tree that belongs to another user are loaded.
+  bool trustsModules = false;
 };
 
 std::unique_ptr<Platform> makeLinuxPlatform(const LinuxPlatformOptions& options);

@@ -8,7 +8,7 @@ Value LinuxPreferences::valueForKey(std::string_view key, std::string_view domai
   // A domain is a file's name, never a way to another folder.
   if (domain.find('/') != std::string_view::npos) return {};
   const DictionaryRef stored = dictionaryInFile(
-      _directories.mobileHome() + "/Library/Preferences/" + std::string(domain) + ".plist");
+      _root, _directories.mobileHome() + "/Library/Preferences/" + std::string(domain) + ".plist");
   return stored ? (*stored)[key] : Value();
 }
 

@@ -3,6 +3,7 @@
 #include "platform/Preferences.h"
 #include "platform/WellKnownDirectories.h"
 #include "platform/linux/DeviceBus.h"
+#include "platform/linux/DeviceRoot.h"
 
 namespace tallbook {
 
@@ -10,13 +11,15 @@ namespace tallbook {
 /// device's message bus.
 class LinuxPreferences final : public Preferences {
  public:
-  LinuxPreferences(const WellKnownDirectories& directories, const DeviceBus& bus)
-      : _directories(directories), _bus(bus) {}
+  LinuxPreferences(const DeviceRoot& root, const WellKnownDirectories& directories,
+                   const DeviceBus& bus)
+      : _root(root), _directories(directories), _bus(bus) {}
 
   Value valueForKey(std::string_view key, std::string_view domain) override;
   void postChangedNotice(std::string_view applicationIdentifier, std::string_view key) override;
 
  private:
+  const DeviceRoot& _root;
   const WellKnownDirectories& _directories;
   const DeviceBus& _bus;
 };

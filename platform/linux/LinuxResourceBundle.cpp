@@ -1,7 +1,9 @@
 #include "platform/linux/LinuxResourceBundle.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 
 #include "platform/linux/FactFile.h"
 #include "platform/linux/UserLanguages.h"
@@ -10,16 +12,6 @@ namespace tallbook {
 namespace {
 
 constexpr const char* kFallbackLanguage = "en";
-
-std::optional<std::string> fileIn(const std::vector<std::string>& folders,
-                                  const std::string& name) {
-  for (const std::string& folder : folders) {
-    std::string path = folder + "/" + name;
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(path, ignored)) return path;
-  }
-  return std::nullopt;
-}
 
 }  // namespace
 
@@ -34,9 +26,20 @@ std::string LinuxResourceBundle::folderOfThisLibrary() {
                : (folder / TALLBOOK_RESOURCES_FROM_LIBRARY).lexically_normal().string();
 }
 
+std::optional<std::string> LinuxResourceBundle::fileNamed(const std::string& name) const {
+  for (const std::string& folder : _folders) {
+    std::string path = folder + "/" + name;
+    std::error_code error;
+    const FileDescriptor file = _root.open(path, O_PATH, 0, error);
+    struct stat status {};
+    if (file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return path;
+  }
+  return std::nullopt;
+}
+
 std::optional<std::string> LinuxResourceBundle::pathForResource(std::string_view name,
                                                                 std::string_view type) const {
-  return fileIn(_folders, std::string(name) + "." + std::string(type));
+  return fileNamed(std::string(name) + "." + std::string(type));
 }
 
 std::string LinuxResourceBundle::localizedString(std::string_view key, std::string_view table,
@@ -58,8 +61,8 @@ String LinuxResourceBundle::textIn(const std::string& language, std::string_view
 DictionaryRef LinuxResourceBundle::tableOf(const LanguageAndTable& which) const {
   std::scoped_lock guard(_reading);
   if (const auto known = _tables.find(which); known != _tables.end()) return known->second;
-  const auto path = fileIn(_folders, which.first + "/" + which.second + ".strings");
-  return _tables[which] = path ? dictionaryInFile(*path) : nullptr;
+  const auto path = fileNamed(which.first + "/" + which.second + ".strings");
+  return _tables[which] = path ? dictionaryInFile(_root, *path) : nullptr;
 }
 
 }  // namespace tallbook

@@ -60,9 +60,7 @@ TEST_F(ADriver, EndsInOneOfFewWays) {
     noLegacyFiles();
     test::writeFile(accountsPath(), "no property list");
   };
-  const auto noSaving = [&] {
-    platform().scriptedDirectories.temporaryDirectory = path("/nowhere");
-  };
+  const auto noSaving = [&] { test::writeFile(path("/etc/passwd"), "nobody to own the file"); };
   const char* const sentinelFound =
       "Detected that a removal old accounts info was in progress. Early return!.";
   struct Outcome {
@@ -155,20 +153,24 @@ TEST_F(ADriver, PutsTheAccountsFileAsideAsFarAsItCan) {
 
 TEST_F(ADriver, FinishesARemovalWhereverItWasInterrupted) {
   const std::string text = "Old Account Information Removal Sentinel";
-  const std::pair<std::string, std::string> rows[] = {
-      {"mail exchange sentinel ", text.substr(0, text.size() / 2)},
-      {"mail exchange sentinel ", text},
-      {"mail sentinel ", text},
-      {"sentinel ", text}};
-  for (std::size_t n = 1; n <= std::size(rows); ++n) {
+  struct Row {
+    std::size_t operation;
+    std::string left;
+    std::string sentinel;
+  };
+  // The sentinel is made, written and finished, each file removed, all in a folder opened before.
+  for (const auto& [n, left, sentinel] :
+       {Row{3, "mail exchange sentinel ", text.substr(0, text.size() / 2)},
+        Row{6, "mail exchange sentinel ", text}, Row{8, "mail sentinel ", text},
+        Row{10, "sentinel ", text}}) {
     SCOPED_TRACE(n);
     arrangeAll();
     FailingFileSystem files(platform().realFileSystem());
     platform().replaceFileSystem(files);
     files.stopAt(n);
     EXPECT_THROW(AccountsDataMigrator()._removeOldAccountsInfo(), Stopped);
-    EXPECT_EQ(oldFiles(), rows[n - 1].first);
-    EXPECT_EQ(test::readFile(sentinelPath()), rows[n - 1].second);
+    EXPECT_EQ(oldFiles(), left);
+    EXPECT_EQ(test::readFile(sentinelPath()), sentinel);
     restart();
     EXPECT_TRUE(migrate());
     EXPECT_EQ(oldFiles(), "");
@@ -192,12 +194,13 @@ TEST_F(ADriver, TellsWhichOldFileItCouldNotDelete) {
     std::string left;
     std::string deletionOf;
   };
-  // Sentinel, Exchange file, mail file, sentinel and, last, the mail fetch marker.
+  // The sentinel is made; Exchange file, mail file, sentinel and, last, the mail fetch marker go,
+  // each from a folder opened before.
   for (const Case& each : {
-           Case{4, "", sentinelPath()},
-           Case{3, "mail exchange ", legacySyncoraPath()},
-           Case{2, "mail ", legacyMailPath()},
-           Case{1, "sentinel ", sentinelPath()},
+           Case{10, "", sentinelPath()},
+           Case{6, "mail exchange ", legacySyncoraPath()},
+           Case{4, "mail ", legacyMailPath()},
+           Case{2, "sentinel ", sentinelPath()},
        }) {
     migrateFailingAt(all - each.beforeTheLast);
     EXPECT_EQ(oldFiles(), each.left);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -14,8 +15,9 @@ using namespace std::string_literals;
 
 /// The real files of a device.
 struct Real {
-  explicit Real(const std::string& root) : folder(root), files(root) {}
+  explicit Real(const std::string& path) : folder(path), root(path), files(root) {}
   std::string folder;
+  DeviceRoot root;
   LinuxFileSystem files;
 };
 
@@ -41,6 +43,20 @@ class AFileSystem : public ThrowAwayDevice {
     EXPECT_FALSE(files.createFile(at("/d/old"), "old bytes"));
   }
   std::string at(const std::string& below) const { return kind.folder + below; }
+  bool exists(const std::string& below) const {
+    std::error_code error;
+    const bool answer = kind.files.exists(at(below), error);
+    EXPECT_FALSE(error) << below;
+    return answer;
+  }
+  bool isDirectory(const std::string& below) const {
+    std::error_code error;
+    return kind.files.openFolder(at(below), error) != nullptr;
+  }
+  std::unique_ptr<Folder> folder(const std::string& below) const {
+    std::error_code error;
+    return kind.files.openFolder(at(below), error);
+  }
   std::string contentOf(const std::string& below) const {
     std::error_code error;
     std::string bytes = kind.files.readFile(at(below), error);
@@ -60,37 +76,78 @@ TYPED_TEST(AFileSystem, KeepsBytesAsTheyAre) {
     EXPECT_TRUE(this->contentOf("/d/new") == bytes);
     ASSERT_FALSE(this->files.copyFile(this->at("/d/new"), this->at("/d/copy")));
     EXPECT_TRUE(this->contentOf("/d/copy") == bytes);
-    ASSERT_FALSE(this->files.rename(this->at("/d/copy"), this->at("/d/new")));
-    EXPECT_FALSE(this->files.exists(this->at("/d/copy")));
+    ASSERT_FALSE(this->folder("/d")->rename("copy", "new"));
+    EXPECT_FALSE(this->exists("/d/copy"));
     ASSERT_FALSE(this->files.remove(this->at("/d/new")));
-    EXPECT_FALSE(this->files.exists(this->at("/d/new")));
+    EXPECT_FALSE(this->exists("/d/new"));
   }
 }
 
 TYPED_TEST(AFileSystem, ReplacesAFileByRenaming) {
+  const auto folder = this->folder("/d");
   ASSERT_FALSE(this->files.createFile(this->at("/d/new"), "new bytes"));
-  ASSERT_FALSE(this->files.rename(this->at("/d/new"), this->at("/d/old")));
+  EXPECT_EQ(folder->renameToNew("new", "old"), errc::file_exists);
+  ASSERT_FALSE(folder->rename("new", "old"));
   EXPECT_EQ(this->contentOf("/d/old"), "new bytes");
-  EXPECT_FALSE(this->files.flushDirectory(this->at("/d")));
+  ASSERT_FALSE(folder->renameToNew("old", "moved"));
+  EXPECT_FALSE(this->exists("/d/old"));
+  ASSERT_FALSE(this->files.replaceFile(this->at("/d/moved"), "replaced"));
+  EXPECT_EQ(this->contentOf("/d/moved"), "replaced");
+  EXPECT_FALSE(folder->flush());
+}
+
+TYPED_TEST(AFileSystem, TellsVersionsApart) {
+  const auto folder = this->folder("/d");
+  std::error_code error;
+  const FileVersion old = folder->read("old").version;
+  EXPECT_EQ(folder->look("old", error).version, old);
+  ASSERT_FALSE(folder->link("old", *this->folder("/d/sub"), "kept"));
+  EXPECT_EQ(folder->look("old", error).version, old) << "a second name is no change";
+  std::vector<FileVersion> met{old};
+  for (int round = 0; round < 20; ++round) {
+    const std::string name = folder->freshName();
+    const auto file = folder->create(name, error);
+    ASSERT_TRUE(file);
+    EXPECT_FALSE(file->write("old bytes"));
+    EXPECT_FALSE(file->finish(met.back()));
+    ASSERT_FALSE(folder->rename(name, "old"));
+    const FileVersion version = folder->look("old", error).version;
+    EXPECT_EQ(std::ranges::count(met, version), 0);
+    met.push_back(version);
+  }
+  EXPECT_FALSE(folder->look("none", error).version);
+  EXPECT_FALSE(error);
+}
+
+TYPED_TEST(AFileSystem, KeepsNotesAndFolders) {
+  const auto folder = this->folder("/d");
+  std::error_code error;
+  ASSERT_FALSE(folder->makeNote("note", "what it says"));
+  EXPECT_EQ(folder->makeNote("note", "again"), errc::file_exists);
+  EXPECT_EQ(folder->noteText("note", error), "what it says");
+  EXPECT_EQ(folder->look("note", error).kind, FileKind::Link);
+  EXPECT_EQ(folder->read("note").error, errc::no_such_file_or_directory);
+  EXPECT_FALSE(folder->remove("note"));
+  EXPECT_EQ(folder->noteText("note", error), "");
+  EXPECT_EQ(error, errc::no_such_file_or_directory);
+  EXPECT_FALSE(folder->makeFolder("private", "mobile", "mobile"));
+  EXPECT_EQ(folder->makeFolder("private", "mobile", "mobile"), errc::file_exists);
+  ASSERT_FALSE(createFile(*folder->folder("private", error), "in it", "1"));
+  EXPECT_EQ(this->contentOf("/d/private/in it"), "1");
+  EXPECT_EQ(folder->folder("old", error), nullptr);
+  EXPECT_EQ(error, errc::not_a_directory);
+  std::vector<std::string> names = folder->names(error);
+  std::ranges::sort(names);
+  EXPECT_EQ(names, (std::vector<std::string>{"old", "private", "sub"}));
 }
 
 TYPED_TEST(AFileSystem, TellsDirectoriesFromFiles) {
   EXPECT_FALSE(this->files.createDirectories(this->at("/d/sub"), 0755)) << "it is there already";
   EXPECT_FALSE(this->files.createDirectories(this->at("/e/f/g"), 0755));
-  EXPECT_TRUE(this->files.isDirectory(this->at("/e/f/g")));
-  EXPECT_TRUE(this->files.exists(this->at("/e/f")));
-  EXPECT_FALSE(this->files.isDirectory(this->at("/d/old")));
-  EXPECT_FALSE(this->files.isDirectory(this->at("/d/none")));
-}
-
-TYPED_TEST(AFileSystem, OffersFreshTemporaryPaths) {
-  const auto first = this->files.temporaryPathIn(this->at("/d"));
-  ASSERT_TRUE(first);
-  EXPECT_TRUE(first->starts_with(this->at("/d/")));
-  EXPECT_FALSE(this->files.createFile(*first, "1"));
-  EXPECT_NE(this->files.temporaryPathIn(this->at("/d")), first);
-  EXPECT_EQ(this->files.temporaryPathIn(this->at("/none")), std::nullopt);
-  EXPECT_EQ(this->files.temporaryPathIn(this->at("/d/old")), std::nullopt);
+  EXPECT_TRUE(this->isDirectory("/e/f/g"));
+  EXPECT_TRUE(this->exists("/e/f"));
+  EXPECT_FALSE(this->isDirectory("/d/old"));
+  EXPECT_FALSE(this->isDirectory("/d/none"));
 }
 
 TYPED_TEST(AFileSystem, ChangesNothingWhenItFails) {
@@ -101,6 +158,9 @@ TYPED_TEST(AFileSystem, ChangesNothingWhenItFails) {
     EXPECT_EQ(disk.readFile(below(name), error), "");
     return error;
   };
+  const auto folder = this->folder("/d");
+  std::error_code failure;
+  const auto given = folder->create("given", failure);
   const struct {
     const char* what;
     std::error_code error;
@@ -119,45 +179,43 @@ TYPED_TEST(AFileSystem, ChangesNothingWhenItFails) {
       {"remove nothing", disk.remove(below("/d/none")), errc::no_such_file_or_directory},
       {"remove a directory", disk.remove(below("/d/sub")), errc::is_a_directory},
       {"make below a file", disk.createDirectories(below("/d/old/x"), 0755), errc::not_a_directory},
-      {"rename nothing", disk.rename(below("/d/none"), below("/d/old")),
+      {"rename nothing", folder->rename("none", "old"), errc::no_such_file_or_directory},
+      {"rename onto a directory", folder->rename("old", "sub"), errc::is_a_directory},
+      {"rename nothing to a new name", folder->renameToNew("none", "x"),
        errc::no_such_file_or_directory},
-      {"rename onto a directory", disk.rename(below("/d/old"), below("/d/sub")),
-       errc::is_a_directory},
-      {"rename to nowhere", disk.rename(below("/d/old"), below("/n/x")),
+      {"link nothing", folder->link("none", *folder, "x"), errc::no_such_file_or_directory},
+      {"link over", folder->link("old", *folder, "sub"), errc::file_exists},
+      {"give to nobody", given->giveTo("nobody-has-this-name", "mobile"), errc::invalid_argument},
+      {"give to no group", given->giveTo("mobile", "nobody-has-this-name"), errc::invalid_argument},
+      {"open nothing", (disk.openFolder(below("/n"), failure), failure),
        errc::no_such_file_or_directory},
-      {"give to nobody", disk.setOwner(below("/d/old"), "nobody-has-this-name", "mobile"),
-       errc::invalid_argument},
-      {"give to no group", disk.setOwner(below("/d/old"), "mobile", "nobody-has-this-name"),
-       errc::invalid_argument},
-      {"give nothing", disk.setOwner(below("/d/none"), "mobile", "mobile"),
-       errc::no_such_file_or_directory},
-      {"flush nothing", disk.flushDirectory(below("/n")), errc::no_such_file_or_directory},
-      {"flush a file", disk.flushDirectory(below("/d/old")), errc::not_a_directory},
+      {"open a file", (disk.openFolder(below("/d/old"), failure), failure), errc::not_a_directory},
   };
   for (const auto& [what, error, expected] : cases) {
     EXPECT_TRUE(error == expected) << what << ": " << error.message();
   }
   EXPECT_EQ(this->contentOf("/d/old"), "old bytes");
-  EXPECT_TRUE(disk.isDirectory(below("/d/sub")));
-  EXPECT_FALSE(disk.exists(below("/d/x")) || disk.exists(below("/n")));
+  EXPECT_TRUE(this->isDirectory("/d/sub"));
+  EXPECT_FALSE(this->exists("/d/x") || this->exists("/n"));
 }
 
 TEST(AFailingFileSystem, FailsOnceAndStopsForGood) {
   MemoryFileSystem memory;
   FailingFileSystem files(memory);
-  files.failAt(2, make_error_code(errc::no_space_on_device));
+  std::error_code error;
+  // Each creation opens the folder, makes, writes and finishes the file.
+  files.failAt(6, make_error_code(errc::no_space_on_device));
   EXPECT_FALSE(files.createFile("/a", "1"));
   EXPECT_EQ(files.createFile("/b", "1"), errc::no_space_on_device);
   EXPECT_FALSE(files.createFile("/c", "1"));
-  EXPECT_FALSE(memory.exists("/b"));
+  EXPECT_FALSE(memory.exists("/b", error));
 
-  files.stopAt(1);
+  files.stopAt(3);
   EXPECT_THROW((void)files.createFile("/d", "1234"), Stopped);
+  EXPECT_EQ(files.names(), (std::vector<std::string>{"openFolder", "create", "write"}));
   EXPECT_THROW((void)files.remove("/a"), Stopped);
-  EXPECT_THROW((void)files.exists("/a"), Stopped);
-  EXPECT_EQ(memory.journal(),
-            (std::vector<std::string>{"createFile /a", "createFile /c", "createFile /d"}));
-  std::error_code error;
+  EXPECT_THROW((void)files.exists("/a", error), Stopped);
+  EXPECT_TRUE(memory.exists("/a", error));
   EXPECT_EQ(memory.readFile("/d", error), "12") << "cut off in the middle";
 }
 

@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -7,8 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/LinuxDirectories.h"
 #include "platform/linux/LinuxFileSystem.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/Device.h"
 
 namespace tallbook {
@@ -40,7 +41,13 @@ class AsAnOrdinaryUser {
 
 class TheKernelsFiles : public ThrowAwayDevice {
  protected:
-  LinuxFileSystem files{root()};
+  bool exists(const std::string& below) const {
+    std::error_code error;
+    return files.exists(path(below), error);
+  }
+
+  DeviceRoot device{root()};
+  LinuxFileSystem files{device};
 };
 
 TEST_F(TheKernelsFiles, GetTheirPermissionBitsWhateverTheMask) {
@@ -61,18 +68,48 @@ TEST_F(TheKernelsFiles, AreNeverMadeOrGivenAwayThroughALink) {
   EXPECT_EQ(files.createFile(path("/link"), "x"), errc::file_exists);
   EXPECT_EQ(files.createFile(path("/dangling"), "x"), errc::file_exists);
   EXPECT_EQ(files.copyFile(path("/victim"), path("/dangling")), errc::file_exists);
-  EXPECT_TRUE(files.exists(path("/dangling")));
-  EXPECT_FALSE(files.exists(path("/nowhere")));
-
-  test::writeFile(path("/etc/passwd"), "mobile:x:54321:54321::/var/mobile:/bin/false\n");
-  const std::error_code given = files.setOwner(path("/link"), "mobile", "mobile");
-  EXPECT_EQ(given,
-            ::geteuid() == 0 ? std::error_code() : make_error_code(errc::operation_not_permitted));
-  EXPECT_EQ(statusOf(path("/victim")).st_uid, ::getuid());
-  EXPECT_EQ(statusOf(path("/link")).st_uid, given ? ::getuid() : 54321U);
+  EXPECT_TRUE(exists("/dangling"));
+  EXPECT_FALSE(exists("/nowhere"));
 
   EXPECT_FALSE(files.remove(path("/link")));
   EXPECT_EQ(test::readFile(path("/victim")), "mine");
+}
+
+TEST_F(TheKernelsFiles, AreGivenAwayByWhatWasMadeNotByItsName) {
+  test::writeFile(path("/etc/passwd"), "mobile:x:54321:54321::/var/mobile:/bin/false\n");
+  test::writeFile(path("/victim"), "mine");
+  std::error_code error;
+  const auto folder = files.openFolder(root(), error);
+  const auto file = folder->create("new", error);
+  ASSERT_TRUE(file);
+  fs::rename(path("/new"), path("/taken"));
+  fs::rename(path("/victim"), path("/new"));
+  error = file->giveTo("mobile", "mobile");
+  EXPECT_EQ(error,
+            ::geteuid() == 0 ? std::error_code() : make_error_code(errc::operation_not_permitted));
+  EXPECT_EQ(statusOf(path("/new")).st_uid, ::getuid());
+  EXPECT_EQ(statusOf(path("/taken")).st_uid, error ? ::getuid() : 54321U);
+}
+
+TEST_F(TheKernelsFiles, AreWaitedForWhereAnotherProgramHasALease) {
+  test::writeFile(path("/leased"), "content");
+  test::ChildProcess holder([&](test::ChildProcess::Parent& parent) {
+    // Told that somebody wants to read, the holder gives its lease up.
+    static int descriptor;
+    descriptor = ::open(path("/leased").c_str(), O_WRONLY);
+    ::signal(SIGIO, [](int) { ::fcntl(descriptor, F_SETLEASE, F_UNLCK); });
+    if (::fcntl(descriptor, F_SETLEASE, F_WRLCK) != 0) return false;
+    parent.say('l');
+    while (parent.hear() != 'e') {
+    }
+    return true;
+  });
+  if (holder.hear() != 'l') GTEST_SKIP() << "leases are not possible here";
+  std::error_code error;
+  EXPECT_EQ(files.readFile(path("/leased"), error), "content") << error.message();
+  EXPECT_EQ(files.openFolder(root(), error)->read("leased").bytes, "content");
+  holder.say('e');
+  EXPECT_EQ(holder.wait(), 0);
 }
 
 TEST_F(TheKernelsFiles, AreReadOnlyWhereTheyAreRegular) {
@@ -95,9 +132,8 @@ TEST_F(TheKernelsFiles, StayAsTheyWereInAReadOnlyFolder) {
     const AsAnOrdinaryUser user;
     EXPECT_EQ(files.createFile(path("/folder/new"), "x"), errc::permission_denied);
     EXPECT_EQ(files.remove(path("/folder/old")), errc::permission_denied);
-    EXPECT_EQ(files.rename(path("/folder/old"), path("/folder/new")), errc::permission_denied);
+    EXPECT_EQ(files.replaceFile(path("/folder/old"), "x"), errc::permission_denied);
     EXPECT_EQ(files.createDirectories(path("/folder/sub"), 0755), errc::permission_denied);
-    EXPECT_EQ(files.temporaryPathIn(path("/folder")), std::nullopt);
   }
   fs::permissions(path("/folder"), fs::perms(0755));
   EXPECT_EQ(test::namesIn(path("/folder")), std::vector<std::string>{"old"});
@@ -116,23 +152,40 @@ TEST_F(TheKernelsFiles, LeaveNothingBehindWhenTheDiskTakesOnlyAPart) {
   EXPECT_TRUE(test::namesIn(path("/tmp")).empty());
 }
 
-TEST_F(TheKernelsFiles, DoNotMoveToAnotherFileSystem) {
-  const std::string other = "/dev/shm/tallbook-" + std::to_string(::getpid());
-  struct stat shared {};
-  if (::stat("/dev/shm", &shared) != 0 || shared.st_dev == statusOf(root()).st_dev) {
-    GTEST_SKIP() << "the device's folder and /dev/shm are on one file system";
+// Links that lead out of a tree lead to the same place below its root, as they would on the device.
+TEST_F(TheKernelsFiles, LieBelowTheRootWhateverLinksSay) {
+  const std::string outside = root() + "-outside";
+  fs::create_directories(outside + "/folder");
+  fs::create_directory(path("/folder"));
+  fs::create_symlink(outside + "/folder", path("/absolute"));
+  fs::create_symlink("../../../.." + outside + "/folder", path("/climbing"));
+  fs::create_symlink("/folder", path("/inside"));
+  fs::create_symlink("loop", path("/loop"));
+  std::error_code error;
+  const FileDescriptor top = FileDescriptor::open(root(), O_PATH | O_DIRECTORY, 0, error);
+  for (const auto open : {&openConfined, &openByWalking}) {
+    for (const char* name : {"/absolute", "/climbing"}) {
+      EXPECT_FALSE(open(top, name, O_RDONLY | O_DIRECTORY, 0, error)) << name;
+      EXPECT_EQ(error, errc::no_such_file_or_directory) << name;
+    }
+    const auto inside = open(top, "/../inside/./../inside", O_RDONLY | O_DIRECTORY, 0, error);
+    EXPECT_EQ(DeviceRoot::placeOf(inside), fs::canonical(path("/folder")).string());
+    EXPECT_FALSE(open(top, "/loop/x", O_RDONLY, 0, error));
+    EXPECT_EQ(error, errc::too_many_symbolic_link_levels);
+    EXPECT_TRUE(open(top, "/inside/made", O_WRONLY | O_CREAT | O_EXCL, 0600, error)) << error;
+    EXPECT_TRUE(fs::remove(path("/folder/made")));
+    EXPECT_FALSE(open(top, "/absolute", O_WRONLY | O_CREAT | O_EXCL, 0600, error));
+    EXPECT_EQ(error, errc::file_exists);
   }
-  if (::access("/dev/shm", W_OK | X_OK) != 0) GTEST_SKIP() << "needs a writable /dev/shm";
-  ASSERT_FALSE(files.createFile(other, "new"));
-  test::writeFile(accountsPath(), "old");
-  EXPECT_EQ(files.rename(other, accountsPath()), errc::cross_device_link);
-  EXPECT_EQ(test::readFile(accountsPath()), "old");
-  EXPECT_FALSE(files.remove(other));
-  EXPECT_EQ(fs::path(LinuxDirectories(root()).temporary()), fs::path(accountsPath()).parent_path());
+  EXPECT_EQ(files.createFile(path("/absolute/x"), "1"), errc::no_such_file_or_directory);
+  EXPECT_EQ(files.createDirectories(path("/climbing/x"), 0755), errc::no_such_file_or_directory);
+  EXPECT_EQ(files.createFile(outside + "/x", "1"), errc::operation_not_permitted);
+  EXPECT_TRUE(fs::is_empty(outside + "/folder"));
+  fs::remove_all(outside);
 }
 
 TEST_F(TheKernelsFiles, BelongToTheAccountsOfTheirDevice) {
-  const AccountDatabase accounts(root());
+  const AccountDatabase accounts(device);
   test::writeFile(path("/etc/passwd"),
                   "root:x:0:0::/:/bin/sh\nbroken\nmobilephone:x:7:7:::\nodd:x:9x:9::/:\n"
                   "mobile:x:501:502::/home/m:/bin/sh\nmobile:x:1:1::/:/bin/sh");
@@ -143,7 +196,8 @@ TEST_F(TheKernelsFiles, BelongToTheAccountsOfTheirDevice) {
   for (const char* name : {"broken", "odd", "mob", ""}) {
     EXPECT_EQ(accounts.userNamed(name), std::nullopt) << name;
   }
-  const AccountDatabase system("");
+  const DeviceRoot running("");
+  const AccountDatabase system(running);
   EXPECT_EQ(system.userNamed("root"), 0U);
   EXPECT_EQ(system.groupNamed("root"), 0U);
   EXPECT_EQ(system.userNamed("nobody-has-this-name"), std::nullopt);

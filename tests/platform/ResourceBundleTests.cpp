@@ -11,11 +11,13 @@ namespace {
 
 class AResourceBundle : public ThrowAwayDevice {
  protected:
+  const DeviceRoot device{root()};
+
   void writeTable(const std::string& language, const Value& texts) {
     test::writePropertyList(path("/shipped/" + language + "/Table.strings"), texts);
   }
   std::string text(std::string_view key, std::string_view defaultText = "") {
-    return LinuxResourceBundle({path("/device"), path("/shipped")})
+    return LinuxResourceBundle(device, {path("/device"), path("/shipped")})
         .localizedString(key, "Table", defaultText);
   }
 };
@@ -25,7 +27,7 @@ TEST_F(AResourceBundle, FindsTheDevicesOwnResourceBeforeTheShippedOne) {
   test::writeFile(path("/shipped/B.plist"), "");
   test::writeFile(path("/device/B.plist"), "");
   test::writeFile(path("/device/A.plist/not-a-file"), "");
-  const LinuxResourceBundle bundle({path("/device"), path("/shipped")});
+  const LinuxResourceBundle bundle(device, {path("/device"), path("/shipped")});
   EXPECT_EQ(bundle.pathForResource("A", "plist"), path("/shipped/A.plist"));
   EXPECT_EQ(bundle.pathForResource("B", "plist"), path("/device/B.plist"));
   EXPECT_EQ(bundle.pathForResource("C", "plist"), std::nullopt);

@@ -58,7 +58,7 @@ DictionaryRef record(const String& identifier,
 StoreDevice::StoreDevice() {
   received.clear();
   std::filesystem::create_directories(path("/usr/lib"));
-  std::filesystem::create_symlink(TALLBOOK_BUILD_ROOT "/tests/modules/creators.so", path(kModule));
+  std::filesystem::copy_file(TALLBOOK_BUILD_ROOT "/tests/modules/creators.so", path(kModule));
   const Value notifiers =
       Array::make({notifierOf({kAccountDataclassMail}), notifierOf({kAccountDataclassCalendars})});
   platform().resources.replace(

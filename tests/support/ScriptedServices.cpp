@@ -52,7 +52,8 @@ ExternalSyncSources::Answer ScriptedSyncSources::enabledSourcesForDataType(DataT
 }
 
 ScriptedResources::ScriptedResources(std::string overriding)
-    : _overriding(std::move(overriding)), _bundle({_overriding, TALLBOOK_SHIPPED_RESOURCES}) {}
+    : _overriding(std::move(overriding)),
+      _bundle(_root, {_overriding, TALLBOOK_SHIPPED_RESOURCES}) {}
 
 void ScriptedResources::replace(const std::string& name, const Value& content) {
   test::writePropertyList(_overriding + "/" + name + ".plist", content);

@@ -13,7 +13,6 @@
 #include "platform/DeviceServices.h"
 #include "platform/Logs.h"
 #include "platform/Preferences.h"
-#include "platform/WellKnownDirectories.h"
 #include "platform/linux/LinuxResourceBundle.h"
 
 namespace tallbook {
@@ -54,22 +53,6 @@ class CapturingPreferences final : public Preferences {
 
  private:
   Preferences& _real;
-};
-
-class ScriptedDirectories final : public WellKnownDirectories {
- public:
-  /// Replaces the temporary directory where set.
-  std::optional<std::string> temporaryDirectory;
-
-  explicit ScriptedDirectories(WellKnownDirectories& real) : _real(real) {}
-  std::string systemRoot() const override { return _real.systemRoot(); }
-  std::string mobileHome() const override { return _real.mobileHome(); }
-  std::string sharedResources() const override { return _real.sharedResources(); }
-  std::string mailData() const override { return _real.mailData(); }
-  std::string temporary() const override { return temporaryDirectory.value_or(_real.temporary()); }
-
- private:
-  WellKnownDirectories& _real;
 };
 
 class ScriptedDeviceInformation final : public DeviceInformation {
@@ -160,6 +143,7 @@ class ScriptedResources final : public ResourceBundle {
  private:
   std::string _overriding;
   std::set<std::string, std::less<>> _missing;
+  DeviceRoot _root{""};
   LinuxResourceBundle _bundle;
 };
 

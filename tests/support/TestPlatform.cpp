@@ -8,7 +8,6 @@ TestPlatform::TestPlatform(const std::string& root)
     : _linux(makeLinuxPlatform({root, LinuxPlatformOptions::LogSink::Nowhere})),
       _fileSystem(&_linux->fileSystem()),
       capturedPreferences(_linux->preferences()),
-      scriptedDirectories(_linux->directories()),
       scriptedUUIDs(_linux->uuids()),
       resources(root + "/usr/share/tallbook") {}
 

@@ -21,7 +21,6 @@ class TestPlatform final : public Platform {
   CapturedSystemLog log;
   CapturedConsoleLog console;
   CapturingPreferences capturedPreferences;
-  ScriptedDirectories scriptedDirectories;
   ScriptedDeviceInformation information;
   ScriptedRestrictions managementRestrictions;
   ScriptedPairingRecords pairing;
@@ -37,7 +36,7 @@ class TestPlatform final : public Platform {
   FileSystem& realFileSystem() { return _linux->fileSystem(); }
 
   FileSystem& fileSystem() override { return *_fileSystem; }
-  WellKnownDirectories& directories() override { return scriptedDirectories; }
+  WellKnownDirectories& directories() override { return _linux->directories(); }
   Preferences& preferences() override { return capturedPreferences; }
   NamedLock& namedLock() override { return _linux->namedLock(); }
   SystemLog& systemLog() override { return log; }
