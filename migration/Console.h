@@ -6,9 +6,9 @@
 
 namespace tallbook {
 
-/// Writes one plain line to the process's console log.
-inline void consoleLog(std::string_view line) {
-  Platform::current().consoleLog().write(line);
+/// Writes one plain line to the process's console log, whatever the text holds.
+inline void consoleLog(std::string_view text) {
+  Platform::current().consoleLog().write(onOneLine(text));
 }
 
 }  // namespace tallbook

@@ -129,7 +129,7 @@ void BasicAccount::setFullAccount(std::shared_ptr<BasicAccount> fullAccount) {
 }
 
 std::shared_ptr<AccountRefreshProtocol> BasicAccount::_cachedSyncAccount() {
-  constexpr std::string_view operation = "-[BasicAccount _cachedSyncAccount]";
+  constexpr std::string_view operation = "-[BasicAccount(Internal) _cachedSyncAccount]";
   if (_syncAccount) return _syncAccount;
   const String className = syncAccountCreatorClassNameForAccountType(type());
   if (!className) return nullptr;

@@ -15,7 +15,7 @@ void LibraryLog::write(std::string_view operation, unsigned line, std::string_vi
   if (!log.hasListener()) return;
   std::string text(operation);
   text.append(" (").append(std::to_string(line)).append(") \"").append(message).append("\"");
-  log.write("com.orvane.tallbook", "log", text);
+  log.write("com.orvane.tallbook", "log", onOneLine(text));
 }
 
 }  // namespace tallbook

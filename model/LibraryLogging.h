@@ -13,6 +13,9 @@ namespace tallbook {
 /// Writes the text that `message()` makes to the library log, in the name of `operation`, a full
 /// operation name such as "-[AccountsManager insertAccount:]". `message` is not called while nobody
 /// listens. `line` is the caller's own and not to be given.
+///
+/// The name carries the operation's category: "(MigrationSupport)" for the operations under that
+/// heading of their class, "(Internal)" for every other one that begins with an underscore.
 // The compilers' builtin, because clang 14 has no std::source_location.
 template <class MakeMessage>
 void logMessage(std::string_view operation, MakeMessage&& message,

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace tallbook {
+
+/// The text with its control characters, line ends above all, as "\x0a": what comes out of a file
+/// must not be able to end a line of a log and begin one of its own.
+std::string onOneLine(std::string_view text);
 
 /// The system's log, by subsystem and category.
 class SystemLog {

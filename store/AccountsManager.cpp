@@ -91,7 +91,7 @@ void AccountsManager::loadAccounts(const Array& infos) {
     const DictionaryRef properties = info.dictionary();
     auto account = properties ? BasicAccount::initWithProperties(properties) : nullptr;
     if (!account) {
-      logMessage("-[AccountsManager _initWithAccountsInfo:]", [&] {
+      logMessage("-[AccountsManager(Internal) _initWithAccountsInfo:]", [&] {
         return "ERROR: Failed to create a BasicAccount from " + info.description();
       });
       continue;
@@ -137,7 +137,7 @@ void AccountsManager::fileChildren(const std::shared_ptr<BasicAccount>& account,
     if (child) child->setParentAccount(account);
     const String childID = child ? child->identifier() : nullptr;
     if (!childID) {
-      logMessage("-[AccountsManager _loadChildrenFromAccount:]", [&] {
+      logMessage("-[AccountsManager(Internal) _loadChildrenFromAccount:]", [&] {
         return "Ignoring unknown child account with properties " + info.description();
       });
       continue;
@@ -182,7 +182,7 @@ void AccountsManager::_setOriginalAccountDictionaries() {
       _originalAccountsByID->append(identifier, snapshotToSave(*account));
       continue;
     }
-    logMessage("-[AccountsManager _setOriginalAccountDictionaries]", [&] {
+    logMessage("-[AccountsManager(Internal) _setOriginalAccountDictionaries]", [&] {
       return Value(account->properties()).description() +
              " returned a nil identifier. Account properties may not get saved";
     });

@@ -11,7 +11,8 @@ class TALLBOOK_EXPORT LibraryLog {
  public:
   /// Whether a message reaches anyone; format nothing when it does not.
   bool isEnabled() const;
-  /// Writes one line at the default level: `operation (line) "message"`.
+  /// Writes one line at the default level: `operation (line) "message"`, with control characters as
+  /// "\x0a". The message ends at the line's last quote.
   void write(std::string_view operation, unsigned line, std::string_view message);
 };
 

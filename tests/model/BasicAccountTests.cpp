@@ -40,6 +40,7 @@ TEST_F(ABasicAccount, IsNotMadeOfRejectedProperties) {
            Case{"T", "", {"\"Missing account class.\""}},
            Case{"T", 5, {"\"Missing account class.\""}},
            Case{"X", "C", {"\"Invalid account type: X\""}},
+           Case{"X\n[forged]", "C", {"\"Invalid account type: X\\x0a[forged]\""}},
            Case{7, "C", {"\"Invalid account type: 7\""}},
            Case{{}, {}, {"\"Invalid account type: (null)\"", "\"Missing account class.\""}},
        }) {

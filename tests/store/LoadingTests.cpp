@@ -36,6 +36,7 @@ TEST_F(AStore, KeepsWhatItCanLoadInFileOrder) {
   EXPECT_FALSE(store->accountWithIdentifier("b")->displayName());
   EXPECT_TRUE(store->accountWithIdentifier("b")->enabledDataclasses()->empty());
   EXPECT_FALSE(store->accountWithIdentifier("x"));
+  EXPECT_TRUE(logContains("-[AccountsManager(Internal) _initWithAccountsInfo:] ("));
   EXPECT_TRUE(logContains("\"ERROR: Failed to create a BasicAccount from \"no record\"\""));
   EXPECT_TRUE(logContains("Invalid account type: No such type"));
 }
