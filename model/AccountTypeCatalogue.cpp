@@ -7,6 +7,7 @@
 #include "tallbook/InternalConsistencyFailure.h"
 #include "tallbook/Vocabulary.h"
 
+#include "model/CanonicalDataclasses.h"
 #include "model/DictionaryFile.h"
 #include "platform/OncePerPlatform.h"
 #include "platform/Platform.h"
@@ -14,16 +15,22 @@
 namespace tallbook {
 namespace {
 
+bool isProcessorForMultitasking() {
+  const Value architecture =
+      Platform::current().deviceInformation().answerForKey("CPUArchitecture");
+  return architecture.stringView() != "armv6";
+}
+
 /// The list without what is no dataclass, or none on this device. A list of nothing else stays as
 /// it is.
 ArrayRef recognisedDataclasses(const ArrayRef& listed) {
   if (!listed) return nullptr;
-  const ArrayRef known = BasicAccount::allSupportedDataclasses();
+  const ArrayRef& known = canonicalDataclasses();
   std::vector<Value> recognised;
   for (const Value& dataclass : *listed) {
     const auto name = dataclass.stringView();
     if (!name || !known->contains(*name)) continue;
-    if (kAccountDataclassNotes == *name && !BasicAccount::isMultitaskingEnabled()) continue;
+    if (kAccountDataclassNotes == *name && !isProcessorForMultitasking()) continue;
     recognised.push_back(dataclass);
   }
   return recognised.empty() ? listed : Array::makeFrozen(std::move(recognised));
@@ -33,8 +40,7 @@ AccountTypeEntry entryFrom(const Dictionary& described) {
   AccountTypeEntry entry;
   entry.supportedDataclasses =
       recognisedDataclasses(described[kPropertiesSupportedDataclasses].array());
-  entry.orderedDataclasses =
-      BasicAccount::_orderedDataclasses(entry.supportedDataclasses)->frozenCopy();
+  entry.orderedDataclasses = inCanonicalOrder(entry.supportedDataclasses)->frozenCopy();
   entry.enableActions = described[kPropertiesEnableDataclassActions].array();
   entry.disableActions = described[kPropertiesDisableDataclassActions].array();
   entry.deleteActions = described[kPropertiesDeleteAccountActions].array();
@@ -45,6 +51,7 @@ AccountTypeEntry entryFrom(const Dictionary& described) {
 OncePerPlatform<DictionaryRef> dataclassesProperties;
 
 bool dataclassProperty(std::string_view dataclass, const String& key) {
+  BasicAccount::initialize();
   const DictionaryRef& table =
       dataclassesProperties.get([] { return BasicAccount::_dataclassesProperties(); });
   const DictionaryRef entry = table ? (*table)[dataclass].dictionary() : nullptr;
@@ -93,9 +100,8 @@ void BasicAccount::initialize() {
 }
 
 bool BasicAccount::isMultitaskingEnabled() {
-  const Value architecture =
-      Platform::current().deviceInformation().answerForKey("CPUArchitecture");
-  return architecture.stringView() != "armv6";
+  initialize();
+  return isProcessorForMultitasking();
 }
 
 bool BasicAccount::_isValidAccountType(std::string_view type) {
@@ -104,13 +110,8 @@ bool BasicAccount::_isValidAccountType(std::string_view type) {
 }
 
 ArrayRef BasicAccount::allSupportedDataclasses() {
-  static const ArrayRef dataclasses = Array::makeFrozen(
-      {kAccountDataclassMail, kAccountDataclassContacts, kAccountDataclassCalendars,
-       kAccountDataclassReminders, kAccountDataclassBookmarks, kAccountDataclassNotes,
-       kAccountDataclassMediaStream, kAccountDataclassDeviceLocator,
-       kAccountDataclassContactsSearch, kAccountDataclassBackup, kAccountDataclassUbiquity,
-       kAccountDataclassKeyValue, kAccountDataclassPouchet, kAccountDataclassSharedStreams});
-  return dataclasses;
+  initialize();
+  return canonicalDataclasses();
 }
 
 ArrayRef BasicAccount::supportedDataclassesForAccountType(std::string_view type) {
@@ -131,6 +132,7 @@ ArrayRef BasicAccount::userActionsToDisableDataclassForAccountType(std::string_v
 }
 
 ArrayRef BasicAccount::removeActionsIncompatibleWithSingleStoreDataclass(const ArrayRef& actions) {
+  initialize();
   if (!actions) return nullptr;
   ArrayRef compatible = actions->mutableCopy();
   for (std::size_t index = compatible->size(); index-- > 0;) {
@@ -165,6 +167,7 @@ bool BasicAccount::userConfirmationIsRequiredByDataclass(std::string_view datacl
 }
 
 DictionaryRef BasicAccount::_dataclassesProperties() {
+  initialize();
   return dictionaryFromResource("DataclassesProperties");
 }
 

@@ -41,14 +41,17 @@ std::shared_ptr<BasicAccount> BasicAccount::initWithProperties(const DictionaryR
 }
 
 std::shared_ptr<BasicAccount> BasicAccount::init() {
+  initialize();
   throw InternalConsistencyFailure("Don't use this method");
 }
 
 String BasicAccount::createNewAccountUID() {
+  initialize();
   return Platform::current().uuids().newUUID();
 }
 
 DictionaryRef BasicAccount::propertiesWithTypeClass(const String& type, const String& className) {
+  initialize();
   if (className.empty()) throw InternalConsistencyFailure("The account class is required.");
   if (!_isValidAccountType(type)) {
     throw InternalConsistencyFailure("The account type (" + std::string(shown(type)) +

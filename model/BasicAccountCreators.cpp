@@ -50,10 +50,12 @@ std::shared_ptr<BasicAccount> makeFullAccount(const PlugInClass& creator,
 }  // namespace
 
 DictionaryRef BasicAccount::_creatorsInfo() {
+  initialize();
   return dictionaryFromResource("AccountCreators");
 }
 
 DictionaryRef BasicAccount::_accountCreationMap() {
+  initialize();
   struct NothingToKeep {};
   static OncePerPlatform<DictionaryRef> map;
   try {

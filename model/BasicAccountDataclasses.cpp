@@ -7,6 +7,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/AccountTypeCatalogue.h"
+#include "model/CanonicalDataclasses.h"
 #include "platform/Platform.h"
 #include "platform/propertylist/KeyedHash.h"
 
@@ -59,13 +60,6 @@ std::vector<Value> withoutRepetitions(const Array& list) {
   return members;
 }
 
-/// Whether the record's list of provisioned dataclasses, null where it has none, and device
-/// management let a record that supports the dataclass have it.
-bool isAllowed(const ArrayRef& provisioned, std::string_view dataclass) {
-  return (!provisioned || provisioned->contains(dataclass)) &&
-         !BasicAccount::restrictionOnDataclass(dataclass);
-}
-
 /// What the parent has enabled and its children with it; null where they choose for themselves.
 ArrayRef enabledByParent(const std::shared_ptr<BasicAccount>& parent) {
   if (!parent) return nullptr;
@@ -90,11 +84,12 @@ ArrayRef BasicAccount::supportedDataclasses() const {
 ArrayRef BasicAccount::provisionedDataclasses() const {
   const ArrayRef supported = supportedDataclasses();
   const ArrayRef stored = arrayForKey(kAccountProvisionedDataclasses);
-  std::vector<Value> provisioned;
-  for (Value& dataclass : withoutRepetitions(*supported)) {
-    if (isAllowed(stored, dataclass.stringView().value_or("")))
-      provisioned.push_back(std::move(dataclass));
-  }
+  const std::vector<String> restricted = _profileRestrictedDataclasses();
+  std::vector<Value> provisioned = withoutRepetitions(*supported);
+  std::erase_if(provisioned, [&](const Value& dataclass) {
+    return (stored && !stored->contains(dataclass)) ||
+           std::ranges::find(restricted, dataclass.string()) != restricted.end();
+  });
   return Array::make(std::move(provisioned));
 }
 
@@ -110,13 +105,11 @@ ArrayRef BasicAccount::enabledDataclasses() const {
   return Array::make(std::move(enabled));
 }
 
-// As `enabledDataclasses` would answer, without asking device management about the other ones.
 bool BasicAccount::isEnabledForDataclass(std::string_view dataclass) const {
   if (const ArrayRef inherited = enabledByParent(_parentAccount))
     return inherited->contains(dataclass);
   const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
-  return stored && stored->contains(dataclass) && supportedDataclasses()->contains(dataclass) &&
-         isAllowed(arrayForKey(kAccountProvisionedDataclasses), dataclass);
+  return stored && stored->contains(dataclass) && provisionedDataclasses()->contains(dataclass);
 }
 
 void BasicAccount::setEnabledForDataclass(bool enabled, const String& dataclass) {
@@ -148,19 +141,12 @@ void BasicAccount::setEnabledForDataclasses(const ArrayRef& dataclasses) {
 }
 
 ArrayRef BasicAccount::_orderedDataclasses(const ArrayRef& dataclasses) {
-  std::vector<Value> ordered;
-  if (!dataclasses) return Array::make();
-  const ArrayRef canonical = allSupportedDataclasses();
-  for (const Value& dataclass : *canonical) {
-    if (dataclasses->contains(dataclass)) ordered.push_back(dataclass);
-  }
-  for (const Value& dataclass : *dataclasses) {
-    if (dataclass.stringView() && !canonical->contains(dataclass)) ordered.push_back(dataclass);
-  }
-  return Array::make(std::move(ordered));
+  initialize();
+  return inCanonicalOrder(dataclasses);
 }
 
 std::vector<String> BasicAccount::_profileRestrictedDataclasses() {
+  initialize();
   std::vector<String> restricted;
   for (const Restriction& restriction : kRestrictions) {
     if (!restriction.isInForce()) continue;
@@ -172,6 +158,7 @@ std::vector<String> BasicAccount::_profileRestrictedDataclasses() {
 }
 
 std::optional<std::string_view> BasicAccount::restrictionOnDataclass(std::string_view dataclass) {
+  initialize();
   for (const Restriction& restriction : kRestrictions) {
     const auto& withdrawn = restriction.dataclasses;
     const bool concerned = std::any_of(withdrawn.begin(), withdrawn.end(), [&](const String* each) {

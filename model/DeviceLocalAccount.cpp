@@ -7,6 +7,7 @@
 #include "tallbook/PlugInClass.h"
 #include "tallbook/Vocabulary.h"
 
+#include "model/UpperCase.h"
 #include "platform/Platform.h"
 
 namespace tallbook {
@@ -29,19 +30,21 @@ constexpr const char* kPCSource = "Windows";
 /// The device itself: no computer. Also stands in for an unknown class of device.
 constexpr const char* kHandraSource = "Handra";
 
-String localized(std::string_view key) {
-  return Platform::current().resourceBundle().localizedString(key, kStringTable, "");
+String localized(const std::string& key, std::string_view fallback = "") {
+  return Platform::current().resourceBundle().localizedString(key, kStringTable, fallback);
 }
 
-/// The text of the key that names this kind of device, such as "<prefix>_MEDIA_PLAYER".
-String deviceTypeText(std::string_view prefix) {
+/// The text of the key that names this kind of device, such as "<prefix>_MEDIA_PLAYER". A kind that
+/// the table does not know is called what an unknown one is called.
+String deviceTypeText(const std::string& prefix) {
   const Value answer = Platform::current().deviceInformation().answerForKey("DeviceClass");
-  std::string key(answer.stringView().value_or(kHandraSource));
-  std::transform(key.begin(), key.end(), key.begin(), [](char c) {
-    if (c == ' ') return '_';
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-  });
-  return localized(std::string(prefix) + "_" + key);
+  const auto keyOf = [&](std::string_view deviceClass) {
+    std::string key = prefix + "_" + upperCase(deviceClass);
+    std::ranges::replace(key, ' ', '_');
+    return key;
+  };
+  const String fallback = localized(keyOf(kHandraSource));
+  return localized(keyOf(answer.stringView().value_or(kHandraSource)), fallback);
 }
 
 /// Where the pairing service files what it knows of a dataclass; empty for one that no computer
@@ -64,6 +67,7 @@ std::string_view pairingKeyForDataclass(std::string_view dataclass) {
 }  // namespace
 
 String DeviceLocalAccount::_identifier() {
+  initialize();
   return kIdentifier;
 }
 
@@ -77,10 +81,12 @@ DictionaryRef DeviceLocalAccount::basicAccountProperties(const String& className
 }
 
 String DeviceLocalAccount::typeString() {
+  initialize();
   return deviceTypeText("ON_MY_DEVICE_TYPE");
 }
 
 String DeviceLocalAccount::tetheredSourceForDataClass(std::string_view dataclass) {
+  initialize();
   const Value recorded = Platform::current().pairingRecords().valueForKey(
       pairingKeyForDataclass(dataclass), "com.orvane.mobile.tethered_sync");
   const DictionaryRef source = recorded.dictionary();
@@ -114,12 +120,18 @@ String DeviceLocalAccount::localizedReferenceToSyncSourceStringForDataClass(
 
 std::shared_ptr<BasicAccount> DeviceLocalAccount::accountWithBasicAccount(
     const std::shared_ptr<BasicAccount>& account) {
+  initialize();
   return account ? initWithProperties(account->properties()) : nullptr;
 }
 
 std::shared_ptr<DeviceLocalAccount> DeviceLocalAccount::accountWithTypeClass(
     const String& type, const String& className) {
   return initWithProperties(propertiesWithTypeClass(type, className));
+}
+
+std::shared_ptr<DeviceLocalAccount> DeviceLocalAccount::_initWithTypeClass(
+    const String& type, const String& className) {
+  return accountWithTypeClass(type, className);
 }
 
 std::shared_ptr<DeviceLocalAccount> DeviceLocalAccount::accountWithProperties(

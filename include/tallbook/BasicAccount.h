@@ -16,8 +16,9 @@ namespace tallbook {
 /// parent record of a child, and the full and sync accounts made from it on request.
 ///
 /// Class operations may be called from any thread; a record is used by one thread at a time.
-/// Lists of dataclasses are arrays of strings in canonical order. The first use of the class reads
-/// the account type catalogue and throws InternalConsistencyFailure when it cannot.
+/// Lists of dataclasses are arrays of strings in canonical order. The first use of the class or of
+/// a subclass, whichever operation it is, reads the account type catalogue and throws
+/// InternalConsistencyFailure when it cannot; later ones find it there.
 class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
                                      public std::enable_shared_from_this<BasicAccount> {
  protected:
@@ -30,7 +31,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
  public:
   // Account type catalogue
 
-  /// Builds the catalogue; run before the class's first use.
+  /// Builds the catalogue; every class operation runs it first.
   static void initialize();
   /// False on processors of the architecture "armv6".
   static bool isMultitaskingEnabled();
@@ -139,7 +140,8 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// The strings in canonical order, each dataclass once, then the rest as they came; empty for
   /// null.
   static ArrayRef _orderedDataclasses(const ArrayRef& dataclasses);
-  /// Dataclasses that device management withdraws, asked afresh.
+  /// Dataclasses that device management withdraws; each feature is asked about afresh. A list of
+  /// provisioned or enabled dataclasses goes by one such answer.
   static std::vector<String> _profileRestrictedDataclasses();
   /// The device-management feature whose restriction withdraws the dataclass at present, in words;
   /// nullopt when none does.

@@ -10,7 +10,8 @@ namespace tallbook {
 
 /// The single account of the data that the user keeps on the device itself, or that a computer
 /// syncs to it over the cable. Its identifier is fixed and its name follows the kind of device.
-/// Nothing here fails: what the device does not tell falls back to "no computer".
+/// What the device does not tell falls back to "no computer", and a kind of device without texts of
+/// its own to that of an unknown kind. Throws only as the first use of `BasicAccount` does.
 class TALLBOOK_EXPORT DeviceLocalAccount : public BasicAccount {
  public:
   using BasicAccount::BasicAccount;
@@ -35,6 +36,8 @@ class TALLBOOK_EXPORT DeviceLocalAccount : public BasicAccount {
   /// As the operations of `BasicAccount`, with a record of this class.
   static std::shared_ptr<DeviceLocalAccount> accountWithTypeClass(const String& type,
                                                                   const String& className);
+  static std::shared_ptr<DeviceLocalAccount> _initWithTypeClass(const String& type,
+                                                                const String& className);
   static std::shared_ptr<DeviceLocalAccount> accountWithProperties(const DictionaryRef& properties);
   static std::shared_ptr<DeviceLocalAccount> initWithProperties(const DictionaryRef& properties);
 

@@ -1,4 +1,7 @@
+#include <functional>
+
 #include "tallbook/BasicAccount.h"
+#include "tallbook/DeviceLocalAccount.h"
 
 #include "tests/model/Lists.h"
 #include "tests/support/Device.h"
@@ -63,9 +66,37 @@ TEST_F(AnAccountTypeCatalogue, AnswersAbsentForWhatTheResourceLacksOrGetsWrong) 
 }
 
 TEST_F(AnAccountTypeCatalogue, CannotBeUsedWithoutItsResource) {
-  platform().resources.takeAway("AccountTypesProperties");
-  EXPECT_EQ(failureOf([] { BasicAccount::initialize(); }),
-            "Could not find AccountTypesProperties.plist");
+  using Basic = BasicAccount;
+  using Local = DeviceLocalAccount;
+  const std::pair<const char*, std::function<void()>> operations[] = {
+      {"initialize", [] { Basic::initialize(); }},
+      {"isMultitaskingEnabled", [] { Basic::isMultitaskingEnabled(); }},
+      {"allSupportedDataclasses", [] { Basic::allSupportedDataclasses(); }},
+      {"_orderedDataclasses", [] { Basic::_orderedDataclasses(nullptr); }},
+      {"_profileRestrictedDataclasses", [] { Basic::_profileRestrictedDataclasses(); }},
+      {"restrictionOnDataclass", [] { Basic::restrictionOnDataclass("d"); }},
+      {"supportedDataclassesForAccountType", [] { Basic::supportedDataclassesForAccountType(""); }},
+      {"removeActions", [] { Basic::removeActionsIncompatibleWithSingleStoreDataclass(nullptr); }},
+      {"multipleStoresSupportedByDataclass",
+       [] { Basic::multipleStoresSupportedByDataclass("d"); }},
+      {"_dataclassesProperties", [] { Basic::_dataclassesProperties(); }},
+      {"createNewAccountUID", [] { Basic::createNewAccountUID(); }},
+      {"initWithProperties", [] { Basic::initWithProperties(nullptr); }},
+      {"accountWithTypeClass", [] { Basic::accountWithTypeClass("Mail", ""); }},
+      {"init", [] { Basic::init(); }},
+      {"_creatorsInfo", [] { Basic::_creatorsInfo(); }},
+      {"_accountCreationMap", [] { Basic::_accountCreationMap(); }},
+      {"_identifier", [] { Local::_identifier(); }},
+      {"typeString", [] { Local::typeString(); }},
+      {"basicAccountProperties", [] { Local::basicAccountProperties(); }},
+      {"isTetheredSyncingDataclass", [] { Local::isTetheredSyncingDataclass("d"); }},
+      {"accountWithBasicAccount", [] { Local::accountWithBasicAccount(nullptr); }},
+  };
+  for (const auto& [name, operation] : operations) {
+    restart();
+    platform().resources.takeAway("AccountTypesProperties");
+    EXPECT_EQ(failureOf(operation), "Could not find AccountTypesProperties.plist") << name;
+  }
   for (const char* bytes : {"", "no property list", "<plist><array/></plist>"}) {
     restart();
     platform().resources.replaceBytes("AccountTypesProperties", bytes);

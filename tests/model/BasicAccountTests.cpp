@@ -219,5 +219,24 @@ TEST_F(ABasicAccount, LosesWhatDeviceManagementForbids) {
   }
 }
 
+TEST_F(ABasicAccount, AsksDeviceManagementAboutEachFeatureOnceForOneList) {
+  using Feature = ManagementRestrictions::Feature;
+  const std::vector<Feature> all = {Feature::CloudDocumentSync, Feature::PhotoStream,
+                                    Feature::SharedPhotoStreams, Feature::CloudBackup,
+                                    Feature::PassesWhileLocked};
+  const auto record =
+      make(Dictionary::make({{"Provisioned Dataclasses", dataclasses("Mail Ubiquity KeyValue")},
+                             {"Enabled Dataclasses", dataclasses("Mail Ubiquity KeyValue")}}));
+  auto& asked = platform().managementRestrictions.asked;
+  const auto askedBy = [&](const auto& question) {
+    asked.clear();
+    question();
+    return asked;
+  };
+  EXPECT_EQ(askedBy([&] { (void)record->provisionedDataclasses(); }), all);
+  EXPECT_EQ(askedBy([&] { (void)record->enabledDataclasses(); }), all);
+  EXPECT_EQ(askedBy([&] { (void)record->isEnabledForDataclass(kAccountDataclassMail); }), all);
+}
+
 }  // namespace
 }  // namespace tallbook

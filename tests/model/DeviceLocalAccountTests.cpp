@@ -24,13 +24,35 @@ TEST_F(ADeviceLocalAccount, IsCalledAfterTheClassOfTheDevice) {
        {std::pair{Value("Media Player"), "On My Media Player"},
         std::pair{Value("phone"), "On My Phone"}, std::pair{Value("Tablet"), "On My Tablet"},
         std::pair{Value(), "On My Handra"}, std::pair{Value(4), "On My Handra"},
-        std::pair{Value("wrist watch"), "ON_MY_DEVICE_TYPE_WRIST_WATCH"}}) {
+        std::pair{Value("wrist watch"), "On My Handra"}}) {
     platform().information.answers["DeviceClass"] = deviceClass;
     EXPECT_EQ(DeviceLocalAccount::typeString(), text);
   }
   platform().information.answers["DeviceClass"] = "Phone";
   speak("de_AT.UTF-8");
   EXPECT_EQ(DeviceLocalAccount::typeString(), "Auf meinem Telefon");
+}
+
+TEST_F(ADeviceLocalAccount, FindsItsTextWhateverAlphabetTheDevicesClassIsWrittenIn) {
+  platform().resources.replaceStrings(
+      "DeviceLocalAccount", "en",
+      Dictionary::make({{"ON_MY_DEVICE_TYPE_ÉCRAN_À_LIRE", "On My Écran"},
+                        {"ON_MY_DEVICE_TYPE_ΠΛΆΚΑ", "On My Tablet"},
+                        {"ON_MY_DEVICE_TYPE_GROß", "On My Big One"},
+                        {"ON_MY_DEVICE_TYPE_HANDRA", "On My Handra"}}));
+  for (const auto& [deviceClass, text] :
+       {std::pair{"écran à lire", "On My Écran"}, std::pair{"πλάκα", "On My Tablet"},
+        std::pair{"groß", "On My Big One"}, std::pair{"", "On My Handra"}}) {
+    platform().information.answers["DeviceClass"] = deviceClass;
+    EXPECT_EQ(DeviceLocalAccount::typeString(), text);
+  }
+}
+
+TEST_F(ADeviceLocalAccount, IsMadeByItsOwnClass) {
+  const std::shared_ptr<DeviceLocalAccount> accounts[] = {
+      DeviceLocalAccount::_initWithTypeClass("OnMyDevice", "DeviceLocalAccount"),
+      DeviceLocalAccount::accountWithTypeClass("OnMyDevice", "DeviceLocalAccount")};
+  for (const auto& account : accounts) EXPECT_EQ(account->identifier(), "DeviceLocalAccount");
 }
 
 TEST_F(ADeviceLocalAccount, HasAFixedIdentityWhateverItStores) {

@@ -38,6 +38,7 @@ Value ScriptedDeviceInformation::answerForKey(std::string_view key) const {
 }
 
 int ScriptedRestrictions::restrictionOfFeature(Feature feature) const {
+  asked.push_back(feature);
   return found(answers, feature);
 }
 

@@ -65,6 +65,8 @@ class ScriptedDeviceInformation final : public DeviceInformation {
 class ScriptedRestrictions final : public ManagementRestrictions {
  public:
   std::map<Feature, int> answers;
+  /// What was asked about, in order.
+  mutable std::vector<Feature> asked;
 
   int restrictionOfFeature(Feature feature) const override;
 };
