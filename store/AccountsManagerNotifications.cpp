@@ -6,6 +6,7 @@
 #include "tallbook/PlugInClass.h"
 #include "tallbook/Vocabulary.h"
 
+#include "model/LibraryLogging.h"
 #include "model/PlugInRegistry.h"
 #include "platform/Platform.h"
 #include "store/ChangeDetection.h"
@@ -20,7 +21,8 @@ std::atomic<bool> skipped{false};
 
 const PlugInClass& notifierNamed(const String& name) {
   if (const PlugInClass* found = classNamed(name)) return *found;
-  throw InternalConsistencyFailure("Could not find a class for class name " + name.str());
+  throw InternalConsistencyFailure("Could not find a class for class name " +
+                                   std::string(shown(name)));
 }
 
 // Calls an optional class operation of every notifier of the record's type and the dataclass.
@@ -63,7 +65,7 @@ std::vector<String> AccountsManager::_notifierClassNamesForAccountTypeDataclass(
   if (!entries) {
     throw InternalConsistencyFailure(
         "Malformed AccountCreators information. Could not find the information for the type " +
-        accountType.str());
+        std::string(shown(accountType)));
   }
   std::vector<String> names;
   for (const Value& element : *entries) {
@@ -78,7 +80,7 @@ std::vector<String> AccountsManager::_notifierClassNamesForAccountTypeDataclass(
       throw InternalConsistencyFailure(
           "Malformed AccountCreators information. Could not find the path to the framework for the "
           "notifier with type " +
-          accountType.str());
+          std::string(shown(accountType)));
     }
     loadAccountCreatorFramework(framework);
     const String className = (*description)["Class"].string();
@@ -86,7 +88,7 @@ std::vector<String> AccountsManager::_notifierClassNamesForAccountTypeDataclass(
       throw InternalConsistencyFailure(
           "Malformed AccountCreators information. Could not find the name of the class for "
           "notificatinos with the type " +
-          accountType.str());
+          std::string(shown(accountType)));
     }
     names.push_back(className);
   }
@@ -117,16 +119,17 @@ void AccountsManager::_addNotificationToDictionaryForChangeTypeOriginalPropertie
       if (std::ranges::find(names, name) == names.end()) names.push_back(name);
     }
   }
-  const ArrayRef originallyEnabled =
-      original ? (*original)[kAccountEnabledDataclasses].array() : nullptr;
+  const ArrayRef stored = original ? (*original)[kAccountEnabledDataclasses].array() : nullptr;
+  // The records are the notifiers' to keep: no change of an account may reach them later.
+  const ArrayRef originallyEnabled = stored ? stored->frozenCopy() : Array::makeFrozen({});
   for (const String& name : names) {
     changesFor(batch, name)
-        ->append(Dictionary::make({{kTBChangeAccountChangeTypeKey, changeType},
-                                   {kTBChangeAccountIdentifierKey,
-                                    currentElseOriginal(current, original, kAccountIdentifier)},
-                                   {kTBChangeAccountTypeKey, type},
-                                   {kTBChangeAccountOriginallyEnabledDataclassesKey,
-                                    originallyEnabled ? originallyEnabled : Array::make()}}));
+        ->append(Dictionary::make(
+            {{kTBChangeAccountChangeTypeKey, changeType},
+             {kTBChangeAccountIdentifierKey,
+              currentElseOriginal(current, original, kAccountIdentifier)},
+             {kTBChangeAccountTypeKey, type},
+             {kTBChangeAccountOriginallyEnabledDataclassesKey, originallyEnabled}}));
   }
 }
 

@@ -2,18 +2,45 @@
 
 #include <algorithm>
 #include <string_view>
+#include <unordered_set>
+#include <utility>
 
 #include "tallbook/Vocabulary.h"
+
+#include "platform/propertylist/KeyedHash.h"
 
 namespace tallbook {
 namespace {
 
-std::vector<String> enabledDataclasses(const DictionaryRef& properties) {
-  std::vector<String> enabled;
+/// Dataclasses in the order in which they were added, each once. A stored list may be of any
+/// length.
+class Dataclasses {
+ public:
+  void add(const String& dataclass) {
+    if (_members.insert(dataclass.view()).second) _list.push_back(dataclass);
+  }
+  void add(const Dataclasses& others) {
+    for (const String& dataclass : others._list) add(dataclass);
+  }
+  void addDifference(const Dataclasses& from, const Dataclasses& without) {
+    for (const String& dataclass : from._list) {
+      if (!without._members.contains(dataclass.view())) add(dataclass);
+    }
+  }
+  bool empty() const { return _list.empty(); }
+  std::vector<String> list() && { return std::move(_list); }
+
+ private:
+  std::vector<String> _list;
+  std::unordered_set<std::string_view, KeyedStringHash> _members;  // the list's own texts
+};
+
+Dataclasses enabledDataclasses(const DictionaryRef& properties) {
+  Dataclasses enabled;
   const ArrayRef stored = properties ? (*properties)[kAccountEnabledDataclasses].array() : nullptr;
   if (!stored) return enabled;
   for (const Value& dataclass : *stored) {
-    if (String name = dataclass.string()) enabled.push_back(std::move(name));
+    if (const String name = dataclass.string()) enabled.add(name);
   }
   return enabled;
 }
@@ -37,37 +64,22 @@ bool differInComparedKeys(const Dictionary& a, const Dictionary& b) {
   return comparedKeys(a) != comparedKeys(b);
 }
 
-void addOnce(std::vector<String>& list, const String& dataclass) {
-  if (std::ranges::find(list, dataclass) == list.end()) list.push_back(dataclass);
-}
-
-void addDifference(std::vector<String>& list, const std::vector<String>& from,
-                   const std::vector<String>& without) {
-  for (const String& dataclass : from) {
-    if (std::ranges::find(without, dataclass) == without.end()) addOnce(list, dataclass);
-  }
-}
-
 }  // namespace
 
 std::vector<String> dataclassesConcernedByChange(AccountChange change,
                                                  const DictionaryRef& original,
                                                  const DictionaryRef& current) {
-  std::vector<String> concerned;
-  if (change == AccountChange::Added || change == AccountChange::Removed) {
-    addDifference(concerned,
-                  enabledDataclasses(change == AccountChange::Added ? current : original), {});
-    return concerned;
-  }
-  if (!original || !current || original->sharesStorageWith(*current)) return concerned;
-  const std::vector<String> before = enabledDataclasses(original);
-  const std::vector<String> after = enabledDataclasses(current);
-  addDifference(concerned, before, after);
-  addDifference(concerned, after, before);
-  if (!after.empty() && differInComparedKeys(*original, *current)) {
-    addDifference(concerned, after, {});
-  }
-  return concerned;
+  if (change == AccountChange::Added) return enabledDataclasses(current).list();
+  if (change == AccountChange::Removed) return enabledDataclasses(original).list();
+  if (original && current && original->sharesStorageWith(*current)) return {};
+  const Dataclasses before = enabledDataclasses(original);
+  const Dataclasses after = enabledDataclasses(current);
+  Dataclasses concerned;
+  concerned.addDifference(before, after);
+  concerned.addDifference(after, before);
+  // Without original properties all that is enabled now was switched on.
+  if (original && !after.empty() && differInComparedKeys(*original, *current)) concerned.add(after);
+  return std::move(concerned).list();
 }
 
 }  // namespace tallbook

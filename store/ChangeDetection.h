@@ -12,7 +12,7 @@ namespace tallbook {
 enum class AccountChange : std::int32_t { Added = 0, Kept = 1, Removed = 2 };
 
 /// The dataclasses whose notifiers a change concerns, each once. `original` is null for an added
-/// account, `current` for a removed one.
+/// account, `current` for a removed one; null has no dataclasses.
 ///
 /// Of a kept account: the dataclasses switched on or off and, when any other property changed, all
 /// that are enabled now. The active flag and the children do not count as properties here.

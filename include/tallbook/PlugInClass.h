@@ -49,7 +49,8 @@ struct PlugInClass {
       accountWillChangeForDataclass;
   std::function<void(const String& identifier, const String& dataclass)>
       accountDidChangeForDataclass;
-  /// Called after a save with an array of change records.
+  /// Called after a save with an array of change records, which is the notifier's to keep: nothing
+  /// that happens to the accounts later changes it.
   std::function<void(const ArrayRef& changes)> noteAccountChanges;
 
   // The principal class of a data-migration plug-in.

@@ -1,4 +1,5 @@
 #include <functional>
+#include <gmock/gmock.h>
 
 #include "tallbook/InternalConsistencyFailure.h"
 #include "tallbook/Vocabulary.h"
@@ -83,6 +84,28 @@ TEST_F(ANotifier, HearsLaterWhatWasSkipped) {
   AccountsManager::_setShouldSkipNotifications(false);
   EXPECT_EQ(heardAfterSaving(), Lines{std::string("1 e ") + kBoth});
   EXPECT_EQ(heardAfterSaving(), Lines{});
+}
+
+TEST_F(ANotifier, IsToldOfWhatHasNoOriginalOrNoCurrentProperties) {
+  const DictionaryRef account = record("m", {{"Enabled Dataclasses", Array::make({mail, notes})}});
+  const std::pair<DictionaryRef, DictionaryRef> rows[] = {{nullptr, account}, {account, nullptr}};
+  for (const auto& [original, current] : rows) {
+    AccountsManager::NotificationBatch batch;
+    AccountsManager::_addNotificationToDictionaryForChangeTypeOriginalPropertiesCurrentProperties(
+        batch, 1, original, current);
+    ASSERT_EQ(batch.size(), 1u);
+    const DictionaryRef change = (*batch.front().second)[0].dictionary();
+    EXPECT_EQ((*change)["AccountID"], Value("m"));
+    const ArrayRef enabled = (*change)["OriginalDataclasses"].array();
+    EXPECT_EQ(enabled->size(), original ? 2u : 0u);
+    EXPECT_TRUE(enabled->isFrozen());
+  }
+  try {
+    AccountsManager::_notifierClassNamesForAccountTypeDataclass(nullptr, "");
+    ADD_FAILURE();
+  } catch (const InternalConsistencyFailure& failure) {
+    EXPECT_THAT(failure.what(), ::testing::EndsWith("for the type (null)"));
+  }
 }
 
 TEST_F(ANotifier, IsAskedAroundASwitchForWhatItOffers) {
