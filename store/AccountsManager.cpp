@@ -1,12 +1,12 @@
 #include "tallbook/AccountsManager.h"
 
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
+#include "store/AccountPositions.h"
 #include "store/AccountsFile.h"
 #include "store/IdentifierTable.h"
 #include "store/TBRuntimeFixMailAccount.h"
@@ -117,6 +117,7 @@ void AccountsManager::appendAccount(std::shared_ptr<BasicAccount> account) {
     (*_topLevelAccountsByID)[identifier] = account;
     fileChildren(account, identifier);
   }
+  if (_positions) _positions->add(account.get(), _orderedTopLevelAccounts->size());
   _orderedTopLevelAccounts->push_back(std::move(account));
 }
 
@@ -161,19 +162,6 @@ void AccountsManager::_removeChildrenForAccountWithIdentifier(std::string_view i
   _childAccountIDsByParentAccountID->erase(identifier);
 }
 
-AccountsManager::AccountList AccountsManager::childrenOf(std::string_view parentID) const {
-  AccountList children;
-  const std::vector<String>* childIDs = _childAccountIDsByParentAccountID->find(parentID);
-  if (!childIDs) return children;
-  std::unordered_set<std::string_view, KeyedStringHash> met;
-  for (const String& childID : *childIDs) {
-    const String* filedUnder = _childAccountIDToParentAccountID->find(childID);
-    if (!filedUnder || *filedUnder != parentID) continue;
-    if (met.insert(childID.view()).second) children.push_back(*_childAccountsByID->find(childID));
-  }
-  return children;
-}
-
 void AccountsManager::_setOriginalAccountDictionaries() {
   _originalAccountsByID = std::make_unique<IdentifierTable<DictionaryRef>>();
   _originalAccountsByID->reserve(_orderedTopLevelAccounts->size());
@@ -211,23 +199,17 @@ std::shared_ptr<BasicAccount> AccountsManager::syncableAccountWithSyncIdentifier
   for (const auto& account : *_orderedTopLevelAccounts) {
     if (account->syncStoreIdentifier() == syncIdentifier) return account;
   }
-  for (const auto& account : *_orderedTopLevelAccounts) {
-    for (const auto& child : childrenOf(account->identifier())) {
-      if (child->syncStoreIdentifier() == syncIdentifier) return child;
-    }
-  }
-  return nullptr;
+  std::shared_ptr<BasicAccount> found;
+  _childAccountsByID->forEach([&](const String&, const auto& child) {
+    if (!found && child->syncStoreIdentifier() == syncIdentifier) found = child;
+  });
+  return found;
 }
 
 AccountsManager::AccountList AccountsManager::allBasicSyncableAccounts() const {
   AccountList accounts = *_orderedTopLevelAccounts;
-  std::unordered_set<const BasicAccount*> met;
-  for (const auto& account : *_orderedTopLevelAccounts) {
-    for (auto& child : childrenOf(account->identifier())) {
-      // Two records with one identifier have the same children.
-      if (met.insert(child.get()).second) accounts.push_back(std::move(child));
-    }
-  }
+  accounts.reserve(accounts.size() + _childAccountsByID->size());
+  _childAccountsByID->forEach([&](const String&, const auto& child) { accounts.push_back(child); });
   return accounts;
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <unordered_map>
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/DeviceLocalAccount.h"
@@ -34,13 +35,15 @@ AccountsManager::AccountList AccountsManager::accountsWithTypesWithLoader(
   };
   // Making a full account runs other components' code, which may change the store.
   const AccountList accounts = *_orderedTopLevelAccounts;
+  std::unordered_map<const BasicAccount*, AccountList> childrenByParent;
+  _childAccountsByID->forEach([&](const String&, const auto& child) {
+    if (isWanted(*child)) childrenByParent[child->parentAccount().get()].push_back(child);
+  });
   for (const auto& account : accounts) {
     if (isWanted(*account)) append(fullAccountWithIdentifierLoader(account->identifier(), loader));
-    for (const auto& child : childrenOf(account->identifier())) {
-      if (child->parentAccount() == account && isWanted(*child)) {
-        append(child->fullAccountUsingLoader(loader));
-      }
-    }
+    const auto children = childrenByParent.find(account.get());
+    if (children == childrenByParent.end()) continue;
+    for (const auto& child : children->second) append(child->fullAccountUsingLoader(loader));
   }
   return fullAccounts;
 }

@@ -6,6 +6,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
+#include "store/AccountPositions.h"
 #include "store/IdentifierTable.h"
 #include "store/TBRuntimeFixProtocol.h"
 
@@ -28,12 +29,16 @@ void AccountsManager::updateAccount(const std::shared_ptr<BasicAccount>& account
   logMutation("-[AccountsManager updateAccount:]", "Updating", *account);
   const String identifier = account->identifier();
   if (!identifier) return;
+  bool isStored = false;
   for (auto& stored : *_orderedTopLevelAccounts) {
     if (stored->identifier() != identifier) continue;
     stored = account;
-    (*_topLevelAccountsByID)[identifier] = account;
-    _loadChildrenFromAccount(account);
+    isStored = true;
   }
+  if (!isStored) return;
+  _positions = nullptr;
+  (*_topLevelAccountsByID)[identifier] = account;
+  _loadChildrenFromAccount(account);
 }
 
 void AccountsManager::insertAccount(const std::shared_ptr<BasicAccount>& account) {
@@ -59,6 +64,7 @@ void AccountsManager::deleteAccounts(const AccountList& accounts) {
     _topLevelAccountsByID->erase(identifier);
     ++left[identifier];
   }
+  _positions = nullptr;
   // Of several records with one identifier the last one goes first.
   std::unordered_set<std::shared_ptr<BasicAccount>> deleted;
   AccountList& stored = *_orderedTopLevelAccounts;
@@ -76,24 +82,12 @@ void AccountsManager::deleteAccountWithIdentifier(std::string_view identifier) {
   deleteAccount(account);
 }
 
-std::size_t AccountsManager::positionOf(const std::shared_ptr<BasicAccount>& account) const {
-  const AccountList& accounts = *_orderedTopLevelAccounts;
-  const auto start =
-      accounts.begin() + static_cast<std::ptrdiff_t>(std::min(_lastReplaced, accounts.size()));
-  auto found = std::find(start, accounts.end(), account);
-  if (found == accounts.end()) {
-    found = std::find(accounts.begin(), start, account);
-    if (found == start) return accounts.size();
-  }
-  return static_cast<std::size_t>(found - accounts.begin());
-}
-
 void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccount>& account,
                                                 const std::shared_ptr<BasicAccount>& withAccount) {
   if (!withAccount) return;
-  const std::size_t position = positionOf(account);
-  if (position == _orderedTopLevelAccounts->size()) return;
-  _lastReplaced = position;
+  if (!_positions) _positions = std::make_unique<AccountPositions>(*_orderedTopLevelAccounts);
+  const auto position = _positions->firstOf(account.get());
+  if (!position) return;
   // A list handed out earlier keeps showing the store as it was; without one, none is copied.
   if (_orderedTopLevelAccounts.use_count() > 1) {
     _orderedTopLevelAccounts = std::make_shared<AccountList>(*_orderedTopLevelAccounts);
@@ -105,7 +99,9 @@ void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccou
   if (const String identifier = withAccount->identifier()) {
     (*_topLevelAccountsByID)[identifier] = withAccount;
   }
-  (*_orderedTopLevelAccounts)[position] = withAccount;
+  _positions->remove(account.get(), *position);
+  _positions->add(withAccount.get(), *position);
+  (*_orderedTopLevelAccounts)[*position] = withAccount;
   _loadChildrenFromAccount(withAccount);
 }
 
@@ -115,9 +111,10 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
              [] { return std::string("Replacing accounts"); });
   AccountTable givenByID;
   for (const auto& given : accounts) {
-    if (const String identifier = given ? given->identifier() : nullptr) {
-      givenByID[identifier] = given;
-    }
+    if (!given) continue;
+    // The property itself: a subclass may answer another identifier than it stores.
+    const String identifier = given->accountPropertyForKey(kAccountIdentifier).string();
+    if (identifier) givenByID[identifier] = given;
   }
   auto newTable = std::make_unique<AccountTable>();
   newTable->reserve(_orderedTopLevelAccounts->size());
@@ -134,8 +131,8 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
     std::shared_ptr<BasicAccount> kept = *stored;
     if (given) {
       kept = *given;
-      placed.insert(kept.get());
-      _loadChildrenFromAccount(kept);
+      // Once, however many records with its identifier it replaces.
+      if (placed.insert(kept.get()).second) _loadChildrenFromAccount(kept);
     } else if (std::ranges::find(types, kept->type()) != types.end()) {
       if (identifier) _removeChildrenForAccountWithIdentifier(identifier);
       continue;
@@ -147,7 +144,7 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
 
   for (const auto& given : accounts) {
     if (!given || placed.contains(given.get())) continue;
-    if (given->parentAccount()) {
+    if (given->parentAccountIdentifier()) {
       moveChild(given, *newTable);
       continue;
     }
@@ -157,6 +154,7 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
     }
     _loadChildrenFromAccount(given);
   }
+  _positions = nullptr;
   _orderedTopLevelAccounts = std::move(newList);
   _topLevelAccountsByID = std::move(newTable);
 }
@@ -178,16 +176,17 @@ void AccountsManager::moveChild(const std::shared_ptr<BasicAccount>& child,
 void AccountsManager::removeChildWithIdentifierFromAccount(
     std::string_view identifier, const std::shared_ptr<BasicAccount>& account) {
   if (!account) return;
-  const ArrayRef children = childrenProperty(*account);
-  if (!children) return;
-  const ArrayRef remaining = children->mutableCopy();
-  for (const Value& info : *children) {
+  if (const ArrayRef children = childrenProperty(*account)) {
     // Only what makes a record has an identifier to compare.
-    const DictionaryRef properties = info.dictionary();
-    const auto child = properties ? BasicAccount::initWithProperties(properties) : nullptr;
-    if (child && child->identifier() == identifier) remaining->removeAllEqual(info);
+    const auto isRemoved = [&](const Value& info) {
+      const DictionaryRef properties = info.dictionary();
+      const auto child = properties ? BasicAccount::initWithProperties(properties) : nullptr;
+      return child && child->identifier() == identifier;
+    };
+    std::vector<Value> remaining;
+    std::ranges::remove_copy_if(*children, std::back_inserter(remaining), isRemoved);
+    account->setAccountPropertyForKey(Array::make(std::move(remaining)), kAccountChildAccounts);
   }
-  account->setAccountPropertyForKey(remaining, kAccountChildAccounts);
   _loadChildrenFromAccount(account);
 }
 

@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "tallbook/AccountsManager.h"
+#include "tallbook/InternalConsistencyFailure.h"
 
 #include "model/LibraryLogging.h"
 #include "store/AccountMerge.h"
@@ -141,6 +142,7 @@ DictionaryRef AccountsManager::mergeInMemoryPropertiesOriginalPropertiesOnDiskPr
     const DictionaryRef& inMemory, const DictionaryRef& original, const DictionaryRef& onDisk) {
   constexpr std::string_view kMerging =
       "-[AccountsManager mergeInMemoryProperties:originalProperties:onDiskProperties:]";
+  if (!inMemory) throw InternalConsistencyFailure("There are no properties to merge");
   logMessage(kMerging, [&] {
     return "Merging inmem " + shown(inMemory) + " orig " + shown(original) + " onDisk " +
            shown(onDisk);

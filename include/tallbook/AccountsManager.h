@@ -18,6 +18,7 @@
 namespace tallbook {
 
 class AccountsFile;
+class AccountPositions;
 template <class T>
 class IdentifierTable;
 class LockHold;
@@ -77,7 +78,8 @@ class TALLBOOK_EXPORT AccountsManager {
   /// The live list of top-level records. Replacing operations install another list; do not change
   /// the store while iterating over this one.
   std::shared_ptr<const AccountList> allBasicAccounts() const { return _orderedTopLevelAccounts; }
-  /// All top-level records in store order, then all child records in the order of their parents.
+  /// All top-level records in store order, then all indexed child records in the order in which
+  /// they were filed: that of their parents, until a parent is changed.
   AccountList allBasicSyncableAccounts() const;
   AccountList basicAccountsWithTypes(const AccountTypes& types) const;
   std::uint64_t countOfBasicAccountsWithTypes(const AccountTypes& types) const;
@@ -108,10 +110,12 @@ class TALLBOOK_EXPORT AccountsManager {
   /// `deleteAccount` for each of them, in one walk over the store.
   void deleteAccounts(const AccountList& accounts);
   void deleteAccountWithIdentifier(std::string_view identifier);
-  /// Puts the new record at the stored one's place; nothing when that object is not stored.
+  /// Puts the new record at the stored one's place, the first where that object is stored several
+  /// times; nothing when it is not stored.
   void replaceAccountWithAccount(const std::shared_ptr<BasicAccount>& account,
                                  const std::shared_ptr<BasicAccount>& withAccount);
-  /// Installs the given records, children included, as all records of the types.
+  /// Installs the given records, children included, as all records of the types. A given record is
+  /// a child when its parent has an identifier.
   void replaceAccountsWithTypesWithAccounts(const AccountTypes& types, const AccountList& accounts);
   /// Removes the child's dictionary from the parent's "ChildAccounts".
   void removeChildWithIdentifierFromAccount(std::string_view identifier,
@@ -134,6 +138,7 @@ class TALLBOOK_EXPORT AccountsManager {
   const SaveFailure& saveFailure() const noexcept { return _saveFailure; }
   /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,
   /// keys removed here are gone. `inMemory` itself when either of the others is null or empty.
+  /// Throws InternalConsistencyFailure when `inMemory` is null.
   static DictionaryRef mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties(
       const DictionaryRef& inMemory, const DictionaryRef& original, const DictionaryRef& onDisk);
 
@@ -199,9 +204,6 @@ class TALLBOOK_EXPORT AccountsManager {
   void loadAccounts(const Array& infos);
   void appendAccount(std::shared_ptr<BasicAccount> account);
   void fileChildren(const std::shared_ptr<BasicAccount>& account, const String& parentID);
-  /// The record's place in the list, the list's size where it has none.
-  std::size_t positionOf(const std::shared_ptr<BasicAccount>& account) const;
-  AccountList childrenOf(std::string_view parentID) const;
   void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
   FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
   bool fixAccountsBeforeSaving();
@@ -211,8 +213,9 @@ class TALLBOOK_EXPORT AccountsManager {
 
   std::unique_ptr<AccountTable> _topLevelAccountsByID;
   std::shared_ptr<AccountList> _orderedTopLevelAccounts;
-  /// Where a record was replaced last: callers who replace many go from the first to the last.
-  std::size_t _lastReplaced = 0;
+  /// Where the records stand in the list; made when one is first replaced, and dropped when the
+  /// list changes in another way than at its end.
+  std::unique_ptr<AccountPositions> _positions;
   std::unique_ptr<AccountTable> _childAccountsByID;
   std::unique_ptr<IdentifierTable<String>> _childAccountIDToParentAccountID;
   /// The reverse of the table above, in the order of "ChildAccounts": dropping one parent's

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include "tallbook/InternalConsistencyFailure.h"
+
 #include "tests/store/StoreDevice.h"
 
 namespace tallbook {
@@ -116,6 +118,15 @@ TEST_F(ASave, TakesNoParentForTheRecordOfAChild) {
   ASSERT_TRUE(store->saveAllAccounts());
   EXPECT_EQ(order(*AccountsManager::init()), "p c");
   EXPECT_EQ(Value(stored("c")), Value(child));
+}
+
+TEST_F(ASave, MergesNothingWithoutPropertiesInMemory) {
+  const auto merge = &AccountsManager::mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties;
+  const DictionaryRef present = record("a");
+  for (const DictionaryRef& other : {present, DictionaryRef()}) {
+    EXPECT_THROW(merge(nullptr, other, other), InternalConsistencyFailure);
+    EXPECT_EQ(merge(present, nullptr, other), present);
+  }
 }
 
 // Each key of three states by each of three holders, all keys at once.

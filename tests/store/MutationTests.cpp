@@ -1,3 +1,4 @@
+#include "tallbook/DeviceLocalAccount.h"
 #include "tallbook/InternalConsistencyFailure.h"
 #include "tallbook/Vocabulary.h"
 
@@ -75,6 +76,21 @@ TEST_F(AChangedStore, ReplacesOneRecordInANewList) {
   EXPECT_EQ(before->back()->identifier(), "p");
 }
 
+TEST_F(AChangedStore, ReplacesTheFirstPlaceOfARecordThatIsListedTwice) {
+  store = AccountsManager::initWithAccounsInfoArray(
+      Array::make({record("a"), record("b"), record("a")}));
+  const auto twice = made(record("a"));
+  store->updateAccount(twice);
+  store->replaceAccountWithAccount(store->accountWithIdentifier("b"), made(record("c")));
+  store->insertAccount(made(record("last")));
+  store->replaceAccountWithAccount(twice, made(record("x")));
+  EXPECT_EQ(order(*store), "x c a last");
+  store->replaceAccountWithAccount(twice, made(record("y")));
+  store->replaceAccountWithAccount(twice, made(record("z")));
+  store->replaceAccountWithAccount(store->accountWithIdentifier("last"), made(record("end")));
+  EXPECT_EQ(order(*store), "x c y end");
+}
+
 TEST_F(AChangedStore, ReplacesByTypesKeepingPlaces) {
   const struct {
     AccountsManager::AccountTypes types;
@@ -117,6 +133,40 @@ TEST_F(AChangedStore, HangsGivenChildrenOnceUnderTheirParents) {
   EXPECT_EQ(children("p"), "");
   EXPECT_EQ(children("q"), "c");
   EXPECT_EQ(store->accountWithIdentifier("c"), newParent);
+}
+
+TEST_F(AChangedStore, TakesAGivenRecordByWhatItStores) {
+  const auto local = DeviceLocalAccount::initWithProperties(
+      Dictionary::make({{"Type", kOnMyDeviceAccountType}, {"Class", "C"}, {"Identifier", "m2"}}));
+  const auto grown = made(record("g"));
+  grown->setParentAccount(made(record("nobody", {{"Identifier", 9}})));
+  store->replaceAccountsWithTypesWithAccounts({}, {local, grown});
+  EXPECT_EQ(store->allBasicAccounts()->at(2), local);
+  EXPECT_EQ(store->accountWithIdentifier("g"), grown) << "a parent without identifier is none";
+}
+
+TEST_F(AChangedStore, ListsEveryIndexedChild) {
+  const auto syncable = [&] {
+    std::string identifiers;
+    for (const auto& account : store->allBasicSyncableAccounts()) {
+      if (account->parentAccount()) identifiers += account->syncStoreIdentifier().str() + " ";
+    }
+    return identifiers;
+  };
+  const auto parent = store->accountWithIdentifier("p");
+  store->addChildToAccount(made(record("d", {{"Sync Identifier", "sd"}})), parent);
+  store->addChildToAccount(made(record("e", {{"Sync Identifier", "se"}})),
+                           made(record("stranger")));
+  parent->setAccountPropertyForKey("renamed", "Identifier");
+  EXPECT_EQ(syncable(), " sd se ");
+  EXPECT_EQ(store->syncableAccountWithSyncIdentifier("se")->identifier(), "e");
+  EXPECT_EQ(store->displayAccountWithSyncIdentifier("sd"), parent);
+  EXPECT_FALSE(store->displayAccountWithSyncIdentifier("se"));
+
+  parent->setAccountPropertyForKey("p", "Identifier");
+  parent->removeAccountPropertyForKey("ChildAccounts");
+  store->removeChildWithIdentifierFromAccount("d", parent);
+  EXPECT_EQ(syncable(), "se ") << "the children of the list that is gone are gone";
 }
 
 TEST_F(AChangedStore, SharesAnAddedChildWithItsParent) {

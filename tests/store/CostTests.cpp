@@ -1,0 +1,100 @@
+#include <functional>
+
+#include "tallbook/Vocabulary.h"
+
+#include "store/ChangeDetection.h"
+#include "tests/store/StoreDevice.h"
+#include "tests/support/Comparisons.h"
+
+namespace tallbook {
+namespace {
+
+/// Texts of one length, so that two of them have to be compared to be told apart.
+std::string numbered(const char* prefix, std::size_t number) {
+  return prefix + std::to_string(1'000'000 + number);
+}
+
+/// Children of one identifier where `identifier` says so, and of many without it.
+ArrayRef children(std::size_t count, const String& identifier = nullptr) {
+  const ArrayRef list = Array::make();
+  for (std::size_t i = 0; i < count; ++i) {
+    list->append(record(identifier ? identifier.view() : numbered("c", i),
+                        {{kAccountDisplayName, numbered("name", i)}}));
+  }
+  return list;
+}
+
+DictionaryRef withEnabled(const char* prefix, std::size_t count) {
+  const ArrayRef list = Array::make();
+  for (std::size_t i = 0; i < count; ++i) list->append(numbered(prefix, i));
+  return record("a", {{kAccountEnabledDataclasses, list}});
+}
+
+/// Records of one identifier, the last of which has as many children.
+std::shared_ptr<AccountsManager> storeOfTwins(std::size_t count) {
+  const ArrayRef records = Array::make();
+  for (std::size_t i = 0; i < count; ++i) records->append(record("p"));
+  records->append(record("p", {{kAccountChildAccounts, children(count)}}));
+  return AccountsManager::initWithAccounsInfoArray(records);
+}
+
+class ALargeStore : public StoreDevice {
+ protected:
+  ALargeStore() { platform().log.listening = false; }
+};
+
+TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
+  using test::comparisonsOf;
+  const std::pair<const char*, std::function<std::size_t(std::size_t)>> rows[] = {
+      {"removing children of one identifier",
+       [](std::size_t count) {
+         const auto parent = BasicAccount::initWithProperties(
+             record("p", {{kAccountChildAccounts, children(count, "c")}}));
+         const auto store = AccountsManager::initWithAccounsInfoArray(nullptr);
+         store->insertAccount(parent);
+         const std::size_t work =
+             comparisonsOf([&] { store->removeChildWithIdentifierFromAccount("c", parent); });
+         EXPECT_TRUE(parent->accountPropertyForKey(kAccountChildAccounts).array()->empty());
+         return work;
+       }},
+      {"finding the dataclasses that a change concerns",
+       [](std::size_t count) {
+         const DictionaryRef before = withEnabled("before", count);
+         const DictionaryRef after = withEnabled("after.", count);
+         return comparisonsOf([&] {
+           EXPECT_EQ(dataclassesConcernedByChange(AccountChange::Kept, before, after).size(),
+                     2 * count);
+         });
+       }},
+      {"listing the children of records with one identifier",
+       [](std::size_t count) {
+         const auto store = storeOfTwins(count);
+         return comparisonsOf([&] {
+           EXPECT_EQ(store->allBasicSyncableAccounts().size(), 2 * count + 1);
+           EXPECT_FALSE(store->syncableAccountWithSyncIdentifier("nobody"));
+           EXPECT_TRUE(store->accountsWithTypes({kExchangeAccountType}).empty());
+         });
+       }},
+      {"updating records with one identifier",
+       [](std::size_t count) {
+         const auto store = storeOfTwins(count);
+         const auto account = store->accountWithIdentifier("p");
+         return comparisonsOf([&] { store->updateAccount(account); });
+       }},
+      {"replacing records with one identifier",
+       [](std::size_t count) {
+         const auto store = storeOfTwins(count);
+         const auto account = store->accountWithIdentifier("p");
+         return comparisonsOf(
+             [&] { store->replaceAccountsWithTypesWithAccounts({kMailAccountType}, {account}); });
+       }},
+  };
+  for (const auto& [what, work] : rows) {
+    const std::size_t some = work(500);
+    EXPECT_GT(some, 0u) << what;
+    EXPECT_LT(work(1000), 3 * some) << what;
+  }
+}
+
+}  // namespace
+}  // namespace tallbook
