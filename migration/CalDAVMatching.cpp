@@ -3,6 +3,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "migration/AccountsDataMigrator.h"
+#include "migration/CalDAVPrincipal.h"
 #include "model/ServiceFacts.h"
 
 namespace tallbook {
@@ -16,10 +17,6 @@ String entry(const AccountsDataMigrator::Account& account, std::string_view conf
              std::string_view key) {
   const DictionaryRef dictionary = account->accountPropertyForKey(configuration).dictionary();
   return dictionary ? (*dictionary)[key].string() : nullptr;
-}
-
-bool isAmong(const String& text, const std::vector<std::string>& list) {
-  return text && std::ranges::find(list, text.view()) != list.end();
 }
 
 }  // namespace
@@ -66,15 +63,33 @@ std::vector<std::string> AccountsDataMigrator::_expectedCalDAVPrincipalURLsForAc
   return paths;
 }
 
+std::optional<CalDAVPrincipal> principalOfCalDAVAccount(
+    const AccountsDataMigrator::Account& account) {
+  constexpr std::string_view kPrincipal = "CalDAVPrincipalConfiguration";
+  const String server = entry(account, kPrincipal, "CalDAV_Server_Key");
+  const String login = entry(account, kPrincipal, "Login_Key");
+  const String path = entry(account, "CalDAVAccountConfiguration", "CalDAV_PrincipalPath_Key");
+  if (!server || !login || !path) return std::nullopt;
+  return CalDAVPrincipal{server.str(), login.str(), path.str()};
+}
+
+std::vector<CalDAVPrincipal> expectedPrincipalsForAccount(
+    const AccountsDataMigrator::Account& account) {
+  std::vector<CalDAVPrincipal> expected;
+  const String server = AccountsDataMigrator::_expectedCalDAVHostnameForAccount(account);
+  if (!server) return expected;
+  const auto paths = AccountsDataMigrator::_expectedCalDAVPrincipalURLsForAccount(account);
+  for (const auto& login : AccountsDataMigrator::_expectedCalDAVUsernamesForAccount(account)) {
+    for (const std::string& path : paths) expected.push_back({server.str(), login, path});
+  }
+  return expected;
+}
+
 bool AccountsDataMigrator::_calDAVAccountMatchesUmbrellaAccount(const Account& calDAVAccount,
                                                                 const Account& umbrellaAccount) {
-  constexpr std::string_view kPrincipal = "CalDAVPrincipalConfiguration";
-  const String server = entry(calDAVAccount, kPrincipal, "CalDAV_Server_Key");
-  return server && server == _expectedCalDAVHostnameForAccount(umbrellaAccount) &&
-         isAmong(entry(calDAVAccount, kPrincipal, "Login_Key"),
-                 _expectedCalDAVUsernamesForAccount(umbrellaAccount)) &&
-         isAmong(entry(calDAVAccount, "CalDAVAccountConfiguration", "CalDAV_PrincipalPath_Key"),
-                 _expectedCalDAVPrincipalURLsForAccount(umbrellaAccount));
+  const auto principal = principalOfCalDAVAccount(calDAVAccount);
+  const auto expected = expectedPrincipalsForAccount(umbrellaAccount);
+  return principal && std::ranges::find(expected, *principal) != expected.end();
 }
 
 }  // namespace tallbook

@@ -1,12 +1,15 @@
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <map>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "tallbook/DeviceLocalAccount.h"
 #include "tallbook/Vocabulary.h"
 
+#include "migration/CalDAVPrincipal.h"
 #include "migration/Console.h"
 #include "migration/StepHelpers.h"
 
@@ -41,39 +44,34 @@ bool isEnabledBeside(const ExternalSyncSources::Answer& answer, const String& da
          !AccountsDataMigrator::_tetheredDisabledInSources(answer.sources);
 }
 
-/// The separate CalDAV accounts of a store, found by their principal path, so that not every pair
-/// of accounts has to be compared.
+/// The separate CalDAV accounts of a store, found by their principal, so that not every pair of
+/// accounts has to be compared.
 class SeparateCalDAVAccounts {
  public:
   explicit SeparateCalDAVAccounts(const AccountsManager::AccountList& accounts) {
+    std::size_t number = 0;
     for (const Account& account : accounts) {
       if (account->accountClass() != "MobileCalDAVAccount") continue;
-      const DictionaryRef configuration =
-          account->accountPropertyForKey("CalDAVAccountConfiguration").dictionary();
-      if (!configuration) continue;
-      if (const String path = (*configuration)["CalDAV_PrincipalPath_Key"].string()) {
-        _byPrincipalPath[path.str()].push_back({_count++, account});
+      if (const auto principal = principalOfCalDAVAccount(account)) {
+        _byPrincipal[*principal].push_back({number++, account});
       }
     }
   }
 
-  /// Those that belong to the account, in store order.
-  AccountsManager::AccountList belongingTo(const Account& umbrella) const {
-    std::vector<Numbered> candidates;
-    for (const std::string& path :
-         AccountsDataMigrator::_expectedCalDAVPrincipalURLsForAccount(umbrella)) {
-      if (const auto found = _byPrincipalPath.find(path); found != _byPrincipalPath.end()) {
-        candidates.insert(candidates.end(), found->second.begin(), found->second.end());
-      }
+  /// Whether any belong to the mail account. Those that no earlier account took are appended to
+  /// `taken`, in store order: many mail accounts may have one principal in common.
+  bool takeThoseOf(const Account& umbrella, AccountsManager::AccountList& taken) {
+    bool isAnyFound = false;
+    std::vector<Numbered> found;
+    for (const CalDAVPrincipal& principal : expectedPrincipalsForAccount(umbrella)) {
+      const auto accounts = _byPrincipal.find(principal);
+      if (accounts == _byPrincipal.end()) continue;
+      isAnyFound = true;
+      std::ranges::move(std::exchange(accounts->second, {}), std::back_inserter(found));
     }
-    std::ranges::sort(candidates, {}, &Numbered::number);
-    AccountsManager::AccountList matching;
-    for (const auto& [number, account] : candidates) {
-      if (AccountsDataMigrator::_calDAVAccountMatchesUmbrellaAccount(account, umbrella)) {
-        matching.push_back(account);
-      }
-    }
-    return matching;
+    std::ranges::sort(found, {}, &Numbered::number);
+    std::ranges::transform(found, std::back_inserter(taken), &Numbered::account);
+    return isAnyFound;
   }
 
  private:
@@ -82,8 +80,7 @@ class SeparateCalDAVAccounts {
     Account account;
   };
 
-  std::size_t _count = 0;
-  std::unordered_map<std::string, std::vector<Numbered>> _byPrincipalPath;
+  std::map<CalDAVPrincipal, std::vector<Numbered>> _byPrincipal;
 };
 
 }  // namespace
@@ -151,7 +148,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A241(const Store& store) {
 
 bool AccountsDataMigrator::_migrateAccountsFrom7A242(const Store& store) {
   const AccountsManager::AccountList accounts = *store->allBasicAccounts();
-  const SeparateCalDAVAccounts separate(accounts);
+  SeparateCalDAVAccounts separate(accounts);
   AccountsManager::AccountList folded;
   for (const Account& account : accounts) {
     if (hasClassAmong(*account, {"IMAPAccount", "GmailAccount", "YahooAccount", "AOLAccount",
@@ -167,9 +164,8 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A242(const Store& store) {
       account->_forcedSetAccountPropertyForKey(kYahooAccountType, kAccountType);
     }
     if (!hasClassAmong(*account, {"GmailAccount", "YahooAccount"})) continue;
-    for (const Account& calDAV : separate.belongingTo(account)) {
+    if (separate.takeThoseOf(account, folded)) {
       account->setEnabledForDataclass(true, kAccountDataclassCalendars);
-      folded.push_back(calDAV);
     }
   }
   store->deleteAccounts(folded);

@@ -54,25 +54,18 @@ DictionaryRef umbrellaProperties(BasicAccount& account) {
   return umbrella;
 }
 
-void replaceFirstEqual(Array& array, const Value& old, const Value& replacement) {
-  for (std::size_t index = 0; index < array.size(); ++index) {
-    if (!(array[index] == old)) continue;
-    array.replace(index, replacement);
-    return;
-  }
-}
-
 // The hosted-service children are called what their parent is called.
 void stripNamesOfHostedChildren(BasicAccount& account) {
   const ArrayRef stored = account.accountPropertyForKey(kAccountChildAccounts).array();
   if (!stored) return;
   const ArrayRef children = stored->mutableCopy();
-  for (const Value& element : *stored) {
-    const DictionaryRef properties = element.dictionary();
+  for (std::size_t index = 0; index < stored->size(); ++index) {
+    const DictionaryRef properties = (*stored)[index].dictionary();
     const Account child = properties ? BasicAccount::accountWithProperties(properties) : nullptr;
     if (!child || !isHostedMailAccount(*child) || !child->displayName()) continue;
     child->removeAccountPropertyForKey(kAccountDisplayName);
-    replaceFirstEqual(*children, element, child->properties());
+    // Equal children before this one are without a name by now, so it is the first of its kind.
+    children->replace(index, child->properties());
   }
   account.setAccountPropertyForKey(children, kAccountChildAccounts);
 }
