@@ -86,7 +86,8 @@ class TALLBOOK_EXPORT AccountsManager {
   /// Number of top-level records.
   std::uint64_t count() const noexcept { return _orderedTopLevelAccounts->size(); }
 
-  // Full accounts. They throw InternalConsistencyFailure as `fullAccountUsingLoader` does.
+  // Full accounts. They throw InternalConsistencyFailure as `fullAccountUsingLoader` does. A change
+  // made through a full account is not saved; see there.
 
   /// The full account of the top-level or child record with that identifier; null for an unknown
   /// or empty one.
@@ -102,6 +103,17 @@ class TALLBOOK_EXPORT AccountsManager {
   // Changes. In memory only, until the store is saved. A null record changes nothing.
 
   /// Puts the record in place of the stored one with its identifier; nothing when there is none.
+  ///
+  /// A record is saved where it differs from what it was made of. Of a newly made one, with the
+  /// values that a client would like to see stored, the next save therefore keeps the *file's*:
+  /// only what is set after the record was made counts as changed. Change the record that the store
+  /// hands out instead, and call this when its "ChildAccounts" changed, or set the values on the
+  /// new one.
+  ///
+  /// A full account has a copy of its record's properties: what is changed through it is not saved.
+  /// Given to this operation it takes the record's place like any newly made record: what was
+  /// changed on it since it was made is saved, and what was changed on the record it was made of is
+  /// not.
   void updateAccount(const std::shared_ptr<BasicAccount>& account);
   /// Appends the record unless its identifier is taken.
   void insertAccount(const std::shared_ptr<BasicAccount>& account);
@@ -133,6 +145,9 @@ class TALLBOOK_EXPORT AccountsManager {
   ///
   /// What other processes save at the same time is merged as well, however often that takes. A file
   /// that could not be read, now or when the store was made, is not replaced.
+  ///
+  /// Every save writes the whole dictionary of every account, names and hosts included, to the
+  /// library log, which is the system's journal unless `HostOptions::log` says otherwise.
   bool saveAllAccounts();
   /// Why the last save failed; false-like where it did not.
   const SaveFailure& saveFailure() const noexcept { return _saveFailure; }

@@ -152,6 +152,10 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// The full account, made on first success and kept. Throws InternalConsistencyFailure for
   /// malformed creators information, a module that cannot be loaded, a missing class, and when the
   /// creator makes none. `loader` may be null.
+  ///
+  /// Most full accounts have a copy of this record's properties, taken when they were made. Setting
+  /// one of theirs does not change this record and is not saved: what is to be stored is set on the
+  /// record that the store handed out. Nor do they see later changes of this record.
   std::shared_ptr<BasicAccount> fullAccountUsingLoader(AccountLoader* loader);
   void setFullAccount(std::shared_ptr<BasicAccount> fullAccount);
   /// The creator's class name, its module loaded; null when the type has no such creator. Throws

@@ -16,7 +16,9 @@ struct HostOptions {
 
   /// Root of the device tree; empty for the running system itself.
   std::string root;
-  /// Where the library log goes.
+  /// Where the library log goes. Loading, changing and saving accounts write their dictionaries
+  /// there, user names and hosts included: a program whose accounts are nobody's business in the
+  /// journal says `Nowhere`.
   Log log = Log::System;
   /// Loads the modules of a device tree although it belongs to another user than the process's:
   /// they are that user's code. The running system's modules are always loaded.
