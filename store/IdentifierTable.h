@@ -126,6 +126,8 @@ class IdentifierTable {
   // Gaps never outnumber the entries for long, so that walking the table stays linear.
   void compact() {
     std::erase_if(_entries, [](const Entry& entry) { return !entry.identifier; });
+    // The index is made for the entries' capacity: few entries must not pay for what many left.
+    _entries.shrink_to_fit();
     _gaps = 0;
     _indexed = 0;
   }

@@ -2,7 +2,7 @@
 
 #include "model/ServiceFacts.h"
 #include "tests/migration/MigrationDevice.h"
-#include "tests/support/Comparisons.h"
+#include "tests/support/Work.h"
 
 namespace tallbook {
 namespace {
@@ -44,7 +44,7 @@ TEST_F(AStepOverManyAccounts, FoldsManyCalendarsOfOnePrincipalInProportionToThei
     }
     const auto store = AccountsManager::initWithAccounsInfoArray(records);
     const std::size_t compared =
-        test::comparisonsOf([&] { AccountsDataMigrator()._migrateAccountsFrom7A242(store); });
+        test::workOf([&] { AccountsDataMigrator()._migrateAccountsFrom7A242(store); });
     EXPECT_EQ(store->count(), count);
     for (const auto& mail : store->basicAccountsWithTypes({kGmailAccountType})) {
       EXPECT_TRUE(mail->isEnabledForDataclass(kAccountDataclassCalendars));
@@ -68,7 +68,7 @@ TEST_F(AStepOverManyAccounts, TakesTheNamesOfManyChildrenInProportionToTheirNumb
     parent->set(kAccountChildAccounts, children);
     const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({parent}));
     const std::size_t compared =
-        test::comparisonsOf([&] { AccountsDataMigrator()._migrateAccountsFrom8C136(store); });
+        test::workOf([&] { AccountsDataMigrator()._migrateAccountsFrom8C136(store); });
     const ArrayRef left =
         store->accountWithIdentifier("p")->accountPropertyForKey(kAccountChildAccounts).array();
     for (std::size_t i = 0; i < left->size(); ++i) {

@@ -4,7 +4,7 @@
 
 #include "store/ChangeDetection.h"
 #include "tests/store/StoreDevice.h"
-#include "tests/support/Comparisons.h"
+#include "tests/support/Work.h"
 
 namespace tallbook {
 namespace {
@@ -44,7 +44,7 @@ class ALargeStore : public StoreDevice {
 };
 
 TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
-  using test::comparisonsOf;
+  using test::workOf;
   const std::pair<const char*, std::function<std::size_t(std::size_t)>> rows[] = {
       {"removing children of one identifier",
        [](std::size_t count) {
@@ -53,7 +53,7 @@ TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
          const auto store = AccountsManager::initWithAccounsInfoArray(nullptr);
          store->insertAccount(parent);
          const std::size_t work =
-             comparisonsOf([&] { store->removeChildWithIdentifierFromAccount("c", parent); });
+             workOf([&] { store->removeChildWithIdentifierFromAccount("c", parent); });
          EXPECT_TRUE(parent->accountPropertyForKey(kAccountChildAccounts).array()->empty());
          return work;
        }},
@@ -61,7 +61,7 @@ TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
        [](std::size_t count) {
          const DictionaryRef before = withEnabled("before", count);
          const DictionaryRef after = withEnabled("after.", count);
-         return comparisonsOf([&] {
+         return workOf([&] {
            EXPECT_EQ(dataclassesConcernedByChange(AccountChange::Kept, before, after).size(),
                      2 * count);
          });
@@ -69,7 +69,7 @@ TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
       {"listing the children of records with one identifier",
        [](std::size_t count) {
          const auto store = storeOfTwins(count);
-         return comparisonsOf([&] {
+         return workOf([&] {
            EXPECT_EQ(store->allBasicSyncableAccounts().size(), 2 * count + 1);
            EXPECT_FALSE(store->syncableAccountWithSyncIdentifier("nobody"));
            EXPECT_TRUE(store->accountsWithTypes({kExchangeAccountType}).empty());
@@ -79,13 +79,13 @@ TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
        [](std::size_t count) {
          const auto store = storeOfTwins(count);
          const auto account = store->accountWithIdentifier("p");
-         return comparisonsOf([&] { store->updateAccount(account); });
+         return workOf([&] { store->updateAccount(account); });
        }},
       {"replacing records with one identifier",
        [](std::size_t count) {
          const auto store = storeOfTwins(count);
          const auto account = store->accountWithIdentifier("p");
-         return comparisonsOf(
+         return workOf(
              [&] { store->replaceAccountsWithTypesWithAccounts({kMailAccountType}, {account}); });
        }},
   };
@@ -94,6 +94,19 @@ TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
     EXPECT_GT(some, 0u) << what;
     EXPECT_LT(work(1000), 3 * some) << what;
   }
+}
+
+// Each record takes over the identifier, and the child of the one before it goes.
+TEST_F(ALargeStore, IsLoadedWithMemoryInProportionToItsSize) {
+  const auto work = [](std::size_t count) {
+    const ArrayRef records = Array::make({record("p", {{kAccountChildAccounts, children(count)}})});
+    for (std::size_t i = 0; i < count; ++i) {
+      records->append(record("p", {{kAccountChildAccounts, children(1)}}));
+    }
+    return test::workOf([&] { AccountsManager::initWithAccounsInfoArray(records); },
+                        test::allocatedBytes);
+  };
+  EXPECT_LT(work(1000), 3 * work(500));
 }
 
 }  // namespace

@@ -1,8 +1,12 @@
-#include "tests/support/Comparisons.h"
+#include "tests/support/Work.h"
+
+#include <cstdlib>
+#include <new>
 
 namespace {
 
 thread_local std::size_t counted = 0;
+thread_local std::size_t allocated = 0;
 
 }  // namespace
 
@@ -22,6 +26,25 @@ int __wrap_bcmp(const void* a, const void* b, std::size_t size) {
 }
 }
 
+// The program's own, in place of the library's.
+void* operator new(std::size_t size) {
+  allocated += size;
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
 std::size_t tallbook::test::comparisons() noexcept {
   return counted;
+}
+
+std::size_t tallbook::test::allocatedBytes() noexcept {
+  return allocated;
 }
