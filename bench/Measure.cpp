@@ -99,7 +99,7 @@ void store(const Arguments& arguments) {
   const BenchDevice device(records, std::stoul(arguments.at(1)));
   const Value tree = propertyListFromBytes(device.bytes()).value();
   const auto saved = AccountsManager::init();
-  const auto changed = saved->accountWithIdentifier(identifierOf(records / 2));
+  const auto changed = saved->accountWithIdentifier(identifierOf(records / 2).str());
   const int rounds = records > 20000 ? 9 : records > 2000 ? 25 : 101;
   std::map<std::string, std::vector<double>> figures;
   for (int round = 0; round < rounds; ++round) {
@@ -129,7 +129,7 @@ void first(const Arguments& arguments) {
   makeInAnotherProcess(arguments.at(1), arguments.at(0), "0");
   std::shared_ptr<AccountsManager> store;
   print("load", nanoseconds([&] { return store = AccountsManager::init(); }));
-  const auto account = store->accountWithIdentifier(identifierOf(0));
+  const auto account = store->accountWithIdentifier(identifierOf(0).str());
   account->setAccountPropertyForKey(1, "PortNumber");
   bool saved = false;
   print("save", nanoseconds([&] { return saved = store->saveAllAccounts(); }));

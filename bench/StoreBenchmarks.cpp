@@ -80,7 +80,7 @@ void ReplaceByType(benchmark::State& state) {
 void ChangeOneKeyAndSave(benchmark::State& state) {
   const BenchDevice device(records(state), children(state));
   const auto store = AccountsManager::init();
-  const auto account = store->accountWithIdentifier(identifierOf(records(state) / 2));
+  const auto account = store->accountWithIdentifier(identifierOf(records(state) / 2).str());
   std::int64_t round = 0;
   for (auto _ : state) {
     account->setAccountPropertyForKey(++round, "PortNumber");

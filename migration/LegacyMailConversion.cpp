@@ -59,7 +59,8 @@ bool holdsWrapped(const BasicAccount& umbrella, const BasicAccount& account) {
 void keepWrapped(const AccountsManager& store, const AccountsManager::AccountList& accounts) {
   for (const auto& account : accounts) {
     if (!isHostedMailAccount(*account)) continue;
-    const auto filed = store.accountWithIdentifier(account->identifier());
+    const String identifier = account->identifier();
+    const auto filed = store.accountWithIdentifier(identifier);
     const bool isUmbrella = filed && filed->type() == kOrvaneAccountType;
     if (isUmbrella && holdsWrapped(*filed, *account)) account->setParentAccount(filed);
   }

@@ -6,8 +6,13 @@
 
 namespace tallbook {
 
+void saveStep(AccountsManager& store) {
+  static_cast<void>(store.saveAllAccounts());
+}
+
 bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::string_view> classes) {
-  return std::ranges::find(classes, account.accountClass().view()) != classes.end();
+  const String name = account.accountClass();
+  return std::ranges::find(classes, name.view()) != classes.end();
 }
 
 bool isActive(const BasicAccount& account, bool absent) {

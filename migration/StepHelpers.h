@@ -9,6 +9,10 @@
 /// What several conversions and version steps do alike.
 namespace tallbook {
 
+/// Saves what a step has done so far. What a failed save leaves is saved with what comes after it;
+/// the migration heeds the answer of its last save.
+void saveStep(AccountsManager& store);
+
 bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::string_view> classes);
 
 /// The mail account's active switch; `absent` where there is none.

@@ -101,7 +101,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom8B117(const Store& store) {
     account->setParentAccount(umbrella);
     store->addChildToAccount(account, umbrella);
   }
-  store->saveAllAccounts();
+  saveStep(*store);
   return true;
 }
 
@@ -115,13 +115,13 @@ bool AccountsDataMigrator::_migrateAccountsFrom8C136(const Store& store) {
       account->setEnabledForDataclass(true, kAccountDataclassMail);
     }
   }
-  store->saveAllAccounts();
+  saveStep(*store);
   return true;
 }
 
 bool AccountsDataMigrator::_migrateAccountsFrom8F191(const Store& store) {
   store->setDataVersion(9);
-  store->saveAllAccounts();
+  saveStep(*store);
   return true;
 }
 

@@ -125,7 +125,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom9A182(const Store& store) {
     if (first != umbrellas.end()) makePrimary(**first);
   }
   store->setDataVersion(10);
-  store->saveAllAccounts();
+  saveStep(*store);
   return true;
 }
 
@@ -146,7 +146,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom9A334(const Store& store) {
                                                                        account, kCalDAVAccountType);
   }
   store->setDataVersion(11);
-  store->saveAllAccounts();
+  saveStep(*store);
   return true;
 }
 
@@ -159,7 +159,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom9B176(const Store& store) {
     }
   }
   store->setDataVersion(12);
-  store->saveAllAccounts();
+  saveStep(*store);
   return true;
 }
 

@@ -39,7 +39,8 @@ std::string classNotLoaded(const String& className) {
 std::shared_ptr<BasicAccount> makeFullAccount(const PlugInClass& creator,
                                               const std::shared_ptr<BasicAccount>& record) {
   if (creator.classForAccountType) {
-    const PlugInClass* fullClass = classNamed(creator.classForAccountType(record->type()));
+    const String className = creator.classForAccountType(record->type());
+    const PlugInClass* fullClass = classNamed(className);
     return fullClass && fullClass->initWithProperties
                ? fullClass->initWithProperties(record->properties())
                : nullptr;

@@ -77,7 +77,8 @@ ArrayRef BasicAccount::arrayForKey(std::string_view key) const {
 }
 
 ArrayRef BasicAccount::supportedDataclasses() const {
-  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type());
+  const String ownType = type();
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(ownType);
   return entry ? entry->orderedDataclasses : Array::make();
 }
 

@@ -1,5 +1,10 @@
 #include "tallbook/Host.h"
 
+#include <filesystem>
+#include <system_error>
+
+#include "tallbook/InternalConsistencyFailure.h"
+
 #include "platform/linux/LinuxPlatform.h"
 
 namespace tallbook {
@@ -20,6 +25,10 @@ LinuxPlatformOptions::LogSink sinkFor(HostOptions::Log log) {
 }  // namespace
 
 void configureHost(const HostOptions& options) {
+  std::error_code error;
+  if (!options.root.empty() && !std::filesystem::is_directory(options.root, error)) {
+    throw InternalConsistencyFailure("The root of the device tree is no folder: " + options.root);
+  }
   Platform::install(makeLinuxPlatform({options.root, sinkFor(options.log), options.trustsModules}));
 }
 

@@ -182,7 +182,8 @@ std::shared_ptr<BasicAccount> AccountsManager::accountWithIdentifier(
   if (const auto* account = _topLevelAccountsByID->find(identifier)) return *account;
   const auto* child = _childAccountsByID->find(identifier);
   if (!child) return nullptr;
-  const String* parentID = _childAccountIDToParentAccountID->find((*child)->identifier());
+  const String childID = (*child)->identifier();
+  const String* parentID = _childAccountIDToParentAccountID->find(childID);
   const auto* parent = parentID ? _topLevelAccountsByID->find(*parentID) : nullptr;
   return parent ? *parent : nullptr;
 }

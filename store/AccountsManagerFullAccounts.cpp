@@ -40,7 +40,8 @@ AccountsManager::AccountList AccountsManager::accountsWithTypesWithLoader(
     if (isWanted(*child)) childrenByParent[child->parentAccount().get()].push_back(child);
   });
   for (const auto& account : accounts) {
-    if (isWanted(*account)) append(fullAccountWithIdentifierLoader(account->identifier(), loader));
+    const String identifier = account->identifier();
+    if (isWanted(*account)) append(fullAccountWithIdentifierLoader(identifier, loader));
     const auto children = childrenByParent.find(account.get());
     if (children == childrenByParent.end()) continue;
     for (const auto& child : children->second) append(child->fullAccountUsingLoader(loader));

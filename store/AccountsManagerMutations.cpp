@@ -69,7 +69,8 @@ void AccountsManager::deleteAccounts(const AccountList& accounts) {
   std::unordered_set<std::shared_ptr<BasicAccount>> deleted;
   AccountList& stored = *_orderedTopLevelAccounts;
   for (auto account = stored.rbegin(); account != stored.rend(); ++account) {
-    std::size_t* wanted = left.find((*account)->identifier());
+    const String identifier = (*account)->identifier();
+    std::size_t* wanted = left.find(identifier);
     if (wanted && *wanted > 0 && deleted.insert(*account).second) --*wanted;
   }
   std::erase_if(stored, [&](const auto& account) { return deleted.contains(account); });
@@ -162,7 +163,8 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
 void AccountsManager::moveChild(const std::shared_ptr<BasicAccount>& child,
                                 const AccountTable& parents) {
   const String childID = child->identifier();
-  const auto* found = parents.find(child->parentAccountIdentifier());
+  const String parentID = child->parentAccountIdentifier();
+  const auto* found = parents.find(parentID);
   const auto newParent = found ? *found : nullptr;
   if (const String* filedUnder = _childAccountIDToParentAccountID->find(childID)) {
     const auto oldParent = newParent && *filedUnder == newParent->identifier()

@@ -40,11 +40,13 @@ class TALLBOOK_EXPORT AccountsManager {
 
   /// A store of the accounts file's records; empty for a file that is missing, no accounts file or
   /// unreadable, which `fileState` tells apart.
-  static std::shared_ptr<AccountsManager> init();
-  static std::shared_ptr<AccountsManager> initInsideOfMigration();
+  [[nodiscard]] static std::shared_ptr<AccountsManager> init();
+  [[nodiscard]] static std::shared_ptr<AccountsManager> initInsideOfMigration();
   /// A store of the given record dictionaries; null counts as none.
-  static std::shared_ptr<AccountsManager> initWithAccounsInfoArray(const ArrayRef& infos);
-  static std::shared_ptr<AccountsManager> _initWithAccountsInfo(const ArrayRef& infos);
+  [[nodiscard]] static std::shared_ptr<AccountsManager> initWithAccounsInfoArray(
+      const ArrayRef& infos);
+  [[nodiscard]] static std::shared_ptr<AccountsManager> _initWithAccountsInfo(
+      const ArrayRef& infos);
 
   ~AccountsManager();
   AccountsManager(const AccountsManager&) = delete;
@@ -56,7 +58,7 @@ class TALLBOOK_EXPORT AccountsManager {
   static std::uint64_t currentVersion() noexcept;
   static std::string fullPathToTallbookPlist();
   /// What lies there now.
-  static AccountsFileState stateOfAccountsFile();
+  [[nodiscard]] static AccountsFileState stateOfAccountsFile();
   /// What lay there when the store was made; `Missing` for a store that was not made of the file.
   const AccountsFileState& fileState() const noexcept { return _fileState; }
   /// The file's version as it was read, 0 where there was none; the upgrade of an older file
@@ -68,20 +70,21 @@ class TALLBOOK_EXPORT AccountsManager {
 
   /// The top-level record with that identifier; for a child's identifier, the child's top-level
   /// parent; null for an identifier that nobody has.
-  std::shared_ptr<BasicAccount> accountWithIdentifier(std::string_view identifier) const;
+  [[nodiscard]] std::shared_ptr<BasicAccount> accountWithIdentifier(
+      std::string_view identifier) const;
   /// The top-level record of the record whose sync store identifier this is; null when nobody's.
-  std::shared_ptr<BasicAccount> displayAccountWithSyncIdentifier(
+  [[nodiscard]] std::shared_ptr<BasicAccount> displayAccountWithSyncIdentifier(
       std::string_view syncIdentifier) const;
   /// The first record, top-level ones before children, whose sync store identifier this is.
-  std::shared_ptr<BasicAccount> syncableAccountWithSyncIdentifier(
+  [[nodiscard]] std::shared_ptr<BasicAccount> syncableAccountWithSyncIdentifier(
       std::string_view syncIdentifier) const;
   /// The live list of top-level records. Replacing operations install another list; do not change
   /// the store while iterating over this one.
   std::shared_ptr<const AccountList> allBasicAccounts() const { return _orderedTopLevelAccounts; }
   /// All top-level records in store order, then all indexed child records in the order in which
   /// they were filed: that of their parents, until a parent is changed.
-  AccountList allBasicSyncableAccounts() const;
-  AccountList basicAccountsWithTypes(const AccountTypes& types) const;
+  [[nodiscard]] AccountList allBasicSyncableAccounts() const;
+  [[nodiscard]] AccountList basicAccountsWithTypes(const AccountTypes& types) const;
   std::uint64_t countOfBasicAccountsWithTypes(const AccountTypes& types) const;
   /// Number of top-level records.
   std::uint64_t count() const noexcept { return _orderedTopLevelAccounts->size(); }
@@ -91,14 +94,15 @@ class TALLBOOK_EXPORT AccountsManager {
 
   /// The full account of the top-level or child record with that identifier; null for an unknown
   /// or empty one.
-  std::shared_ptr<BasicAccount> fullAccountWithIdentifierLoader(std::string_view identifier,
-                                                                AccountLoader* loader) const;
+  [[nodiscard]] std::shared_ptr<BasicAccount> fullAccountWithIdentifierLoader(
+      std::string_view identifier, AccountLoader* loader) const;
   /// Full accounts of the matching records, each top-level record followed by its children.
-  AccountList accountsWithTypesWithLoader(const AccountTypes& types, AccountLoader* loader) const;
-  AccountList accountsWithTypes(const AccountTypes& types) const;
-  AccountList allMailAccounts() const;
+  [[nodiscard]] AccountList accountsWithTypesWithLoader(const AccountTypes& types,
+                                                        AccountLoader* loader) const;
+  [[nodiscard]] AccountList accountsWithTypes(const AccountTypes& types) const;
+  [[nodiscard]] AccountList allMailAccounts() const;
   /// The on-device account; its record is made, not saved, when the store has none.
-  std::shared_ptr<BasicAccount> fullDeviceLocalAccount();
+  [[nodiscard]] std::shared_ptr<BasicAccount> fullDeviceLocalAccount();
 
   // Changes. In memory only, until the store is saved. A null record changes nothing.
 
@@ -148,7 +152,7 @@ class TALLBOOK_EXPORT AccountsManager {
   ///
   /// Every save writes the whole dictionary of every account, names and hosts included, to the
   /// library log, which is the system's journal unless `HostOptions::log` says otherwise.
-  bool saveAllAccounts();
+  [[nodiscard]] bool saveAllAccounts();
   /// Why the last save failed; false-like where it did not.
   const SaveFailure& saveFailure() const noexcept { return _saveFailure; }
   /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,
@@ -173,7 +177,7 @@ class TALLBOOK_EXPORT AccountsManager {
 
   /// Waits until no other process migrates and holds the migration lock; null when it cannot be
   /// made.
-  static std::shared_ptr<LockHold> createAndLockMigrationLock();
+  [[nodiscard]] static std::shared_ptr<LockHold> createAndLockMigrationLock();
   /// Unlocks the lock, whoever else shares it. Null is allowed.
   static void releaseMigrationLock(const std::shared_ptr<LockHold>& lock);
   /// Hears of whoever holds the migration lock, as "process 4711 (name of its program)".
@@ -182,7 +186,7 @@ class TALLBOOK_EXPORT AccountsManager {
   /// cannot be told then. After a second of waiting `longWait` is called, once, on this thread.
   static bool waitForMigrationToFinish(const LongWait& longWait = {});
   /// Whether the accounts file's version is older than `currentVersion`.
-  static bool tallbookNeedsToBeMigrated();
+  [[nodiscard]] static bool tallbookNeedsToBeMigrated();
   /// Sets which migration work is needed. Throws InternalConsistencyFailure for a null pointer.
   static void shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(bool* oldMailAccounts,
                                                                         bool* oldSyncoraAccounts,

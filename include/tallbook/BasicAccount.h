@@ -63,18 +63,20 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
 
   /// A new record with fresh identifiers. Throws InternalConsistencyFailure for an empty class
   /// name or an unknown type.
-  static std::shared_ptr<BasicAccount> accountWithTypeClass(const String& type,
-                                                            const String& className);
-  static std::shared_ptr<BasicAccount> _initWithTypeClass(const String& type,
-                                                          const String& className);
+  [[nodiscard]] static std::shared_ptr<BasicAccount> accountWithTypeClass(const String& type,
+                                                                          const String& className);
+  [[nodiscard]] static std::shared_ptr<BasicAccount> _initWithTypeClass(const String& type,
+                                                                        const String& className);
   /// A record with these properties, copied one level deep; one without "Identifier" receives a
   /// fresh one. Null, with a log line, for an unknown "Type" or an empty "Class".
-  static std::shared_ptr<BasicAccount> accountWithProperties(const DictionaryRef& properties);
-  static std::shared_ptr<BasicAccount> initWithProperties(const DictionaryRef& properties);
+  [[nodiscard]] static std::shared_ptr<BasicAccount> accountWithProperties(
+      const DictionaryRef& properties);
+  [[nodiscard]] static std::shared_ptr<BasicAccount> initWithProperties(
+      const DictionaryRef& properties);
   /// Always throws InternalConsistencyFailure: plain construction is not allowed.
   [[noreturn]] static std::shared_ptr<BasicAccount> init();
   /// A new UUID, 36 characters in upper case; null when none can be made.
-  static String createNewAccountUID();
+  [[nodiscard]] static String createNewAccountUID();
 
   explicit BasicAccount(Making making);
   ~BasicAccount() override;
@@ -156,7 +158,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// Most full accounts have a copy of this record's properties, taken when they were made. Setting
   /// one of theirs does not change this record and is not saved: what is to be stored is set on the
   /// record that the store handed out. Nor do they see later changes of this record.
-  std::shared_ptr<BasicAccount> fullAccountUsingLoader(AccountLoader* loader);
+  [[nodiscard]] std::shared_ptr<BasicAccount> fullAccountUsingLoader(AccountLoader* loader);
   void setFullAccount(std::shared_ptr<BasicAccount> fullAccount);
   /// The creator's class name, its module loaded; null when the type has no such creator. Throws
   /// as `fullAccountUsingLoader`.
@@ -164,7 +166,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
                                                          AccountLoader* loader) const;
   String syncAccountCreatorClassNameForAccountType(const String& accountType) const;
   /// The sync account, made on first success and kept; null when none can be made.
-  std::shared_ptr<AccountRefreshProtocol> _cachedSyncAccount();
+  [[nodiscard]] std::shared_ptr<AccountRefreshProtocol> _cachedSyncAccount();
   String _creatorClassNameForAccountTypeCreatorTypeLoader(const String& accountType,
                                                           std::string_view creatorType,
                                                           AccountLoader* loader) const;

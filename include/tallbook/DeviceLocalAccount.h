@@ -31,15 +31,17 @@ class TALLBOOK_EXPORT DeviceLocalAccount : public BasicAccount {
   /// The same as a reference in the middle of a sentence.
   static String localizedReferenceToSyncSourceStringForDataClass(std::string_view dataclass);
   /// A device-local account with a copy of the record's properties; null when they are rejected.
-  static std::shared_ptr<BasicAccount> accountWithBasicAccount(
+  [[nodiscard]] static std::shared_ptr<BasicAccount> accountWithBasicAccount(
       const std::shared_ptr<BasicAccount>& account);
   /// As the operations of `BasicAccount`, with a record of this class.
-  static std::shared_ptr<DeviceLocalAccount> accountWithTypeClass(const String& type,
-                                                                  const String& className);
-  static std::shared_ptr<DeviceLocalAccount> _initWithTypeClass(const String& type,
-                                                                const String& className);
-  static std::shared_ptr<DeviceLocalAccount> accountWithProperties(const DictionaryRef& properties);
-  static std::shared_ptr<DeviceLocalAccount> initWithProperties(const DictionaryRef& properties);
+  [[nodiscard]] static std::shared_ptr<DeviceLocalAccount> accountWithTypeClass(
+      const String& type, const String& className);
+  [[nodiscard]] static std::shared_ptr<DeviceLocalAccount> _initWithTypeClass(
+      const String& type, const String& className);
+  [[nodiscard]] static std::shared_ptr<DeviceLocalAccount> accountWithProperties(
+      const DictionaryRef& properties);
+  [[nodiscard]] static std::shared_ptr<DeviceLocalAccount> initWithProperties(
+      const DictionaryRef& properties);
 
   /// "DeviceLocalAccount", whatever the properties hold.
   String identifier() const override;

@@ -25,7 +25,8 @@ struct HostOptions {
   bool trustsModules = false;
 };
 
-/// Sets the process up. Records and stores made before must not be used any more.
+/// Sets the process up. Records and stores made before must not be used any more. Throws
+/// InternalConsistencyFailure, and leaves the process as it was, for a root that is no folder.
 TALLBOOK_EXPORT void configureHost(const HostOptions& options);
 
 }  // namespace tallbook

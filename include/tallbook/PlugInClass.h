@@ -72,4 +72,5 @@ class TALLBOOK_EXPORT PlugInRegistration {
 }  // namespace tallbook
 
 /// The registered class of that name; null when there is none. Valid for the life of the process.
-extern "C" TALLBOOK_EXPORT const tallbook::PlugInClass* tallbookClassNamed(const char* name);
+extern "C" [[nodiscard]] TALLBOOK_EXPORT const tallbook::PlugInClass* tallbookClassNamed(
+    const char* name);

@@ -19,13 +19,13 @@ namespace tallbook {
 /// past 10 million values, or past 100,000 where there are more values than bytes, as only a file
 /// can that refers to its containers again and again. What is read can be written, and what is
 /// written can be read.
-TALLBOOK_EXPORT std::optional<Value> propertyListFromBytes(std::string_view bytes,
-                                                           std::string* problem = nullptr);
+[[nodiscard]] TALLBOOK_EXPORT std::optional<Value> propertyListFromBytes(
+    std::string_view bytes, std::string* problem = nullptr);
 
 /// `root` in the binary encoding; nullopt, with `errorDescription` set where given, when the tree
 /// cannot be written: a string that is not UTF-8, containers nested past `kMaximumNesting` (a
 /// cycle is), or more than 10 million values. Equal content in equal order gives equal bytes.
-TALLBOOK_EXPORT std::optional<std::string> binaryPropertyList(
+[[nodiscard]] TALLBOOK_EXPORT std::optional<std::string> binaryPropertyList(
     const Value& root, std::string* errorDescription = nullptr);
 
 }  // namespace tallbook

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstddef>
-#include <ext/atomicity.h>
+#include <type_traits>
 #include <utility>
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
 
 namespace tallbook {
 
@@ -25,21 +28,55 @@ class Counted {
   friend class Ref;
   friend class Value;
 
-  // As std::shared_ptr counts: atomically from the moment that the process has a second thread.
-  // Before it, an atomic increment would be most of what handing a value around costs.
-  void retain() const noexcept { __gnu_cxx::__atomic_add_dispatch(&_count, 1); }
+  // Atomic from the moment that the process has a second thread. Before it, an atomic increment
+  // would be most of what handing a value around costs. Where the C library does not tell, there
+  // may always be a second thread.
+  static bool isSingleThreaded() noexcept {
+#if __has_include(<sys/single_threaded.h>)
+    return __libc_single_threaded != 0;
+#else
+    return false;
+#endif
+  }
+  void retain() const noexcept {
+    if (isSingleThreaded()) {
+      ++_count;
+    } else {
+      __atomic_fetch_add(&_count, 1, __ATOMIC_RELAXED);
+    }
+  }
   /// True when this was the last reference.
   [[nodiscard]] bool release() const noexcept {
-    return __gnu_cxx::__exchange_and_add_dispatch(&_count, -1) == 1;
+    if (isSingleThreaded()) return --_count == 0;
+    return __atomic_sub_fetch(&_count, 1, __ATOMIC_ACQ_REL) == 0;
   }
 
-  mutable _Atomic_word _count = 0;
+  mutable int _count = 0;
+};
+
+/// Objects that are read as a range.
+template <class T>
+concept Container = requires(const T& object) {
+  object.begin();
+  object.end();
+  object.size();
+};
+
+/// Objects that have a part for every `key`.
+template <class T, class Key>
+concept Indexed = requires(const T& object, const Key& key) {
+  object[key];
 };
 
 /// A shared reference to a counted object, one pointer wide; null when it refers to nothing.
 /// The object is destroyed, through its class's `destroy`, with its last reference.
+///
+/// A reference to a container is read like the container: a null one is an empty range, and no key
+/// is found in it. What is read from a reference must not outlive it, so a temporary one can be
+/// neither dereferenced nor asked for iterators; `for (const Value& v : account->dataclasses())`
+/// is safe, since the loop keeps its range.
 template <class T>
-class Ref {
+class [[nodiscard]] Ref {
  public:
   Ref() noexcept = default;
   Ref(std::nullptr_t) noexcept {}
@@ -57,9 +94,47 @@ class Ref {
   }
 
   T* get() const noexcept { return _object; }
-  T& operator*() const noexcept { return *_object; }
+  T& operator*() const& noexcept { return *_object; }
+  T& operator*() const&& = delete;  // give the reference a name that lives as long as its use
   T* operator->() const noexcept { return _object; }
   explicit operator bool() const noexcept { return _object != nullptr; }
+
+  // Of a container
+
+  template <Container C = T>
+  std::size_t size() const noexcept {
+    return _object ? _object->size() : 0;
+  }
+  template <Container C = T>
+  bool empty() const noexcept {
+    return size() == 0;
+  }
+  template <Container C = T>
+  auto begin() const& noexcept {
+    return _object ? constObject().begin() : decltype(constObject().begin())();
+  }
+  template <Container C = T>
+  auto end() const& noexcept {
+    return _object ? constObject().end() : decltype(constObject().end())();
+  }
+  template <Container C = T>
+  void begin() const&& = delete;
+  template <Container C = T>
+  void end() const&& = delete;
+
+  /// What the container has at that index or under that key: a reference into it, valid as long as
+  /// the container says, and a copy where this reference is a temporary. Of a null reference, an
+  /// empty value.
+  template <class Key>
+  requires Indexed<T, Key>
+  const auto& operator[](const Key& key) const& noexcept {
+    if (_object) return constObject()[key];
+    static const std::remove_cvref_t<decltype(constObject()[key])> absent;
+    return absent;
+  }
+  template <class Key>
+  requires Indexed<T, Key>
+  auto operator[](const Key& key) const&& noexcept { return (*this)[key]; }
 
   /// Identity: the same object, not equal content.
   friend bool operator==(const Ref& a, const Ref& b) noexcept { return a._object == b._object; }
@@ -67,6 +142,8 @@ class Ref {
 
  private:
   friend class Value;
+
+  const T& constObject() const noexcept { return *_object; }
 
   T* _object = nullptr;
 };

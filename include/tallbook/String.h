@@ -1,6 +1,9 @@
 #pragma once
 
+#include <compare>
+#include <concepts>
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -34,8 +37,17 @@ class TALLBOOK_EXPORT Blob final : public Counted {
   std::size_t _size;
 };
 
+/// A text of another kind: what a `std::string_view` can be made of.
+template <class T>
+concept ForeignText =
+    !std::same_as<T, std::nullptr_t> && std::convertible_to<const T&, std::string_view>;
+
 /// A shared, immutable text in UTF-8, or null: the answer "there is none". Copying shares the text.
-/// NUL characters are ordinary. Null equals only null; a null string's view is empty.
+/// NUL characters are ordinary. Null equals only null and comes before every text; a null string's
+/// view is empty.
+///
+/// A view is valid as long as some copy of the string. None can be had of a temporary string, whose
+/// text may go with it: keep the string, or take a copy of the text with `str`.
 class TALLBOOK_EXPORT String {
  public:
   String() noexcept = default;
@@ -46,28 +58,39 @@ class TALLBOOK_EXPORT String {
   explicit String(Ref<Blob> blob) noexcept : _blob(std::move(blob)) {}
 
   explicit operator bool() const noexcept { return static_cast<bool>(_blob); }
-  bool empty() const noexcept { return view().empty(); }
-  std::string_view view() const noexcept { return _blob ? _blob->view() : std::string_view(); }
-  operator std::string_view() const noexcept { return view(); }
+  bool empty() const noexcept { return !_blob || _blob->view().empty(); }
+  std::string_view view() const& noexcept { return _blob ? _blob->view() : std::string_view(); }
+  std::string_view view() const&& = delete;
+  operator std::string_view() const& noexcept { return view(); }
+  operator std::string_view() const&& = delete;
   std::string str() const { return std::string(view()); }
   const Ref<Blob>& blob() const noexcept { return _blob; }
 
   friend bool operator==(const String& a, const String& b) noexcept {
     return a._blob == b._blob || (a._blob && b._blob && a.view() == b.view());
   }
-  friend bool operator==(const String& a, std::string_view b) noexcept {
-    return a._blob && a.view() == b;
-  }
-  friend bool operator==(const String& a, const char* b) noexcept {
-    return a == std::string_view(b);
-  }
   friend bool operator==(const String& a, std::nullptr_t) noexcept { return !a._blob; }
+  friend bool operator==(const String& a, const ForeignText auto& b) noexcept {
+    return a._blob && a.view() == std::string_view(b);
+  }
+  /// By bytes, which is by code points.
+  friend std::strong_ordering operator<=>(const String& a, const String& b) noexcept {
+    if (!a._blob || !b._blob) return static_cast<bool>(a) <=> static_cast<bool>(b);
+    return a.view().compare(b.view()) <=> 0;
+  }
+  friend std::strong_ordering operator<=>(const String& a, const ForeignText auto& b) noexcept {
+    if (!a._blob) return std::strong_ordering::less;
+    return a.view().compare(std::string_view(b)) <=> 0;
+  }
 
  private:
   friend class Value;
 
   Ref<Blob> _blob;
 };
+
+/// Writes the text; nothing for null.
+TALLBOOK_EXPORT std::ostream& operator<<(std::ostream& out, const String& string);
 
 /// Hash for tables keyed by `String` that are also searched by `std::string_view`.
 struct StringHash {
@@ -84,3 +107,6 @@ struct StringEqual {
 };
 
 }  // namespace tallbook
+
+template <>
+struct std::hash<tallbook::String> : tallbook::StringHash {};

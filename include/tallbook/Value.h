@@ -45,6 +45,14 @@ class Data {
   Ref<Blob> _blob;
 };
 
+template <class T>
+concept Character = std::same_as<T, char> || std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
+    std::same_as<T, char16_t> || std::same_as<T, char32_t>;
+template <class T>
+concept SignedNumber = std::signed_integral<T> && !Character<T>;
+template <class T>
+concept UnsignedNumber = std::unsigned_integral<T> && !Character<T> && !std::same_as<T, bool>;
+
 /// A property-list value, two words wide: null, boolean, integer (all signed and unsigned 64-bit
 /// numbers), real, string, date, data, UID, array or dictionary. Copies of an array or dictionary
 /// value refer to one object; all other kinds are immutable.
@@ -70,18 +78,21 @@ class TALLBOOK_EXPORT Value {
   Value(std::nullptr_t) noexcept {}
   template <std::same_as<bool> Boolean>
   Value(Boolean boolean) noexcept : _bits(boolean), _kind(Kind::Boolean) {}
-  template <std::signed_integral Integer>
-  requires(!std::same_as<Integer, char>) Value(Integer integer)
-  noexcept
+  template <SignedNumber Integer>
+  Value(Integer integer) noexcept
       : _bits(static_cast<std::uint64_t>(static_cast<std::int64_t>(integer))),
         _kind(Kind::Integer) {}
-  template <std::unsigned_integral Integer>
-  requires(!std::same_as<Integer, bool> && !std::same_as<Integer, char>) Value(Integer integer)
-  noexcept
+  template <UnsignedNumber Integer>
+  Value(Integer integer) noexcept
       : _bits(integer),
         _kind(Kind::Integer),
         _beyondSigned((static_cast<std::uint64_t>(integer) >> 63) != 0) {}
-  Value(double real) noexcept : _bits(std::bit_cast<std::uint64_t>(real)), _kind(Kind::Real) {}
+  template <std::floating_point Real>
+  Value(Real real) noexcept
+      : _bits(std::bit_cast<std::uint64_t>(static_cast<double>(real))), _kind(Kind::Real) {}
+  /// Neither a number nor a text by itself: say which is meant.
+  template <Character C>
+  Value(C) = delete;
   Value(Date date) noexcept
       : _bits(std::bit_cast<std::uint64_t>(date.secondsSince2001)), _kind(Kind::Date) {}
   Value(UID uid) noexcept : _bits(uid.value), _kind(Kind::UID) {}
@@ -137,8 +148,10 @@ class TALLBOOK_EXPORT Value {
   double realValue() const noexcept;
   /// The string; null for every other kind.
   String string() const noexcept;
-  /// The string's text without sharing it; nullopt for every other kind.
-  std::optional<std::string_view> stringView() const noexcept;
+  /// The string's text without sharing it; nullopt for every other kind. Valid as long as the
+  /// value, so that a temporary one has none.
+  std::optional<std::string_view> stringView() const& noexcept;
+  std::optional<std::string_view> stringView() const&& = delete;
   std::optional<Date> date() const noexcept;
   std::optional<UID> uid() const noexcept;
   std::optional<Data> data() const noexcept;
@@ -149,13 +162,13 @@ class TALLBOOK_EXPORT Value {
   /// A deep, immutable copy: frozen containers and all other kinds are their own copy.
   /// Throws InternalConsistencyFailure where containers nest past `kMaximumNesting` and where the
   /// copy would unfold past 10 million values.
-  Value frozenCopy() const;
+  [[nodiscard]] Value frozenCopy() const;
 
   /// The value on one line, for logs: strings, data and dates in double quotes, `<` and `>`, and
   /// ISO 8601; `[a, b]`; `{Key: value, ...}` in stored order. A string, a key or data takes at most
   /// 64 KiB, the whole 1 MiB and what closes it: "..." and how much that is stand for what is left
   /// out, "..." alone for what is nested past `kMaximumNesting`.
-  std::string description() const;
+  [[nodiscard]] std::string description() const;
 
   /// Equality by content, at once for the same object. Values of different kinds are never equal;
   /// reals and dates are equal when their bits are, so that a value always equals itself.

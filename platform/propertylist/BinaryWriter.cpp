@@ -97,9 +97,9 @@ std::string BinaryWriter::write(const Value& root) {
 BinaryWriter::Number BinaryWriter::add(const Value& value) {
   switch (value.kind()) {
     case Value::Kind::Array:
-      return addArray(*value.array());
+      return addArray(value.array());
     case Value::Kind::Dictionary:
-      return addDictionary(*value.dictionary());
+      return addDictionary(value.dictionary());
     case Value::Kind::String:
       return addText(*value.stringView());
     case Value::Kind::Data:
@@ -109,7 +109,7 @@ BinaryWriter::Number BinaryWriter::add(const Value& value) {
   }
 }
 
-BinaryWriter::Number BinaryWriter::addArray(const Array& array) {
+BinaryWriter::Number BinaryWriter::addArray(const ArrayRef& array) {
   const Number number = beginContainer(kArray, array.size(), array.size());
   std::size_t at = _used - array.size() * _referenceSize;
   for (std::size_t i = 0; i < array.size(); ++i) {
@@ -120,7 +120,7 @@ BinaryWriter::Number BinaryWriter::addArray(const Array& array) {
   return number;
 }
 
-BinaryWriter::Number BinaryWriter::addDictionary(const Dictionary& dictionary) {
+BinaryWriter::Number BinaryWriter::addDictionary(const DictionaryRef& dictionary) {
   const std::size_t size = dictionary.size();
   const Number number = beginContainer(kDictionary, size, 2 * size);
   std::size_t keyAt = _used - 2 * size * _referenceSize;

@@ -54,8 +54,8 @@ class BinaryWriter {
   std::string write(const Value& root);
 
   Number add(const Value& value);
-  Number addArray(const Array& array);
-  Number addDictionary(const Dictionary& dictionary);
+  Number addArray(const ArrayRef& array);
+  Number addDictionary(const DictionaryRef& dictionary);
   Number addText(std::string_view text);
   Number addData(std::string_view bytes);
   Number addScalar(const Value& value);

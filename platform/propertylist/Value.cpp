@@ -106,7 +106,7 @@ String Value::string() const noexcept {
   return _kind == Kind::String ? String(Ref<Blob>(object<Blob>())) : String();
 }
 
-std::optional<std::string_view> Value::stringView() const noexcept {
+std::optional<std::string_view> Value::stringView() const& noexcept {
   if (_kind != Kind::String) return std::nullopt;
   return object<Blob>()->view();
 }

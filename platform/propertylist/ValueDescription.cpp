@@ -92,13 +92,13 @@ class Description {
     }
   }
 
-  void appendArray(const Array& array, int depth) {
+  void appendArray(const ArrayRef& array, int depth) {
     _out += '[';
     appendItems(array, [&](const Value& element) { append(element, depth + 1); });
     _out += ']';
   }
 
-  void appendDictionary(const Dictionary& dictionary, int depth) {
+  void appendDictionary(const DictionaryRef& dictionary, int depth) {
     _out += '{';
     appendItems(dictionary, [&](const Dictionary::Entry& entry) {
       appendQuoted(entry.key);
@@ -150,10 +150,10 @@ void Description::append(const Value& value, int depth) {
       appendBytes(value.data()->bytes());
       break;
     case Value::Kind::Array:
-      appendArray(*value.array(), depth);
+      appendArray(value.array(), depth);
       break;
     case Value::Kind::Dictionary:
-      appendDictionary(*value.dictionary(), depth);
+      appendDictionary(value.dictionary(), depth);
       break;
   }
 }

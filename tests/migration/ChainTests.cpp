@@ -16,7 +16,7 @@ TEST_P(AChain, BringsTheDeviceToItsEndAndChangesNothingWhenRunAgain) {
   const DictionaryRef after = description("after");
   arrange(before);
   EXPECT_TRUE(migrate());
-  EXPECT_EQ((*readAccountsFile().dictionary())["Version"], Value(12));
+  EXPECT_EQ(readAccountsFile().dictionary()["Version"], Value(12));
   EXPECT_TRUE(test::matches((*after)["Accounts"], readAccounts()));
   EXPECT_EQ(platform().bookmarks.cloudTabsNotices, (*after)["Cloud Tabs Notices"].integerValue());
   EXPECT_FALSE(test::exists(legacyMailPath()));

@@ -25,7 +25,7 @@ class ADriver : public MigrationDevice {
   }
   std::string markerPath() const { return home() + "/Library/Mail/AutoFetchEnabled"; }
   bool areAccountsMigrated() const {
-    return (*readAccountsFile().dictionary())["Version"] == Value(12);
+    return readAccountsFile().dictionary()["Version"] == Value(12);
   }
   /// Which of the two legacy files and the sentinel there are.
   std::string oldFiles() const {
@@ -115,7 +115,7 @@ TEST_F(ADriver, NotifiesNobodyOfItsSaves) {
   EXPECT_TRUE(migrate());
   const auto store = AccountsManager::init();
   store->accountWithIdentifier("imap-b")->setDisplayName("changed");
-  EXPECT_THROW(store->saveAllAccounts(), InternalConsistencyFailure)
+  EXPECT_THROW(static_cast<void>(store->saveAllAccounts()), InternalConsistencyFailure)
       << "a save that notifies would have failed";
 }
 

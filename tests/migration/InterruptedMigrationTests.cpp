@@ -10,7 +10,7 @@
 namespace tallbook {
 namespace {
 
-String usernameOf(const Dictionary& record) {
+String usernameOf(const DictionaryRef& record) {
   const std::string text = record["Username"].string().str();
   return text.substr(0, text.find('@'));
 }
@@ -22,7 +22,7 @@ std::set<std::string> usernamesIn(const Value& value) {
     for (const Value& element : *array) names.merge(usernamesIn(element));
   }
   if (const DictionaryRef entries = value.dictionary()) {
-    if (entries->contains("Username")) names.insert(usernameOf(*entries).str());
+    if (entries->contains("Username")) names.insert(usernameOf(entries).str());
     for (const auto& [key, entry] : *entries) names.merge(usernamesIn(entry));
   }
   return names;
@@ -32,7 +32,7 @@ std::set<std::string> usernamesIn(const Value& value) {
 Value usernamesOfThoseNotIn(const ArrayRef& others, const ArrayRef& some) {
   const ArrayRef names = Array::make();
   for (const Value& record : *some) {
-    if (!others->contains(record)) names->append(usernameOf(*record.dictionary()));
+    if (!others->contains(record)) names->append(usernameOf(record.dictionary()));
   }
   return names;
 }
@@ -80,7 +80,7 @@ class AnInterruptedMigration : public MigrationDevice,
   void expectNothingLost() {
     const Value file = readAccountsFile();
     if (test::exists(accountsPath())) {
-      ASSERT_TRUE(file.dictionary() && (*file.dictionary())["Accounts"].array());
+      ASSERT_TRUE(file.dictionary() && file.dictionary()["Accounts"].array());
     }
     std::set<std::string> found = usernamesIn(file);
     // What gave way to a legacy file that could not be read is kept.
@@ -92,7 +92,7 @@ class AnInterruptedMigration : public MigrationDevice,
   /// Nothing is left to do, and the accounts file holds all accounts but those that cannot be
   /// converted.
   void expectTheEnd() {
-    EXPECT_EQ((*readAccountsFile().dictionary())["Version"], Value(12));
+    EXPECT_EQ(readAccountsFile().dictionary()["Version"], Value(12));
     EXPECT_FALSE(test::exists(sentinelPath()));
     EXPECT_FALSE(test::exists(legacySyncoraPath()));
     const bool mailStays = (*after)["Legacy Mail Stays"].boolValue();
@@ -139,7 +139,7 @@ TEST_P(AnInterruptedMigration, IsFollowedByOneThatLosesNothing) {
       EXPECT_TRUE(test::matches((*after)["Accounts"], readAccounts()));
     } else if (hadLegacyFiles) {
       moments.insert("after a save, legacy files present");
-      const Dictionary& again = *(*after)["Converted Again"].dictionary();
+      const DictionaryRef again = (*after)["Converted Again"].dictionary();
       EXPECT_EQ(usernamesOfThoseNotIn(readAccounts(), accounts), again["Gone"]);
       EXPECT_EQ(usernamesOfThoseNotIn(accounts, readAccounts()), again["Added"]);
     } else {

@@ -14,7 +14,7 @@ class ALegacyDescription : public MigrationDevice {
     const ArrayRef cases = data("legacy/" + name).array();
     ASSERT_FALSE(cases->empty());
     for (const Value& element : *cases) {
-      const Dictionary& each = *element.dictionary();
+      const DictionaryRef each = element.dictionary();
       SCOPED_TRACE(each["Case"].description());
       const DictionaryRef description = each["Description"].dictionary();
       const auto account = convert(description, each["Outgoing"].boolValue());

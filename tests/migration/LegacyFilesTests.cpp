@@ -24,7 +24,7 @@ class ADamagedLegacyFile : public MigrationDevice {
     const ArrayRef accounts = readAccounts();
     for (const Value& account : *accounts) {
       if (!identifiers.empty()) identifiers += ' ';
-      identifiers += (*account.dictionary())["Identifier"].string().str();
+      identifiers += account.dictionary()["Identifier"].string().str();
     }
     return identifiers;
   }
@@ -96,7 +96,7 @@ TEST_F(ADamagedLegacyFile, OfWrongKindsStaysWhereItWasNotUnderstood) {
   const ArrayRef cases = data("legacy/damaged").array();
   ASSERT_FALSE(cases->empty());
   for (const Value& element : *cases) {
-    const Dictionary& each = *element.dictionary();
+    const DictionaryRef each = element.dictionary();
     SCOPED_TRACE(each["Case"].description());
     arrange(element.dictionary());
     for (const File& file : files()) test::writeFile(file.path + ".original", "");
@@ -107,7 +107,7 @@ TEST_F(ADamagedLegacyFile, OfWrongKindsStaysWhereItWasNotUnderstood) {
     const ArrayRef left = Array::make();
     for (const File& file : files()) {
       if (test::exists(file.path)) left->append(file.name);
-      EXPECT_EQ(test::exists(file.path + ".original"), !each.contains("Legacy " + file.name));
+      EXPECT_EQ(test::exists(file.path + ".original"), !each->contains("Legacy " + file.name));
     }
     EXPECT_EQ(each["Left"], Value(left));
     EXPECT_FALSE(test::exists(sentinelPath()));
@@ -128,8 +128,7 @@ TEST_F(ADamagedLegacyFile, ThatUsesAnIdentifierTwiceGivesAllItsAccounts) {
   EXPECT_FALSE(test::exists(legacyMailPath()));
   std::string users;
   const ArrayRef accounts = readAccounts();
-  for (const Value& each : *accounts)
-    users += (*each.dictionary())["Username"].string().str() + " ";
+  for (const Value& each : *accounts) users += each.dictionary()["Username"].string().str() + " ";
   EXPECT_EQ(users, "server one two  ") << "the last is the on-device account";
 }
 
@@ -153,7 +152,7 @@ TEST_F(ADamagedLegacyFile, ThatHasTheIdentifierOfSomebodysChildTakesNobodysPlace
     // The stored mail account gives way with its child; every other parent keeps its own.
     const bool givesWay = parentType == std::string("Mail");
     EXPECT_EQ(stored(), givesWay ? "x" : "p x");
-    const Value children = (*(*readAccounts())[0].dictionary())["ChildAccounts"];
+    const Value children = readAccounts()[0].dictionary()["ChildAccounts"];
     EXPECT_EQ(children, givesWay ? Value() : Value(Array::make({child})));
   }
 }

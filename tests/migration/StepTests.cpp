@@ -41,7 +41,7 @@ TEST_P(AStep, ChangesTheAccountsThatItMustAndNoOthers) {
   const ArrayRef cases = data(std::string("steps/") + step.name).array();
   ASSERT_FALSE(cases->empty());
   for (const Value& element : *cases) {
-    const Dictionary& each = *element.dictionary();
+    const DictionaryRef each = element.dictionary();
     SCOPED_TRACE(each["Case"].description());
     arrange(element.dictionary());
     const auto store = AccountsManager::initWithAccounsInfoArray(each["Before"].array());
@@ -83,7 +83,7 @@ TEST_F(MigrationDevice, KnowsAProvidersCalDAVAccountByServerLoginAndPath) {
   const ArrayRef pairs = data("matching").array();
   ASSERT_FALSE(pairs->empty());
   for (const Value& element : *pairs) {
-    const Dictionary& each = *element.dictionary();
+    const DictionaryRef each = element.dictionary();
     const auto umbrella = BasicAccount::accountWithProperties(each["Umbrella"].dictionary());
     const auto calDAV = BasicAccount::accountWithProperties(each["CalDAV"].dictionary());
     EXPECT_EQ(Migrator::_calDAVAccountMatchesUmbrellaAccount(calDAV, umbrella),

@@ -57,16 +57,16 @@ TEST_F(ABasicAccount, IsNotMadeOfRejectedProperties) {
     }
   }
   EXPECT_FALSE(BasicAccount::initWithProperties(nullptr));
-  EXPECT_EQ(failureOf([] { BasicAccount::accountWithTypeClass("T", ""); }),
+  EXPECT_EQ(failureOf([] { return BasicAccount::accountWithTypeClass("T", ""); }),
             "The account class is required.");
-  EXPECT_EQ(failureOf([] { BasicAccount::accountWithTypeClass("X", "C"); }),
+  EXPECT_EQ(failureOf([] { return BasicAccount::accountWithTypeClass("X", "C"); }),
             "The account type (X) is not supported");
   EXPECT_EQ(failureOf([] { BasicAccount::init(); }), "Don't use this method");
 }
 
 TEST_F(ABasicAccount, FillsInMissingIdentifiers) {
   const auto fresh = make();
-  EXPECT_EQ(fresh->identifier().view().size(), 36u);
+  EXPECT_EQ(fresh->identifier().str().size(), 36u);
   EXPECT_EQ(fresh->syncStoreIdentifier(), fresh->identifier());
   EXPECT_FALSE(fresh->originalProperties()->contains("Identifier"));
   EXPECT_FALSE(make(Dictionary::make({{"Identifier", "i"}}))->syncStoreIdentifier());

@@ -65,12 +65,12 @@ TEST_F(AnAccountWithCreators, FailsForMalformedInformation) {
        }) {
     restart();
     ship(each.entries);
-    EXPECT_EQ(failureOf([] { record()->fullAccountUsingLoader(nullptr); }), each.failure);
+    EXPECT_EQ(failureOf([] { return record()->fullAccountUsingLoader(nullptr); }), each.failure);
   }
   restart();
   platform().resources.replace("AccountCreators", Dictionary::make());
   const std::string unknown = malformed + "information for the type Mail";
-  EXPECT_EQ(failureOf([] { record()->fullAccountUsingLoader(nullptr); }), unknown);
+  EXPECT_EQ(failureOf([] { return record()->fullAccountUsingLoader(nullptr); }), unknown);
   EXPECT_EQ(failureOf([] { record()->refreshContainersForDataclass("all"); }), unknown);
 }
 
@@ -107,7 +107,7 @@ TEST_F(AnAccountWithCreators, AsksALoaderForFullAccountsOnly) {
   ship({creator("FullAccount", nullptr, "DeviceLocalAccount"),
         creator("SyncAccount", "missing.so", "C")});
   CountingLoader loader;
-  EXPECT_NE(failureOf([&] { record()->fullAccountUsingLoader(&loader); }).find("path to"),
+  EXPECT_NE(failureOf([&] { return record()->fullAccountUsingLoader(&loader); }).find("path to"),
             std::string::npos);
   loader.answer = true;
   EXPECT_EQ(record()->fullAccountUsingLoader(&loader)->identifier(), "DeviceLocalAccount");

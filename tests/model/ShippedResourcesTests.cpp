@@ -28,7 +28,7 @@ TEST_F(ShippedResources, CoverEveryAccountTypeAndDataclass) {
     if (!supported) continue;
     for (const Value& each : *supported) carried->append(each);
   }
-  for (const Value& dataclass : *BasicAccount::allSupportedDataclasses()) {
+  for (const Value& dataclass : BasicAccount::allSupportedDataclasses()) {
     SCOPED_TRACE(dataclass.description());
     EXPECT_TRUE(carried->contains(dataclass));
     const DictionaryRef entry = (*dataclasses)[*dataclass.stringView()].dictionary();

@@ -31,9 +31,9 @@ class ALinuxDevice : public ThrowAwayDevice {
 TEST_F(ALinuxDevice, AnswersWithItsFallbacksWhereItHasNoFacts) {
   utsname system{};
   ASSERT_EQ(::uname(&system), 0);
-  EXPECT_TRUE(std::string(system.machine)
-                  .starts_with(
-                      device->deviceInformation().answerForKey("CPUArchitecture").string().view()));
+  EXPECT_TRUE(
+      std::string(system.machine)
+          .starts_with(device->deviceInformation().answerForKey("CPUArchitecture").string().str()));
   EXPECT_TRUE(device->deviceInformation().answerForKey("DeviceClass").isNull());
   EXPECT_EQ(device->restrictions().restrictionOfFeature(Feature::PhotoStream), 0);
   EXPECT_TRUE(device->pairingRecords().valueForKey("Contacts", "domain").isNull());
@@ -90,7 +90,7 @@ TEST_F(ALinuxDevice, TakesFactsOfTheWrongKindForAbsent) {
          {"DeviceInformation", "Restrictions", "PairingRecords", "SyncSources", "HostedService"}) {
       writeFacts(name, facts);
     }
-    EXPECT_TRUE(device->deviceInformation().answerForKey("CPUArchitecture").stringView());
+    EXPECT_TRUE(device->deviceInformation().answerForKey("CPUArchitecture").string());
     EXPECT_EQ(device->restrictions().restrictionOfFeature(Feature::CloudBackup), 0);
     EXPECT_EQ(device->restrictions().restrictionOfFeature(Feature::PhotoStream), 0);
     EXPECT_TRUE(device->pairingRecords().valueForKey("Contacts", "domain").isNull());

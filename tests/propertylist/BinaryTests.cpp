@@ -88,7 +88,7 @@ TEST(TheBinaryReader, KeepsTheBitsOfWhatIsNoNumber) {
 TEST(TheBinaryReader, SharesWhatTheFileShares) {
   const auto value = read(file({"\xa2\x01\x01"s, "\xd1\x02\x02"s, "\x51k"s}));
   ASSERT_TRUE(value);
-  EXPECT_EQ((*value->array())[0].dictionary(), (*value->array())[1].dictionary());
+  EXPECT_EQ(value->array()[0].dictionary(), value->array()[1].dictionary());
   EXPECT_TRUE(value->array()->isFrozen());
 }
 

@@ -1,29 +1,9 @@
-#include <atomic>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 #include <string>
 
 #include "tallbook/PropertyList.h"
 
-namespace {
-
-std::atomic<std::size_t> askedFor = 0;
-
-}  // namespace
-
-// This program's memory comes from here, so that a test can count it.
-void* operator new(std::size_t size) {
-  askedFor += size;
-  if (void* const memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
+#include "tests/support/Work.h"
 
 namespace tallbook {
 namespace {
@@ -57,9 +37,8 @@ TEST(TheBinaryReader, AsksForMemoryInProportionToTheFile) {
       {"data", file("\x4f\x13"s + number(kMany) + std::string(kMany, 'd'), "\x08"s), true},
   };
   for (const auto& [what, bytes, isRead] : rows) {
-    const std::size_t before = askedFor;
-    EXPECT_EQ(propertyListFromBytes(bytes).has_value(), isRead) << what;
-    EXPECT_LT(askedFor - before, 4 * bytes.size()) << what;
+    const auto read = [&] { EXPECT_EQ(propertyListFromBytes(bytes).has_value(), isRead) << what; };
+    EXPECT_LT(test::workOf(read, test::allocatedBytes), 4 * bytes.size()) << what;
   }
 }
 

@@ -35,10 +35,10 @@ TEST_F(SeveralProcesses, EachKeepTheKeysOfTheOthers) {
     ASSERT_EQ(process->wait(), 0);
   }
   for (int number = 0; number < kProcesses; ++number) {
-    EXPECT_EQ((*stored("a"))["key of " + std::to_string(number)], Value(number));
+    EXPECT_EQ(stored("a")["key of " + std::to_string(number)], Value(number));
   }
-  EXPECT_EQ((*stored("a"))["untouched"], Value(1));
-  EXPECT_EQ((*stored("b"))["contended"], Value(kProcesses - 1));
+  EXPECT_EQ(stored("a")["untouched"], Value(1));
+  EXPECT_EQ(stored("b")["contended"], Value(kProcesses - 1));
 }
 
 TEST_F(SeveralProcesses, SeeOnlyWholeFilesWhileOneSaves) {

@@ -103,7 +103,7 @@ TEST_F(ALargeStore, IsLoadedWithMemoryInProportionToItsSize) {
     for (std::size_t i = 0; i < count; ++i) {
       records->append(record("p", {{kAccountChildAccounts, children(1)}}));
     }
-    return test::workOf([&] { AccountsManager::initWithAccounsInfoArray(records); },
+    return test::workOf([&] { (void)AccountsManager::initWithAccounsInfoArray(records); },
                         test::allocatedBytes);
   };
   EXPECT_LT(work(1000), 3 * work(500));

@@ -29,7 +29,7 @@ class AFailedSave : public StoreDevice {
   }
   void expectTheNextSaveToBeWhole() {
     EXPECT_TRUE(store->saveAllAccounts());
-    EXPECT_EQ((*stored("a"))["DisplayName"], Value("changed"));
+    EXPECT_EQ(stored("a")["DisplayName"], Value("changed"));
     EXPECT_EQ(heard(), std::vector<std::string>{"1 a [\"com.orvane.Dataclass.Mail\"]"});
     EXPECT_EQ(test::namesIn(preferencesFolder()),
               std::vector<std::string>{"com.orvane.tallbook.plist"});

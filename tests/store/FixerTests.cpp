@@ -55,7 +55,7 @@ TEST_F(AMailFixer, TellsTheMailApplicationOnceARepairIsSaved) {
   EXPECT_EQ(order(*store), "loaded");
   ASSERT_TRUE(store->saveAllAccounts());
   EXPECT_EQ(notices(), Notices{}) << "repaired while loading, nothing to repair when saving";
-  EXPECT_EQ((*stored("loaded"))["Class"], Value("IMAPAccount"));
+  EXPECT_EQ(stored("loaded")["Class"], Value("IMAPAccount"));
 
   store->insertAccount(BasicAccount::initWithProperties(broken("late", "Mail/POP-")));
   ASSERT_TRUE(store->saveAllAccounts());
@@ -72,7 +72,7 @@ TEST_F(AMailFixer, LeavesAHopelessRecordInTheFileOnly) {
   store->accountWithIdentifier("m")->setAccountClass("Unheard Of");
   ASSERT_TRUE(store->saveAllAccounts());
   EXPECT_FALSE(store->accountWithIdentifier("m"));
-  EXPECT_EQ((*stored("m"))["Class"], Value("Unheard Of"));
+  EXPECT_EQ(stored("m")["Class"], Value("Unheard Of"));
   EXPECT_EQ(heard(), std::vector<std::string>{"2 m [\"com.orvane.Dataclass.Mail\"]"});
 }
 

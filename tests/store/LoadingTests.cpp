@@ -66,7 +66,7 @@ TEST_F(AStore, FindsChildrenThroughTheirParents) {
 
   parent->setAccountPropertyForKey("changed", "DisplayName");
   ASSERT_TRUE(store->saveAllAccounts());
-  EXPECT_EQ((*stored("p"))["ChildAccounts"].array()->size(), 4u) << "unknown children are kept";
+  EXPECT_EQ(stored("p")["ChildAccounts"].array()->size(), 4u) << "unknown children are kept";
 }
 
 TEST_F(AStore, WritesBackUntouchedWhatNobodyUnderstands) {
@@ -95,7 +95,7 @@ TEST_F(AStore, WritesBackUntouchedWhatNobodyUnderstands) {
   store->setDataVersion(9);
   ASSERT_TRUE(store->saveAllAccounts());
   EXPECT_EQ(Value(stored("a")), Value(exotic));
-  EXPECT_EQ((*(*readAccounts())[2].dictionary())["Identifier"], Value(5));
+  EXPECT_EQ(readAccounts()[2].dictionary()["Identifier"], Value(5));
   EXPECT_EQ(test::readFile(accountsPath()).substr(0, 8), "bplist00");
   const DictionaryRef file = readAccountsFile().dictionary();
   EXPECT_EQ((*file)["Version"], Value(12));

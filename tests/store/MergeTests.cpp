@@ -37,10 +37,10 @@ TEST_F(ASave, MergesEveryCaseOfAKeyThroughTheFile) {
     ASSERT_TRUE(elsewhere->saveAllAccounts());
     put(*here->accountWithIdentifier("a"), row.inMemory, "k");
     ASSERT_TRUE(here->saveAllAccounts());
-    EXPECT_EQ((*stored("a"))["k"], row.expected)
+    EXPECT_EQ(stored("a")["k"], row.expected)
         << row.original.description() << " " << row.inMemory.description() << " "
         << row.onDisk.description();
-    EXPECT_EQ((*stored("a"))["witness"], Value(1));
+    EXPECT_EQ(stored("a")["witness"], Value(1));
     EXPECT_EQ(here->accountWithIdentifier("a")->accountPropertyForKey("k"), row.inMemory);
   }
 }
@@ -56,7 +56,7 @@ TEST_F(ASave, WritesTheRecordsOfItsOwnStoreInTheirOrder) {
   here->insertAccount(BasicAccount::initWithProperties(record("new here", {{"k", 1}})));
   ASSERT_TRUE(here->saveAllAccounts());
   EXPECT_EQ(order(*AccountsManager::init()), "a c new here");
-  EXPECT_EQ((*stored("new here"))["k"], Value(1));
+  EXPECT_EQ(stored("new here")["k"], Value(1));
 }
 
 TEST_F(ASave, MergesAgainstWhatItsOwnStoreLoadedOrSaved) {
@@ -73,7 +73,7 @@ TEST_F(ASave, MergesAgainstWhatItsOwnStoreLoadedOrSaved) {
   ASSERT_TRUE(other->saveAllAccounts());
   account->setAccountPropertyForKey(1, "another");
   ASSERT_TRUE(store->saveAllAccounts());
-  EXPECT_EQ((*stored("a"))["k"], Value("elsewhere"));
+  EXPECT_EQ(stored("a")["k"], Value("elsewhere"));
   EXPECT_FALSE(stored("a")->contains("DisplayName"));
 }
 
@@ -85,7 +85,7 @@ TEST_F(ASave, ReplacesValuesWhole) {
   ASSERT_TRUE(elsewhere->saveAllAccounts());
   here->accountWithIdentifier("a")->setAccountPropertyForKey(Array::make({1, 3}), "list");
   ASSERT_TRUE(here->saveAllAccounts());
-  EXPECT_EQ((*stored("a"))["list"], Value(Array::make({1, 3})));
+  EXPECT_EQ(stored("a")["list"], Value(Array::make({1, 3})));
 }
 
 TEST_F(ASave, KeepsRecordsOfOneIdentifierApart) {
@@ -95,7 +95,7 @@ TEST_F(ASave, KeepsRecordsOfOneIdentifierApart) {
     std::string text;
     const ArrayRef accounts = readAccounts();
     for (const Value& account : *accounts) {
-      text += (*account.dictionary())["DisplayName"].string().str() + " ";
+      text += account.dictionary()["DisplayName"].string().str() + " ";
     }
     return text;
   };

@@ -24,7 +24,7 @@ class AChangedStore : public StoreDevice {
     const ArrayRef list =
         store->accountWithIdentifier(parent)->accountPropertyForKey("ChildAccounts").array();
     for (const Value& child : *list) {
-      identifiers += (*child.dictionary())["Identifier"].string().str();
+      identifiers += child.dictionary()["Identifier"].string().str();
     }
     return identifiers;
   }
@@ -110,7 +110,8 @@ TEST_F(AChangedStore, ReplacesByTypesKeepingPlaces) {
     fresh->replaceAccountsWithTypesWithAccounts(types, given);
     EXPECT_EQ(order(*fresh), expected);
     for (const auto& account : *fresh->allBasicAccounts()) {
-      EXPECT_EQ(fresh->accountWithIdentifier(account->identifier()), account);
+      const String identifier = account->identifier();
+      EXPECT_EQ(fresh->accountWithIdentifier(identifier), account);
     }
     EXPECT_EQ(bool(fresh->accountWithIdentifier("c")), bool(fresh->accountWithIdentifier("p")));
   }
@@ -178,8 +179,7 @@ TEST_F(AChangedStore, SharesAnAddedChildWithItsParent) {
   EXPECT_EQ(store->allBasicSyncableAccounts().size(), 6u) << "one index entry for both";
   child->setDisplayName("shared");
   ASSERT_TRUE(store->saveAllAccounts());
-  EXPECT_EQ((*(*(*stored("p"))["ChildAccounts"].array())[1].dictionary())["DisplayName"],
-            Value("shared"));
+  EXPECT_EQ(stored("p")["ChildAccounts"].array()[1].dictionary()["DisplayName"], Value("shared"));
   store->removeChildWithIdentifierFromAccount("nobody", parent);
   store->addChildToAccount(parent, parent);
   EXPECT_THROW(parent->setParentAccount(parent), InternalConsistencyFailure);

@@ -12,7 +12,7 @@ std::vector<std::string> received;
 
 void receive(const ArrayRef& changes) {
   for (const Value& change : *changes) {
-    const Dictionary& entry = *change.dictionary();
+    const DictionaryRef entry = change.dictionary();
     received.push_back(std::to_string(entry[kTBChangeAccountChangeTypeKey].integerValue()) + " " +
                        entry[kTBChangeAccountIdentifierKey].string().str() + " " +
                        entry[kTBChangeAccountOriginallyEnabledDataclassesKey].description());

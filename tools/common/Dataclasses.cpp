@@ -28,7 +28,7 @@ std::string shortNames(const ArrayRef& dataclasses) {
   std::string names;
   for (const Value& dataclass : *dataclasses) {
     if (!names.empty()) names += ", ";
-    names += shortName(dataclass.string());
+    names += shortName(dataclass.stringView().value_or(""));
   }
   return names.empty() ? "none" : names;
 }

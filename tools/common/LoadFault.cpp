@@ -26,7 +26,7 @@ std::string whyNoRecord(const Value& element) {
   const Value& type = (*record)[kAccountType];
   if (type.isNull()) return "it has no \"Type\"";
   if (type.kind() != Kind::String) return "its \"Type\" " + otherKind(type, "string");
-  if (!BasicAccount::_isValidAccountType(type.string())) {
+  if (!BasicAccount::_isValidAccountType(*type.stringView())) {
     return "there is no account type " + quoted(type.string());
   }
   const Value& className = (*record)[kAccountClass];
@@ -39,7 +39,7 @@ std::string whyDropped(const Value& element) {
   std::string fault = whyNoRecord(element);
   if (!fault.empty()) return fault;
   if (AccountsManager::initWithAccounsInfoArray(Array::make({element}))->count() > 0) return {};
-  return "its class " + quoted((*element.dictionary())[kAccountClass].string()) +
+  return "its class " + quoted(element.dictionary()[kAccountClass].string()) +
          " is none of a mail account, and \"AccountPath\" does not tell another";
 }
 

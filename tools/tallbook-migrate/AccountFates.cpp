@@ -57,7 +57,7 @@ class Fates {
     fate.identifier = entry.text(kAccountIdentifier);
     fate.isIdentifierNew = !fate.identifier.empty() &&
                            !_identifiersBefore.contains(fate.identifier) &&
-                           fate.identifier != DeviceLocalAccount::_identifier().view();
+                           fate.identifier != DeviceLocalAccount::_identifier();
     return fate;
   }
 
@@ -73,8 +73,8 @@ class Fates {
     }
     const Entry& was = _matches.before()[*placeBefore];
     if (!now.record || !was.record) return fate;
-    fate.changes =
-        explain({*baseline(was, now), *now.record, parentClassOf(now)}, _matches.entryVersion());
+    const DictionaryRef before = baseline(was, now);
+    fate.changes = explain({*before, *now.record, parentClassOf(now)}, _matches.entryVersion());
     const bool isWrapped = !was.parent && now.parent && isUmbrella(*now.parent);
     if (isWrapped) {
       fate.changes.add("8B117", "wrapped in an umbrella account");

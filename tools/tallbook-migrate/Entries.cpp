@@ -30,7 +30,7 @@ void asMailRecord(Dictionary& record, Source source) {
   if (source == Source::LegacyOutgoing && !record.contains(kAccountClass)) {
     record.set(kAccountClass, "SMTPAccount");
   }
-  if (isHostedClass(record[kAccountClass].string())) {
+  if (isHostedClass(record[kAccountClass].stringView().value_or(""))) {
     const String username = record[kAccountUsername].string();
     const auto at = username.view().find('@');
     if (at != std::string_view::npos) record.set(kAccountUsername, username.view().substr(0, at));

@@ -47,7 +47,7 @@ bool isMailClass(const Subject& subject) {
 }
 
 bool isHosted(const Subject& subject) {
-  return isHostedClass(subject.after[kAccountClass].string());
+  return isHostedClass(subject.after[kAccountClass].stringView().value_or(""));
 }
 
 bool isPrimary(const Subject& subject) {

@@ -88,7 +88,7 @@ ExitCode add(const Options& options, const std::string& type, const std::string&
   if (options.json) {
     printJSON(JSON{{"identifier", record->identifier().str()}});
   } else {
-    std::cout << record->identifier().view() << '\n';
+    std::cout << record->identifier() << '\n';
   }
   return ExitCode::Done;
 }

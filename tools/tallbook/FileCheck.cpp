@@ -174,7 +174,7 @@ class FileCheck {
       if (dataclass.kind() != Kind::String) {
         tellOnce(lineText(dataclass) + ", no dataclass");
       } else if (!supported || !supported->contains(dataclass)) {
-        tellOnce(shortName(dataclass.string()) + ", which the type does not carry");
+        tellOnce(shortName(*dataclass.stringView()) + ", which the type does not carry");
       }
     }
   }

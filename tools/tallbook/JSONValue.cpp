@@ -48,7 +48,7 @@ JSON jsonFromDate(Date date) {
   return tagged("$date", jsonFromReal(date.secondsSince2001));
 }
 
-JSON jsonFromDictionary(const Dictionary& dictionary) {
+JSON jsonFromDictionary(const DictionaryRef& dictionary) {
   JSON object = JSON::object();
   for (const auto& [key, value] : dictionary) object[key.str()] = jsonFromValue(value);
   const bool looksTagged = object.size() == 1 && object.begin().key().starts_with('$');
@@ -141,11 +141,11 @@ JSON jsonFromValue(const Value& value) {
       return tagged("$data", base64(value.data()->bytes()));
     case Value::Kind::Array: {
       JSON array = JSON::array();
-      for (const Value& element : *value.array()) array.push_back(jsonFromValue(element));
+      for (const Value& element : value.array()) array.push_back(jsonFromValue(element));
       return array;
     }
     case Value::Kind::Dictionary:
-      return jsonFromDictionary(*value.dictionary());
+      return jsonFromDictionary(value.dictionary());
   }
   return nullptr;
 }

@@ -98,7 +98,7 @@ ExitCode show(const Options& options, const std::string& identifier) {
             << "\nProvisioned: " << shortNames(record->provisionedDataclasses())
             << "\nEnabled:     " << shortNames(record->enabledDataclasses()) << '\n';
   if (const auto& parent = record->parentAccount()) {
-    std::cout << "Parent:      " << lineText(nameOf(*parent)) << ", " << parent->identifier().view()
+    std::cout << "Parent:      " << lineText(nameOf(*parent)) << ", " << parent->identifier()
               << '\n';
   }
   return ExitCode::Done;

@@ -34,22 +34,22 @@ class XMLWriter {
         element("date", dateText(*value.date()));
         break;
       case Value::Kind::String:
-        element("string", escaped(value.string()));
+        element("string", escaped(*value.stringView()));
         break;
       case Value::Kind::Data:
         element("data", base64(value.data()->bytes()));
         break;
       case Value::Kind::Array:
-        writeArray(*value.array());
+        writeArray(value.array());
         break;
       case Value::Kind::Dictionary:
-        writeDictionary(*value.dictionary());
+        writeDictionary(value.dictionary());
         break;
     }
   }
 
  private:
-  void writeArray(const Array& array) {
+  void writeArray(const ArrayRef& array) {
     if (array.empty()) return line("<array/>");
     open("<array>");
     for (std::size_t index = 0; index < array.size(); ++index) {
@@ -60,7 +60,7 @@ class XMLWriter {
     close("</array>");
   }
 
-  void writeDictionary(const Dictionary& dictionary) {
+  void writeDictionary(const DictionaryRef& dictionary) {
     if (dictionary.empty()) return line("<dict/>");
     open("<dict>");
     for (const auto& [key, value] : dictionary) {

@@ -1,0 +1,11 @@
+#include "tallbook/String.h"
+
+#include <ostream>
+
+namespace tallbook {
+
+std::ostream& operator<<(std::ostream& out, const String& string) {
+  return out << string.view();
+}
+
+}  // namespace tallbook
