@@ -1,91 +1,103 @@
 #include "tallbook/Vocabulary.h"
 
+#include "platform/propertylist/ConstantText.h"
+
+// Made by the compiler, so that they can be used while other static objects are being made, and so
+// that nothing runs over them when a process meets a second copy of the library: the dynamic linker
+// lets both copies use the constants of the first.
 namespace tallbook {
 
 // Account types.
-const String kSubscribedCalendarAccountType = "Subscribed Calendar";
-const String kCalDAVAccountType = "CalDAV";
-const String kCardDAVAccountType = "CardDAV";
-const String kBookmarkDAVAccountType = "BookmarkDAV";
-const String kSMTPAccountType = "SMTP";
-const String kExchangeAccountType = "Exchange";
-const String kLDAPAccountType = "LDAP";
-const String kMailAccountType = "Mail";
-const String kVeltroAccountType = "Veltro";
-const String kGmailAccountType = "Gmail";
-const String kYahooAccountType = "Yahoo";
-const String kOnMyDeviceAccountType = "OnMyDevice";
-const String kIMAPNotesAccountType = "IMAPNotes";
-const String kOrvaneAccountType = "OrvaneAccount";
-const String kMorwickIMAPAccountType = "MorwickIMAP";
+constinit const String kSubscribedCalendarAccountType(constantText<"Subscribed Calendar">);
+constinit const String kCalDAVAccountType(constantText<"CalDAV">);
+constinit const String kCardDAVAccountType(constantText<"CardDAV">);
+constinit const String kBookmarkDAVAccountType(constantText<"BookmarkDAV">);
+constinit const String kSMTPAccountType(constantText<"SMTP">);
+constinit const String kExchangeAccountType(constantText<"Exchange">);
+constinit const String kLDAPAccountType(constantText<"LDAP">);
+constinit const String kMailAccountType(constantText<"Mail">);
+constinit const String kVeltroAccountType(constantText<"Veltro">);
+constinit const String kGmailAccountType(constantText<"Gmail">);
+constinit const String kYahooAccountType(constantText<"Yahoo">);
+constinit const String kOnMyDeviceAccountType(constantText<"OnMyDevice">);
+constinit const String kIMAPNotesAccountType(constantText<"IMAPNotes">);
+constinit const String kOrvaneAccountType(constantText<"OrvaneAccount">);
+constinit const String kMorwickIMAPAccountType(constantText<"MorwickIMAP">);
 
 // Dataclasses.
-const String kAccountDataclassMail = "com.orvane.Dataclass.Mail";
-const String kAccountDataclassContacts = "com.orvane.Dataclass.Contacts";
-const String kAccountDataclassCalendars = "com.orvane.Dataclass.Calendars";
-const String kAccountDataclassReminders = "com.orvane.Dataclass.Reminders";
-const String kAccountDataclassBookmarks = "com.orvane.Dataclass.Bookmarks";
-const String kAccountDataclassNotes = "com.orvane.Dataclass.Notes";
-const String kAccountDataclassMediaStream = "com.orvane.Dataclass.MediaStream";
-const String kAccountDataclassDeviceLocator = "com.orvane.Dataclass.DeviceLocator";
-const String kAccountDataclassContactsSearch = "com.orvane.Dataclass.ContactsSearch";
-const String kAccountDataclassBackup = "com.orvane.Dataclass.Backup";
-const String kAccountDataclassUbiquity = "com.orvane.Dataclass.Ubiquity";
-const String kAccountDataclassKeyValue = "com.orvane.Dataclass.KeyValue";
-const String kAccountDataclassPouchet = "com.orvane.Dataclass.Pouchet";
-const String kAccountDataclassSharedStreams = "com.orvane.Dataclass.SharedStreams";
+constinit const String kAccountDataclassMail(constantText<"com.orvane.Dataclass.Mail">);
+constinit const String kAccountDataclassContacts(constantText<"com.orvane.Dataclass.Contacts">);
+constinit const String kAccountDataclassCalendars(constantText<"com.orvane.Dataclass.Calendars">);
+constinit const String kAccountDataclassReminders(constantText<"com.orvane.Dataclass.Reminders">);
+constinit const String kAccountDataclassBookmarks(constantText<"com.orvane.Dataclass.Bookmarks">);
+constinit const String kAccountDataclassNotes(constantText<"com.orvane.Dataclass.Notes">);
+constinit const String kAccountDataclassMediaStream(
+    constantText<"com.orvane.Dataclass.MediaStream">);
+constinit const String kAccountDataclassDeviceLocator(
+    constantText<"com.orvane.Dataclass.DeviceLocator">);
+constinit const String kAccountDataclassContactsSearch(
+    constantText<"com.orvane.Dataclass.ContactsSearch">);
+constinit const String kAccountDataclassBackup(constantText<"com.orvane.Dataclass.Backup">);
+constinit const String kAccountDataclassUbiquity(constantText<"com.orvane.Dataclass.Ubiquity">);
+constinit const String kAccountDataclassKeyValue(constantText<"com.orvane.Dataclass.KeyValue">);
+constinit const String kAccountDataclassPouchet(constantText<"com.orvane.Dataclass.Pouchet">);
+constinit const String kAccountDataclassSharedStreams(
+    constantText<"com.orvane.Dataclass.SharedStreams">);
 
 // Keys of an account record.
-const String kAccountIdentifier = "Identifier";
-const String kAccountSyncIdentifier = "Sync Identifier";
-const String kAccountType = "Type";
-const String kAccountClass = "Class";
-const String kAccountDisplayName = "DisplayName";
-const String kAccountEnabledDataclasses = "Enabled Dataclasses";
-const String kAccountProvisionedDataclasses = "Provisioned Dataclasses";
-const String kAccountSupportedDataclasses = "Supported Dataclasses";
-const String kAccountUsername = "Username";
-const String kAccountTypeString = "Type String";
-const String kAccountShortTypeString = "Short Type String";
-const String kAccountPreventRecentsSyncing = "Prevent Recents Syncing";
-const String kCalendarsAccountSubscribedCalendars = "Subscribed Calendars";
-const String kAccountCalendarsWereMigrated = "CalendarsWereMigrated";
-const String kAccountChildAccounts = "ChildAccounts";
+constinit const String kAccountIdentifier(constantText<"Identifier">);
+constinit const String kAccountSyncIdentifier(constantText<"Sync Identifier">);
+constinit const String kAccountType(constantText<"Type">);
+constinit const String kAccountClass(constantText<"Class">);
+constinit const String kAccountDisplayName(constantText<"DisplayName">);
+constinit const String kAccountEnabledDataclasses(constantText<"Enabled Dataclasses">);
+constinit const String kAccountProvisionedDataclasses(constantText<"Provisioned Dataclasses">);
+constinit const String kAccountSupportedDataclasses(constantText<"Supported Dataclasses">);
+constinit const String kAccountUsername(constantText<"Username">);
+constinit const String kAccountTypeString(constantText<"Type String">);
+constinit const String kAccountShortTypeString(constantText<"Short Type String">);
+constinit const String kAccountPreventRecentsSyncing(constantText<"Prevent Recents Syncing">);
+constinit const String kCalendarsAccountSubscribedCalendars(constantText<"Subscribed Calendars">);
+constinit const String kAccountCalendarsWereMigrated(constantText<"CalendarsWereMigrated">);
+constinit const String kAccountChildAccounts(constantText<"ChildAccounts">);
 
 // Keys of an account type's entry in the catalogue.
-const String kPropertiesSupportedDataclasses = "Supported Dataclasses";
-const String kPropertiesEnableDataclassActions = "Enable Actions";
-const String kPropertiesDisableDataclassActions = "Disable Actions";
-const String kPropertiesDeleteAccountActions = "Delete Account Actions";
-const String kPropertiesShowRemindersSeparately = "Show Reminders Separately";
+constinit const String kPropertiesSupportedDataclasses(constantText<"Supported Dataclasses">);
+constinit const String kPropertiesEnableDataclassActions(constantText<"Enable Actions">);
+constinit const String kPropertiesDisableDataclassActions(constantText<"Disable Actions">);
+constinit const String kPropertiesDeleteAccountActions(constantText<"Delete Account Actions">);
+constinit const String kPropertiesShowRemindersSeparately(
+    constantText<"Show Reminders Separately">);
 
 // Keys of a dataclass's entry in the dataclass properties.
-const String kDataclassSupportsMultipleStores = "Supports Multiple Stores";
-const String kDataclassDisplaySwitch = "Display Dataclass Switch";
-const String kDataclassRequiresUserConfirmation = "Requires User Confirmation";
+constinit const String kDataclassSupportsMultipleStores(constantText<"Supports Multiple Stores">);
+constinit const String kDataclassDisplaySwitch(constantText<"Display Dataclass Switch">);
+constinit const String kDataclassRequiresUserConfirmation(
+    constantText<"Requires User Confirmation">);
 
 // Toggle actions.
-const String kDataclassToggleActionNone = "None";
-const String kDataclassToggleActionKeepLocalData = "Keep Local Data";
-const String kDataclassToggleActionMergeLocalData = "Merge Local Data";
-const String kDataclassToggleActionDeleteLocalData = "Delete Local Data";
-const String kDataclassToggleActionMergeSyncData = "Merge Sync Data";
-const String kDataclassToggleActionDeleteSyncData = "Delete Sync Data";
+constinit const String kDataclassToggleActionNone(constantText<"None">);
+constinit const String kDataclassToggleActionKeepLocalData(constantText<"Keep Local Data">);
+constinit const String kDataclassToggleActionMergeLocalData(constantText<"Merge Local Data">);
+constinit const String kDataclassToggleActionDeleteLocalData(constantText<"Delete Local Data">);
+constinit const String kDataclassToggleActionMergeSyncData(constantText<"Merge Sync Data">);
+constinit const String kDataclassToggleActionDeleteSyncData(constantText<"Delete Sync Data">);
 
 // Delete actions.
-const String kAccountDeleteActionMergeData = "Merge Data";
-const String kAccountDeleteActionDeleteData = "Delete Data";
+constinit const String kAccountDeleteActionMergeData(constantText<"Merge Data">);
+constinit const String kAccountDeleteActionDeleteData(constantText<"Delete Data">);
 
 // Keys of a change record, as notifier classes receive it.
-const String kTBChangeAccountChangeTypeKey = "ChangeType";
-const String kTBChangeAccountIdentifierKey = "AccountID";
-const String kTBChangeAccountTypeKey = "AccountType";
-const String kTBChangeAccountOriginallyEnabledDataclassesKey = "OriginalDataclasses";
+constinit const String kTBChangeAccountChangeTypeKey(constantText<"ChangeType">);
+constinit const String kTBChangeAccountIdentifierKey(constantText<"AccountID">);
+constinit const String kTBChangeAccountTypeKey(constantText<"AccountType">);
+constinit const String kTBChangeAccountOriginallyEnabledDataclassesKey(
+    constantText<"OriginalDataclasses">);
 
 // The accounts file.
-const String kAccountsFilename = "com.orvane.tallbook.plist";
-const String kPlistVersionKey = "Version";
-const String kPlistAccountsKey = "Accounts";
+constinit const String kAccountsFilename(constantText<"com.orvane.tallbook.plist">);
+constinit const String kPlistVersionKey(constantText<"Version">);
+constinit const String kPlistAccountsKey(constantText<"Accounts">);
 
 }  // namespace tallbook
 

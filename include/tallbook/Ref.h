@@ -17,7 +17,11 @@ class Counted {
   Counted& operator=(const Counted&) = delete;
 
  protected:
-  Counted() = default;
+  /// Tag of objects in static storage, which are never destroyed however often they are released.
+  struct Forever {};
+
+  constexpr Counted() = default;
+  constexpr explicit Counted(Forever) noexcept : _count(1 << 30) {}
   ~Counted() = default;
 
   /// Whether only one reference is left: its holder may then change the object in place.
@@ -141,8 +145,12 @@ class [[nodiscard]] Ref {
   friend bool operator==(const Ref& a, std::nullptr_t) noexcept { return a._object == nullptr; }
 
  private:
+  friend class String;
   friend class Value;
 
+  /// Tag for the reference to an object in static storage, which it does not count.
+  struct Uncounted {};
+  constexpr Ref(T& object, Uncounted) noexcept : _object(&object) {}
   const T& constObject() const noexcept { return *_object; }
 
   T* _object = nullptr;

@@ -30,12 +30,20 @@ class TALLBOOK_EXPORT Blob final : public Counted {
   }
 
  private:
+  template <std::size_t size>
+  friend class ConstantText;
+
   explicit Blob(std::size_t size) noexcept : _size(size) {}
+  /// In static storage.
+  constexpr Blob(std::size_t size, Forever forever) noexcept : Counted(forever), _size(size) {}
   ~Blob() = default;
   static Ref<Blob> uninitialised(std::size_t size);
 
   std::size_t _size;
 };
+
+template <std::size_t size>
+class ConstantText;
 
 /// A text of another kind: what a `std::string_view` can be made of.
 template <class T>
@@ -56,6 +64,9 @@ class TALLBOOK_EXPORT String {
   String(const std::string& text) : String(std::string_view(text)) {}
   String(const char* text) : String(std::string_view(text)) {}
   explicit String(Ref<Blob> blob) noexcept : _blob(std::move(blob)) {}
+  template <std::size_t size>
+  explicit constexpr String(ConstantText<size>& text) noexcept
+      : _blob(text.blob(), Ref<Blob>::Uncounted()) {}
 
   explicit operator bool() const noexcept { return static_cast<bool>(_blob); }
   bool empty() const noexcept { return !_blob || _blob->view().empty(); }

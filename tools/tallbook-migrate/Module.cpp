@@ -32,7 +32,7 @@ std::unique_ptr<DataMigrator> migratorOfModule(const std::string& path,
   // A second library would not know the root that this one was given, and migrate the running
   // system instead.
   if (lookUp != &tallbookClassNamed) {
-    throw SecondLibrary("the module " + path +
+    throw ModuleFailure("the module " + path +
                         " brings a library of its own; link it to the library that this program "
                         "uses, or run the program that belongs to it");
   }

@@ -14,13 +14,6 @@ class ModuleFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// The module brought a second library into the process, which shares its constants with the first
-/// and would destroy them once more at the end: the process must not end in the ordinary way.
-class SecondLibrary : public ModuleFailure {
- public:
-  using ModuleFailure::ModuleFailure;
-};
-
 /// Loads a migration plug-in, for as long as the process lives, and makes its principal class.
 /// `path` may be the bare name of a library. Throws ModuleFailure.
 std::unique_ptr<DataMigrator> migratorOfModule(const std::string& path,

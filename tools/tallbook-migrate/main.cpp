@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <filesystem>
 
 #include "tallbook/Host.h"
@@ -113,9 +112,6 @@ Exit answer(int argc, char** argv) {
     const auto migrator = migratorOfModule(module, line.className);
     const auto migrate = line.isDryRun ? previewMigration : migrateDevice;
     return report(migrate(*migrator, line.host, line.replaceUnreadable), line);
-  } catch (const SecondLibrary& failure) {
-    note(failure.what());
-    std::quick_exit(static_cast<int>(Exit::NoModule));
   } catch (const ModuleFailure& failure) {
     note(failure.what());
     return Exit::NoModule;
