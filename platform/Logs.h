@@ -6,7 +6,8 @@
 namespace tallbook {
 
 /// The text with its control characters, line ends above all, as "\x0a": what comes out of a file
-/// must not be able to end a line of a log and begin one of its own.
+/// must not be able to end a line of a log and begin one of its own. Of a long text the first
+/// mebibyte, and "...".
 std::string onOneLine(std::string_view text);
 
 /// The system's log, by subsystem and category.

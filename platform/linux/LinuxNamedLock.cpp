@@ -32,16 +32,18 @@ class FileLockHold final : public LockHold {
 
 // Opens without the flag that creates: in a folder like /tmp the kernel may refuse that flag for
 // another user's file. Does not wait for a pipe's writer.
-FileDescriptor openExisting(const std::string& path, std::error_code& error) {
-  return FileDescriptor::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, 0, error);
+FileDescriptor openExisting(const FileDescriptor& folder, const std::string& name,
+                            std::error_code& error) {
+  return FileDescriptor::openAt(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, 0, error);
 }
 
-FileDescriptor openOrCreate(const std::string& path) {
+FileDescriptor openOrCreate(const FileDescriptor& folder, const std::string& name) {
   for (;;) {
     std::error_code error;
-    auto file = openExisting(path, error);
+    auto file = openExisting(folder, name, error);
     if (error != std::errc::no_such_file_or_directory) return file;
-    file = FileDescriptor::open(path, O_RDONLY | O_CREAT | O_EXCL | O_NOFOLLOW, kForAll, error);
+    file = FileDescriptor::openAt(folder, name, O_RDONLY | O_CREAT | O_EXCL | O_NOFOLLOW, kForAll,
+                                  error);
     // Whatever the process's mask, other users must be able to open the file.
     if (file) ::fchmod(file.get(), kForAll);
     if (error != std::errc::file_exists) return file;
@@ -79,12 +81,13 @@ bool isRegular(const FileDescriptor& file) {
   return ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// Whether the locked file is still the one at the path: somebody who empties the folder may have
+// Whether the locked file is still the one of that name: somebody who empties the folder may have
 // removed it, and a later comer would lock another one.
-bool isStillAt(const std::string& path, const FileDescriptor& file) {
+bool isStillIn(const FileDescriptor& folder, const std::string& name, const FileDescriptor& file) {
   struct stat locked {};
   struct stat present {};
-  return ::fstat(file.get(), &locked) == 0 && ::lstat(path.c_str(), &present) == 0 &&
+  return ::fstat(file.get(), &locked) == 0 &&
+         ::fstatat(folder.get(), name.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0 &&
          locked.st_dev == present.st_dev && locked.st_ino == present.st_ino;
 }
 
@@ -92,11 +95,14 @@ bool isStillAt(const std::string& path, const FileDescriptor& file) {
 
 std::unique_ptr<LockHold> LinuxNamedLock::lock(std::string_view name, const LongWait& longWait) {
   if (name.empty() || name.find('/') != std::string_view::npos) return nullptr;
-  const std::string path = _folder + std::string(name);
+  const std::string fileName(name);
+  std::error_code error;
+  const FileDescriptor folder = _root.open(_root.path() + "/tmp", O_RDONLY | O_DIRECTORY, 0, error);
+  if (!folder) return nullptr;
   for (;;) {
-    FileDescriptor file = openOrCreate(path);
+    FileDescriptor file = openOrCreate(folder, fileName);
     if (!file || !isRegular(file) || !waitForLock(file, _patience, longWait)) return nullptr;
-    if (isStillAt(path, file)) return std::make_unique<FileLockHold>(std::move(file));
+    if (isStillIn(folder, fileName, file)) return std::make_unique<FileLockHold>(std::move(file));
   }
 }
 

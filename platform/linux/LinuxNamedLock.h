@@ -1,9 +1,9 @@
 #pragma once
 
 #include <chrono>
-#include <string>
 
 #include "platform/NamedLock.h"
+#include "platform/linux/DeviceRoot.h"
 
 namespace tallbook {
 
@@ -16,14 +16,14 @@ namespace tallbook {
 class LinuxNamedLock final : public NamedLock {
  public:
   /// `patience` is how long a wait may be before it counts as long.
-  explicit LinuxNamedLock(const std::string& root,
+  explicit LinuxNamedLock(const DeviceRoot& root,
                           std::chrono::milliseconds patience = std::chrono::seconds(1))
-      : _folder(root + "/tmp/"), _patience(patience) {}
+      : _root(root), _patience(patience) {}
 
   std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait) override;
 
  private:
-  std::string _folder;
+  const DeviceRoot& _root;
   std::chrono::milliseconds _patience;
 };
 

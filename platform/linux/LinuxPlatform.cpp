@@ -44,7 +44,7 @@ class LinuxPlatform final : public Platform {
         _directories(_root),
         _bus(_root),
         _preferences(_root, _directories, _bus),
-        _namedLock(root),
+        _namedLock(_root),
         _systemLog(makeSystemLog(options.log)),
         _moduleLoader(_root, options.trustsModules),
         _resourceBundle(_root, resourceFolders(root)),

@@ -28,7 +28,8 @@ class ANamedLock : public ThrowAwayDevice {
   }
 
   const std::string lockPath = path("/tmp/InProgress");
-  LinuxNamedLock files{root()};
+  const DeviceRoot device{root()};
+  LinuxNamedLock files{device};
   NamedLock& locks = files;
 };
 
@@ -91,7 +92,7 @@ TEST_F(ANamedLock, HasOneHolderAtATimeEvenWhenItsFileIsRemoved) {
 }
 
 TEST_F(ANamedLock, TellsWhoeverWaitsLongOnceForWhom) {
-  LinuxNamedLock withoutPatience(root(), std::chrono::milliseconds(0));
+  LinuxNamedLock withoutPatience(device, std::chrono::milliseconds(0));
   NamedLock& impatient = withoutPatience;
   std::vector<std::string> told;
   const auto hold = impatient.lock("InProgress", [&](auto holder) { told.emplace_back(holder); });

@@ -3,8 +3,11 @@
 #include <cerrno>
 // The library's lock is the migration's own; this one has to be taken around it.
 #include <fcntl.h>
+#include <filesystem>
+#include <linux/openat2.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -33,6 +36,30 @@ int make(int folder) {
   return -1;
 }
 
+// Opens the folder at `path` below the root of a device tree, out of which no link may lead. Where
+// the kernel cannot see to that, no link is followed.
+int openBelow(const std::string& root, const std::string& path) {
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+  if (root.empty()) return ::open(path.c_str(), kFlags);
+  int folder = ::open(root.c_str(), kFlags);
+  if (folder < 0) return folder;
+  const std::filesystem::path below = std::filesystem::path(path).lexically_relative(root);
+  open_how how{};
+  how.flags = kFlags;
+  how.resolve = RESOLVE_IN_ROOT;
+  const long found = ::syscall(SYS_openat2, folder, below.c_str(), &how, sizeof how);
+  if (found >= 0 || (errno != ENOSYS && errno != EPERM)) {
+    ::close(folder);
+    return static_cast<int>(found);
+  }
+  for (const auto& part : below) {
+    const int next = ::openat(folder, part.c_str(), kFlags | O_NOFOLLOW);
+    ::close(folder);
+    folder = next;
+  }
+  return folder;
+}
+
 // Opens the file in the folder, or makes it. Without an answer `errno` is ENOENT where the caller
 // cannot make it, else it tells why the one that is there cannot be opened.
 int openOrMake(int folder) {
@@ -49,8 +76,8 @@ int openOrMake(int folder) {
 
 }  // namespace
 
-HostLock::HostLock(const std::string& path) : _file(-1) {
-  const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+HostLock::HostLock(const std::string& root, const std::string& path) : _file(-1) {
+  const int folder = openBelow(root, path);
   if (folder < 0) return;
   _file = openOrMake(folder);
   const int reason = _file < 0 ? errno : 0;

@@ -9,12 +9,12 @@ namespace tallbook::migrate {
 /// wait, and the second would report as its work what the first did.
 class HostLock {
  public:
-  /// Waits for the lock, an advisory one on a hidden file in the folder at `path`, which the kernel
-  /// gives up with its holder. The file belongs to the folder's owner and they alone may open it,
-  /// so that no other user can hold hosts up. Where the caller cannot make it, there is no lock:
-  /// they cannot replace the accounts file either. Throws Failure where a file is there that they
-  /// may not open.
-  explicit HostLock(const std::string& path);
+  /// Waits for the lock, an advisory one on a hidden file in the folder at `path` below the root of
+  /// the device tree, which the kernel gives up with its holder. The file belongs to the folder's
+  /// owner and they alone may open it, so that no other user can hold hosts up. Where the caller
+  /// cannot make it, there is no lock: they cannot replace the accounts file either. Throws Failure
+  /// where a file is there that they may not open.
+  HostLock(const std::string& root, const std::string& path);
   ~HostLock();
   HostLock(const HostLock&) = delete;
   HostLock& operator=(const HostLock&) = delete;

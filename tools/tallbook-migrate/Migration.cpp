@@ -42,7 +42,7 @@ void requireReadable(const AccountsFile& file, bool replaceUnreadable) {
 Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, bool replaceUnreadable) {
   configureHost(host);
   const DevicePaths paths = pathsOfDevice(host.root);
-  const HostLock lock(std::filesystem::path(paths.accounts).parent_path().string());
+  const HostLock lock(paths.root, std::filesystem::path(paths.accounts).parent_path().string());
   // Another program may be migrating without such a lock. Where the migration's own cannot be made,
   // the migration itself will answer NO.
   static_cast<void>(AccountsManager::waitForMigrationToFinish(tool::noteHolderOfMigrationLock));
