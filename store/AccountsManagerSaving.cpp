@@ -18,48 +18,35 @@ constexpr std::string_view kSaving = "-[AccountsManager saveAllAccounts]";
 using AccountTable = IdentifierTable<std::shared_ptr<BasicAccount>>;
 
 /// The top-level records on the disk that a store's records are merged with.
+///
+/// There is none for a record that shares its identifier with others: they are told apart by what
+/// they held before they were changed, and one of the disk that still holds that has nothing to add
+/// to what the store has.
 class Counterparts {
  public:
-  /// `areUnique` when neither side has two records with one identifier.
-  Counterparts(const AccountTable& table, const AccountsManager::AccountList& accounts,
-               bool areUnique)
-      : _table(table), _areUnique(areUnique) {
-    if (areUnique) return;
+  explicit Counterparts(const AccountTable& table) : _table(table) {}
+
+  /// Notes which of the accounts share an identifier; none do where `table` holds them all.
+  void noteShared(const AccountTable& table, const AccountsManager::AccountList& accounts) {
+    if (table.size() == accounts.size()) return;
+    IdentifierTable<bool> met;
     for (const auto& account : accounts) {
-      if (const String identifier = account->identifier()) {
-        _twins[identifier].accounts.push_back(account);
-      }
+      const String identifier = account->identifier();
+      if (identifier && std::exchange(met[identifier], true)) _shared[identifier] = true;
     }
   }
 
-  /// What the disk holds for the store's next record of that identifier, null when it holds none.
-  DictionaryRef propertiesOfNext(const String& identifier) {
-    if (!identifier) return nullptr;
-    if (!_areUnique) return _twins[identifier].next();
+  /// Null where the disk holds none.
+  DictionaryRef propertiesOf(const String& identifier) const {
+    if (_shared.contains(identifier)) return nullptr;
     const auto* account = _table.find(identifier);
     return account ? (*account)->propertiesToSave() : nullptr;
   }
 
  private:
-  /// Records with one identifier, as a damaged file may have them: the first belongs to the
-  /// store's first, the second to its second, so that each keeps what is its own.
-  struct Twins {
-    AccountsManager::AccountList accounts;
-    std::size_t met = 0;
-
-    DictionaryRef next() {
-      return met < accounts.size() ? accounts[met++]->propertiesToSave() : nullptr;
-    }
-  };
-
   const AccountTable& _table;
-  const bool _areUnique;
-  IdentifierTable<Twins> _twins;
+  IdentifierTable<bool> _shared;
 };
-
-bool areUnique(const AccountTable& table, const AccountsManager::AccountList& accounts) {
-  return table.size() == accounts.size();
-}
 
 }  // namespace
 
@@ -117,17 +104,15 @@ bool AccountsManager::fixAccountsBeforeSaving() {
 
 std::vector<Value> AccountsManager::mergedRecords(const AccountsFile& file) const {
   const auto onDiskStore = storeOf(file);
-  const AccountTable& onDiskTable = *onDiskStore->_topLevelAccountsByID;
-  const AccountList& onDiskAccounts = *onDiskStore->_orderedTopLevelAccounts;
-  Counterparts onDisk(onDiskTable, onDiskAccounts,
-                      areUnique(onDiskTable, onDiskAccounts) &&
-                          areUnique(*_topLevelAccountsByID, *_orderedTopLevelAccounts));
+  Counterparts onDisk(*onDiskStore->_topLevelAccountsByID);
+  onDisk.noteShared(*onDiskStore->_topLevelAccountsByID, *onDiskStore->_orderedTopLevelAccounts);
+  onDisk.noteShared(*_topLevelAccountsByID, *_orderedTopLevelAccounts);
   std::vector<Value> records;
   records.reserve(_orderedTopLevelAccounts->size());
   for (const auto& account : *_orderedTopLevelAccounts) {
     const DictionaryRef merged = mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties(
         account->propertiesToSave(), account->originalProperties(),
-        onDisk.propertiesOfNext(account->identifier()));
+        onDisk.propertiesOf(account->identifier()));
     logMessage(kSaving, [&] {
       return "Calculated Properties - Type: " + std::string(shown(account->type())) +
              ", Properties: " + shown(merged) +

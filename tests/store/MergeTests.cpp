@@ -88,9 +88,12 @@ TEST_F(ASave, ReplacesValuesWhole) {
   EXPECT_EQ(stored("a")["list"], Value(Array::make({1, 3})));
 }
 
-TEST_F(ASave, KeepsRecordsOfOneIdentifierApart) {
-  writeAccounts({record("a", {{"DisplayName", "first"}}), record("b"),
-                 record("a", {{"DisplayName", "second"}})});
+// Those of one identifier are not merged with what is another's, even where the first of a pair
+// made room for another account.
+TEST_F(ASave, WritesRecordsOfOneIdentifierAsTheyAreHere) {
+  const auto named = [](const String& identifier, const char* name) {
+    return record(identifier, {{"DisplayName", name}});
+  };
   const auto names = [this] {
     std::string text;
     const ArrayRef accounts = readAccounts();
@@ -99,15 +102,18 @@ TEST_F(ASave, KeepsRecordsOfOneIdentifierApart) {
     }
     return text;
   };
+  writeAccounts({named("a", "first"), named("b", "other"), named("a", "second")});
   const auto store = AccountsManager::init();
-  const auto elsewhere = AccountsManager::init();
-  elsewhere->accountWithIdentifier("a")->setDisplayName("second, elsewhere");
-  ASSERT_TRUE(elsewhere->saveAllAccounts());
+  writeAccounts({named("a", "new"), named("b", "other, elsewhere"), named("a", "second")});
+  store->accountWithIdentifier("a")->setAccountPropertyForKey(1, "k");
   ASSERT_TRUE(store->saveAllAccounts());
-  EXPECT_EQ(names(), "first  second, elsewhere ");
-  store->deleteAccountWithIdentifier("a");
+  EXPECT_EQ(names(), "first other, elsewhere second ");
+  EXPECT_EQ(AccountsManager::init()->accountWithIdentifier("a")->accountPropertyForKey("k"),
+            Value(1));
+  // Twins on the disk alone
+  writeAccounts({named("a", "third"), named("b", "other"), named("b", "another")});
   ASSERT_TRUE(store->saveAllAccounts());
-  EXPECT_EQ(names(), "first  ");
+  EXPECT_EQ(names(), "first other second ");
 }
 
 TEST_F(ASave, TakesNoParentForTheRecordOfAChild) {
