@@ -2,6 +2,7 @@
 
 #include "tallbook/Vocabulary.h"
 
+#include "store/AccountsMerge.h"
 #include "store/ChangeDetection.h"
 #include "tests/store/StoreDevice.h"
 #include "tests/support/Work.h"
@@ -28,6 +29,15 @@ DictionaryRef withEnabled(const char* prefix, std::size_t count) {
   const ArrayRef list = Array::make();
   for (std::size_t i = 0; i < count; ++i) list->append(numbered(prefix, i));
   return record("a", {{kAccountEnabledDataclasses, list}});
+}
+
+/// Accounts of one identifier: alike at first sight, and each three times.
+std::vector<DictionaryRef> twins(std::size_t count, const char* prefix) {
+  std::vector<DictionaryRef> list;
+  for (std::size_t i = 0; i < count; ++i) {
+    list.push_back(record("p", {{"deep", Array::make({Array::make({numbered(prefix, i / 3)})})}}));
+  }
+  return list;
 }
 
 /// Records of one identifier, the last of which has as many children.
@@ -88,12 +98,44 @@ TEST_F(ALargeStore, DoesWorkInProportionToItsSize) {
          return workOf(
              [&] { store->replaceAccountsWithTypesWithAccounts({kMailAccountType}, {account}); });
        }},
+      {"merging accounts with one identifier",
+       [](std::size_t count) {
+         const std::vector<DictionaryRef> base = twins(count, "k");
+         std::vector<HeldRecord> here;
+         for (const DictionaryRef& account : twins(count, "h")) here.push_back({account, base[0]});
+         return workOf([&] { EXPECT_EQ(mergedAccounts(base, here, base).records.size(), count); });
+       }},
+      {"merging dataclasses and children",
+       [](std::size_t count) {
+         const auto with = [&](const char* dataclasses, const String& child) {
+           const DictionaryRef account = withEnabled(dataclasses, count);
+           account->set(kAccountChildAccounts, children(count, child));
+           return account;
+         };
+         const DictionaryRef base = with("b", nullptr);
+         const DictionaryRef here = with("h", "c");
+         const DictionaryRef file = with("f", "d");
+         return workOf([&] { (void)mergedAccounts({base}, {{here, base}}, {file}); });
+       }},
   };
   for (const auto& [what, work] : rows) {
     const std::size_t some = work(500);
     EXPECT_GT(some, 0u) << what;
     EXPECT_LT(work(1000), 3 * some) << what;
   }
+}
+
+TEST_F(ALargeStore, MergesWhatNobodyTouchedWithoutALookInside) {
+  std::vector<DictionaryRef> base;
+  std::vector<HeldRecord> here;
+  const auto work = [&](std::size_t keys) {
+    const DictionaryRef account = record("a");
+    for (std::size_t i = 0; i < keys; ++i) account->set(numbered("k", i), numbered("v", i));
+    base = {account, record("b")};
+    here = {{account->mutableCopy(), account}, {record("b", {{"k", 1}}), base[1]}};
+    return test::workOf([&] { EXPECT_EQ(mergedAccounts(base, here, base).records.size(), 2u); });
+  };
+  EXPECT_EQ(work(1000), work(1));
 }
 
 // Each record takes over the identifier, and the child of the one before it goes.

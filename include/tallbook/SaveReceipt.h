@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tallbook/SaveFailure.h"
+#include "tallbook/String.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// Two changes of one thing, of which the one made in the saving store was written.
+struct SaveClash {
+  enum class Kind {
+    Key,     ///< a value of an account, changed to different ones
+    Account  ///< deleted on one side, changed on the other
+  };
+
+  Kind kind = Kind::Key;
+  String account;   ///< identifier of the top-level account
+  String child;     ///< of its child where it is a child's; else null
+  String key;       ///< null for a whole account
+  Value here;       ///< what was written; null where that is the absence of the key or account
+  Value elsewhere;  ///< what it was changed to by others; null where they removed it
+};
+
+/// What an account in the file owes to others: it was not so when this store last read or wrote it.
+struct TakenOver {
+  enum class Kind { Added, Changed, Removed };
+
+  Kind kind = Kind::Changed;
+  String account;  ///< identifier of the top-level account
+  std::vector<String>
+      keys;  ///< of a changed one: the keys that were taken over, "ChildAccounts" among them
+};
+
+/// What a save did.
+struct SaveReceipt {
+  bool isSaved = false;  ///< whether the file was replaced, or was as it should be already
+  SaveFailure failure;   ///< why not
+  std::vector<SaveClash> clashes;
+  std::vector<TakenOver> takenOver;
+  unsigned attempts =
+      0;  ///< how often the file was read; more than once where others saved meanwhile
+  std::string
+      generationFailure;  ///< why the file before could not be kept as a generation; else empty
+};
+
+}  // namespace tallbook
