@@ -153,6 +153,7 @@ TEST(AMergeOfAccounts, KeepsAccountsApartThatShareAnIdentifierOrHaveNone) {
       {"a1 a2", "a1>9 a2", "a3 a2", "a3 a9 a2", "a a9|-", "+a"},
       // Twins on one side only
       {"a1", "a1>9", "a1 a2", "a9 a2", "", "+a"},
+      {"a1", "a1", "a1 a1", "a1 a1", "", "+a"},
       {"a1", "a1>9 +a2", "a1", "a9 a2", "", ""},
       {"a1 a2", "a1>9", "a2", "a9", "a a9|-", ""},
       {"b1 a1 a2", "b1>9 a1 a2", "b1 a1 a2 c", "b9 a1 a2 c", "", "+c"},

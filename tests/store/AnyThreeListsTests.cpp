@@ -133,7 +133,7 @@ class Definition {
       } else if (key == kAccountChildAccounts && !parent && isChildren(b) && isChildren(h) &&
                  isChildren(f)) {
         checkLists(recordsOf(b), recordsOf(h), recordsOf(f), recordsOf(w), identifierOf(ours));
-        if (!w) RC_ASSERT(!h || !f);
+        RC_ASSERT(bool(w) == (!recordsOf(w).empty() || (h && f)));
       } else {
         RC_ASSERT(w == h);
         clashes.insert(name + "." + key + " " + shown(h) + " " + shown(f));
