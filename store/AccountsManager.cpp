@@ -65,6 +65,7 @@ std::shared_ptr<AccountsManager> AccountsManager::storeOf(const AccountsFile& fi
   auto store = _initWithAccountsInfo(file.records());
   store->_dataVersion = file.state().version;
   store->_fileState = file.state();
+  store->rememberSavedRecords();
   return store;
 }
 

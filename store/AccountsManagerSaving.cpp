@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "tallbook/AccountsManager.h"
@@ -6,6 +7,7 @@
 #include "model/LibraryLogging.h"
 #include "store/AccountMerge.h"
 #include "store/AccountsFile.h"
+#include "store/AccountsMerge.h"
 #include "store/IdentifierTable.h"
 #include "store/Notifications.h"
 #include "store/TBRuntimeFixProtocol.h"
@@ -14,6 +16,7 @@ namespace tallbook {
 namespace {
 
 constexpr std::string_view kSaving = "-[AccountsManager saveAllAccounts]";
+constexpr std::string_view kSavingChanges = "-[AccountsManager saveChanges]";
 
 using AccountTable = IdentifierTable<std::shared_ptr<BasicAccount>>;
 
@@ -48,28 +51,62 @@ class Counterparts {
   IdentifierTable<bool> _shared;
 };
 
+std::vector<DictionaryRef> dictionariesIn(const ArrayRef& records) {
+  std::vector<DictionaryRef> dictionaries;
+  dictionaries.reserve(records.size());
+  for (const Value& record : records) {
+    if (DictionaryRef dictionary = record.dictionary()) dictionaries.push_back(dictionary);
+  }
+  return dictionaries;
+}
+
+/// What is no record stays in the file all the same.
+void appendOthers(std::vector<Value>& merged, const ArrayRef& records) {
+  for (const Value& record : records) {
+    if (!record.dictionary()) merged.push_back(record);
+  }
+}
+
+/// Whether the file has these records already, so that there is nothing to write.
+bool isAsWanted(const AccountsFile& file, const std::vector<Value>& records) {
+  const ArrayRef present = file.records();
+  return file.state().kind == AccountsFileState::Kind::Whole && present &&
+         file.state().version == AccountsManager::currentVersion() &&
+         std::ranges::equal(records, present);
+}
+
 }  // namespace
 
 bool AccountsManager::saveAllAccounts() {
   logMessage(kSaving, [] { return std::string("Saving all accounts"); });
   const bool repaired = fixAccountsBeforeSaving();
-  const bool replaced = replaceFile();
-  if (replaced) {
-    for (const auto& account : *_orderedTopLevelAccounts) {
-      account->setOriginalProperties(account->propertiesToSave());
-    }
-  }
-  if (repaired) {
-    for (const auto& fixer : _runtimeFixers) fixer->accountsHaveBeenSaved(true);
-  }
-  if (replaced && !Notifications::areSkipped()) {
-    _sendNotificationsForChangedAccounts();
-    _setOriginalAccountDictionaries();
-  }
+  const bool replaced =
+      replaceFile([this](const AccountsFile& file) { return mergedRecords(file); });
+  finishSave(repaired, replaced);
   return replaced;
 }
 
-bool AccountsManager::replaceFile() {
+SaveReceipt AccountsManager::saveChanges() {
+  logMessage(kSavingChanges, [] { return std::string("Saving changes"); });
+  const bool repaired = fixAccountsBeforeSaving();
+  SaveReceipt receipt;
+  receipt.isSaved = replaceFile([&](const AccountsFile& file) -> std::optional<std::vector<Value>> {
+    ++receipt.attempts;
+    const ArrayRef records = file.records();
+    MergedAccounts merged = mergedAccounts(_savedRecords, heldRecords(), dictionariesIn(records));
+    receipt.clashes = std::move(merged.clashes);
+    receipt.takenOver = std::move(merged.takenOver);
+    appendOthers(merged.records, records);
+    if (isAsWanted(file, merged.records)) return std::nullopt;
+    return std::move(merged.records);
+  });
+  receipt.failure = _saveFailure;
+  finishSave(repaired, receipt.isSaved);
+  return receipt;
+}
+
+bool AccountsManager::replaceFile(const MakeRecords& makeRecords) {
+  _saveFailure = {};
   if (_fileState.kind == AccountsFileState::Kind::Unreadable) {
     _saveFailure = {"replace the accounts file, which could not be read when this store was made",
                     _fileState.reason, _fileState.error};
@@ -81,9 +118,45 @@ bool AccountsManager::replaceFile() {
   Replacement replacement;
   do {
     const AccountsFile file = AccountsFile::read();
-    replacement = file.replace(mergedRecords(file), _saveFailure);
+    std::optional<std::vector<Value>> records = makeRecords(file);
+    if (!records) return true;
+    replacement = file.replace(*std::move(records), _saveFailure);
   } while (replacement == Replacement::NotTheFileRead);
   return replacement == Replacement::Done;
+}
+
+void AccountsManager::finishSave(bool repaired, bool replaced) {
+  if (replaced) {
+    for (const auto& account : *_orderedTopLevelAccounts) {
+      account->setOriginalProperties(account->propertiesToSave());
+    }
+    rememberSavedRecords();
+  }
+  if (repaired) {
+    for (const auto& fixer : _runtimeFixers) fixer->accountsHaveBeenSaved(true);
+  }
+  if (replaced && !Notifications::areSkipped()) {
+    _sendNotificationsForChangedAccounts();
+    _setOriginalAccountDictionaries();
+  }
+}
+
+void AccountsManager::rememberSavedRecords() {
+  _savedRecords.clear();
+  _savedRecords.reserve(_orderedTopLevelAccounts->size());
+  for (const auto& account : *_orderedTopLevelAccounts) {
+    // Null where a client has cleared it: then nothing is known of what was saved.
+    if (account->originalProperties()) _savedRecords.push_back(account->originalProperties());
+  }
+}
+
+std::vector<HeldRecord> AccountsManager::heldRecords() const {
+  std::vector<HeldRecord> held;
+  held.reserve(_orderedTopLevelAccounts->size());
+  for (const auto& account : *_orderedTopLevelAccounts) {
+    held.push_back({account->propertiesToSave(), account->originalProperties()});
+  }
+  return held;
 }
 
 bool AccountsManager::fixAccountsBeforeSaving() {

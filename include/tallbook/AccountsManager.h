@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -11,7 +12,7 @@
 #include "tallbook/AccountsFileState.h"
 #include "tallbook/BasicAccount.h"
 #include "tallbook/Export.h"
-#include "tallbook/SaveFailure.h"
+#include "tallbook/SaveReceipt.h"
 #include "tallbook/String.h"
 #include "tallbook/Value.h"
 
@@ -21,6 +22,7 @@ class AccountsFile;
 class AccountPositions;
 template <class T>
 class IdentifierTable;
+struct HeldRecord;
 class LockHold;
 enum class FixerVerdict : std::int32_t;
 class TBRuntimeFixProtocol;
@@ -153,6 +155,13 @@ class TALLBOOK_EXPORT AccountsManager {
   /// Every save writes the whole dictionary of every account, names and hosts included, to the
   /// library log, which is the system's journal unless `HostOptions::log` says otherwise.
   [[nodiscard]] bool saveAllAccounts();
+  /// Writes what this store changed since it last read or wrote the file, and keeps what others
+  /// changed, whole accounts included: theirs stay, and those that they deleted stay deleted. Of
+  /// what both changed, this store's is written and the receipt names the clash. Lists of
+  /// dataclasses and children are merged member by member. Nothing is written where the file is as
+  /// it should be already. Notifies and throws as `saveAllAccounts`; the store itself goes on with
+  /// what it had.
+  [[nodiscard]] SaveReceipt saveChanges();
   /// Why the last save failed; false-like where it did not.
   const SaveFailure& saveFailure() const noexcept { return _saveFailure; }
   /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,
@@ -227,7 +236,12 @@ class TALLBOOK_EXPORT AccountsManager {
   FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
   bool fixAccountsBeforeSaving();
   static std::shared_ptr<AccountsManager> storeOf(const AccountsFile& file);
-  bool replaceFile();
+  /// What the file is to hold, given what it holds; nullopt to leave it as it is.
+  using MakeRecords = std::function<std::optional<std::vector<Value>>(const AccountsFile& file)>;
+  bool replaceFile(const MakeRecords& makeRecords);
+  void finishSave(bool repaired, bool replaced);
+  void rememberSavedRecords();
+  std::vector<HeldRecord> heldRecords() const;
   std::vector<Value> mergedRecords(const AccountsFile& file) const;
 
   std::unique_ptr<AccountTable> _topLevelAccountsByID;
@@ -243,6 +257,9 @@ class TALLBOOK_EXPORT AccountsManager {
   std::unique_ptr<IdentifierTable<DictionaryRef>> _originalAccountsByID;
   std::uint64_t _dataVersion = 0;
   AccountsFileState _fileState;
+  /// The records as they were last read from or written to the file, those deleted here since then
+  /// included; frozen.
+  std::vector<DictionaryRef> _savedRecords;
   SaveFailure _saveFailure;
   std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _runtimeFixers;
 };

@@ -30,8 +30,8 @@ struct TakenOver {
 
   Kind kind = Kind::Changed;
   String account;  ///< identifier of the top-level account
-  std::vector<String>
-      keys;  ///< of a changed one: the keys that were taken over, "ChildAccounts" among them
+  /// Of a changed one: the keys that were taken over, "ChildAccounts" among them.
+  std::vector<String> keys;
 };
 
 /// What a save did.
@@ -40,10 +40,10 @@ struct SaveReceipt {
   SaveFailure failure;   ///< why not
   std::vector<SaveClash> clashes;
   std::vector<TakenOver> takenOver;
-  unsigned attempts =
-      0;  ///< how often the file was read; more than once where others saved meanwhile
-  std::string
-      generationFailure;  ///< why the file before could not be kept as a generation; else empty
+  /// How often the file was read: more than once where others saved meanwhile.
+  unsigned attempts = 0;
+  /// Why the file before could not be kept as a generation; else empty.
+  std::string generationFailure;
 };
 
 }  // namespace tallbook
