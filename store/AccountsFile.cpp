@@ -86,32 +86,11 @@ AccountsFile AccountsFile::read() {
     file._version = content.version;
     file._held = std::move(content.held);
     error = content.error;
-    if (!error) file.interpret(content.bytes);
+    if (!error) file._contents = accountsFileFromBytes(content.bytes);
   }
-  if (error && !isAbsence(error)) file._state = {Kind::Unreadable, 0, error.message(), error};
+  if (error && !isAbsence(error))
+    file._contents.state = {Kind::Unreadable, 0, error.message(), error};
   return file;
-}
-
-void AccountsFile::interpret(const std::string& bytes) {
-  _state.kind = Kind::Malformed;
-  const std::optional<Value> root = propertyListFromBytes(bytes, &_state.reason);
-  if (!root) return;
-  _content = root->dictionary();
-  if (!_content) {
-    _state.reason = "its top level is no dictionary";
-    return;
-  }
-  _state.version = (*_content)[kPlistVersionKey].unsignedValue();
-  const Value& records = (*_content)[kPlistAccountsKey];
-  if (!records.isNull() && !records.array()) {
-    _state.reason = "its \"Accounts\" is no array";
-    return;
-  }
-  _state.kind = Kind::Whole;
-}
-
-ArrayRef AccountsFile::records() const {
-  return _content ? (*_content)[kPlistAccountsKey].array() : nullptr;
 }
 
 Replacement AccountsFile::replace(std::vector<Value> records, SaveFailure& failure) const {
@@ -124,8 +103,8 @@ Replacement AccountsFile::replace(std::vector<Value> records, SaveFailure& failu
 }
 
 Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& failure) const {
-  if (_state.kind == Kind::Unreadable) {
-    failure = {"read the accounts file, which is left as it is", _state.reason, _state.error};
+  if (state().kind == Kind::Unreadable) {
+    failure = {"read the accounts file, which is left as it is", state().reason, state().error};
     return Replacement::Failed;
   }
   const std::optional<std::string> bytes = serialised(std::move(records), failure);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tallbook/AccountsFileState.h"
+#include "tallbook/AccountsFileContents.h"
 #include "tallbook/SaveFailure.h"
 #include "tallbook/Value.h"
 
@@ -20,11 +20,10 @@ class AccountsFile {
   /// Looks at the file once, through one descriptor.
   static AccountsFile read();
 
-  const AccountsFileState& state() const noexcept { return _state; }
-  /// The top-level dictionary; null where there is none.
-  const DictionaryRef& content() const noexcept { return _content; }
-  /// What stands under "Accounts"; null where that is no array.
-  ArrayRef records() const;
+  const AccountsFileContents& contents() const noexcept { return _contents; }
+  const AccountsFileState& state() const noexcept { return _contents.state; }
+  const DictionaryRef& content() const noexcept { return _contents.topLevel; }
+  ArrayRef records() const { return _contents.records(); }
 
   /// Writes a new file with these record dictionaries and puts it in place of the one that was
   /// read. `Failed`, with the reason and log lines, leaves the old file untouched and no other
@@ -32,11 +31,9 @@ class AccountsFile {
   Replacement replace(std::vector<Value> records, SaveFailure& failure) const;
 
  private:
-  void interpret(const std::string& bytes);
   Replacement tryToReplace(std::vector<Value> records, SaveFailure& failure) const;
 
-  AccountsFileState _state;
-  DictionaryRef _content;
+  AccountsFileContents _contents;
   std::shared_ptr<Folder> _folder;  ///< null where it could not be opened, for `_folderError`
   std::error_code _folderError;
   FileVersion _version;

@@ -58,19 +58,24 @@ std::shared_ptr<AccountsManager> AccountsManager::init() {
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::initInsideOfMigration() {
-  return storeOf(AccountsFile::read());
+  return initWithAccountsFile(readAccountsFile());
 }
 
-std::shared_ptr<AccountsManager> AccountsManager::storeOf(const AccountsFile& file) {
+std::shared_ptr<AccountsManager> AccountsManager::initWithAccountsFile(
+    const AccountsFileContents& file) {
   auto store = _initWithAccountsInfo(file.records());
-  store->_dataVersion = file.state().version;
-  store->_fileState = file.state();
+  store->_dataVersion = file.state.version;
+  store->_fileState = file.state;
   store->rememberSavedRecords();
   return store;
 }
 
+AccountsFileContents AccountsManager::readAccountsFile() {
+  return AccountsFile::read().contents();
+}
+
 AccountsFileState AccountsManager::stateOfAccountsFile() {
-  return AccountsFile::read().state();
+  return readAccountsFile().state;
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::initWithAccounsInfoArray(const ArrayRef& infos) {

@@ -176,7 +176,7 @@ bool AccountsManager::fixAccountsBeforeSaving() {
 }
 
 std::vector<Value> AccountsManager::mergedRecords(const AccountsFile& file) const {
-  const auto onDiskStore = storeOf(file);
+  const auto onDiskStore = initWithAccountsFile(file.contents());
   Counterparts onDisk(*onDiskStore->_topLevelAccountsByID);
   onDisk.noteShared(*onDiskStore->_topLevelAccountsByID, *onDiskStore->_orderedTopLevelAccounts);
   onDisk.noteShared(*_topLevelAccountsByID, *_orderedTopLevelAccounts);

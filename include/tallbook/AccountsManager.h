@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tallbook/AccountsFileState.h"
+#include "tallbook/AccountsFileContents.h"
 #include "tallbook/BasicAccount.h"
 #include "tallbook/Export.h"
 #include "tallbook/SaveReceipt.h"
@@ -44,6 +44,10 @@ class TALLBOOK_EXPORT AccountsManager {
   /// unreadable, which `fileState` tells apart.
   [[nodiscard]] static std::shared_ptr<AccountsManager> init();
   [[nodiscard]] static std::shared_ptr<AccountsManager> initInsideOfMigration();
+  /// The same store of what `readAccountsFile` gave, for a client that looks at the file itself too
+  /// and must not see another one.
+  [[nodiscard]] static std::shared_ptr<AccountsManager> initWithAccountsFile(
+      const AccountsFileContents& file);
   /// A store of the given record dictionaries; null counts as none.
   [[nodiscard]] static std::shared_ptr<AccountsManager> initWithAccounsInfoArray(
       const ArrayRef& infos);
@@ -59,7 +63,9 @@ class TALLBOOK_EXPORT AccountsManager {
   /// The format version that this library writes: 12.
   static std::uint64_t currentVersion() noexcept;
   static std::string fullPathToTallbookPlist();
-  /// What lies there now.
+  /// What lies there now, read once. For one that cannot be read the state says why.
+  [[nodiscard]] static AccountsFileContents readAccountsFile();
+  /// The same without its content.
   [[nodiscard]] static AccountsFileState stateOfAccountsFile();
   /// What lay there when the store was made; `Missing` for a store that was not made of the file.
   const AccountsFileState& fileState() const noexcept { return _fileState; }
@@ -235,7 +241,6 @@ class TALLBOOK_EXPORT AccountsManager {
   void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
   FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
   bool fixAccountsBeforeSaving();
-  static std::shared_ptr<AccountsManager> storeOf(const AccountsFile& file);
   /// What the file is to hold, given what it holds; nullopt to leave it as it is.
   using MakeRecords = std::function<std::optional<std::vector<Value>>(const AccountsFile& file)>;
   bool replaceFile(const MakeRecords& makeRecords);
