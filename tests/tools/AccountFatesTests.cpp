@@ -18,7 +18,7 @@ const char* const kProgram = "test";
 namespace tallbook::migrate {
 namespace {
 
-using State = tool::DictionaryFile::State;
+using State = LegacyFile::State;
 
 ArrayRef dataclasses(std::initializer_list<String> names) {
   return Array::make({names.begin(), names.end()});
@@ -41,8 +41,8 @@ DictionaryRef record(const char* type, const char* className,
 
 DeviceState device(int version, std::vector<Value> records) {
   DeviceState state;
-  state.accounts.state = State::Read;
-  state.accounts.content =
+  state.accounts.state.kind = AccountsFileState::Kind::Whole;
+  state.accounts.topLevel =
       Dictionary::make({{kPlistVersionKey, version}, {kPlistAccountsKey, Array::make(records)}});
   return state;
 }

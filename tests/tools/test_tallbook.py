@@ -15,7 +15,8 @@ import tempfile
 import unittest
 
 TOOL = ""
-DONE, NOT_FOUND, USAGE, UNREADABLE, NOT_SAVED = range(5)
+DONE, NOT_FOUND, USAGE, UNREADABLE, NOT_SAVED, NOT_PRINTED = range(6)
+OTHER_USER = 65534
 
 
 def dataclass(name):
@@ -49,16 +50,20 @@ class ToolTest(unittest.TestCase):
         self.run_tool("init", self.root, root=None)
         self.path = os.path.join(self.root, "var/mobile/Library/Preferences/com.orvane.tallbook.plist")
 
-    def run_tool(self, *arguments, root="", expect=DONE, limit=None):
+    def run_tool(self, *arguments, root="", expect=DONE, limit=None, user=None, output=subprocess.PIPE):
         """Runs the tool and answers its output; the message goes to self.message. A limit is a
         resource of the process and how much of it there is."""
         of_device = [] if root is None else ["--root", root or self.root]
-        done = subprocess.run([TOOL, *of_device, *arguments], capture_output=True, timeout=60,
-                              env=os.environ | {"LC_ALL": "C.UTF-8"},
+        done = subprocess.run([TOOL, *of_device, *arguments], stdout=output, stderr=subprocess.PIPE,
+                              timeout=60, env=os.environ | {"LC_ALL": "C.UTF-8"}, user=user,
                               preexec_fn=limit and (lambda: resource.setrlimit(limit[0], (limit[1],) * 2)))
         self.message = done.stderr.decode()
         self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
-        return done.stdout.decode()
+        return (done.stdout or b"").decode()
+
+    def start(self, *arguments):
+        return subprocess.Popen([TOOL, "--root", self.root, *arguments], stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True)
 
     def json(self, *arguments, **more):
         return json.loads(self.run_tool("--json", *arguments, **more))
@@ -108,6 +113,7 @@ class Outcomes(ToolTest):
         self.write(family())
         os.remove(os.path.join(self.root, "etc/passwd"))
         self.run_tool("set", "m1", "Port", "143", expect=NOT_SAVED)
+        self.assertIn("is not saved: cannot ", self.message)
         self.assertEqual(self.read(), family())
         self.run_tool("--verbose", "set", "m1", "Port", "143", expect=NOT_SAVED)
         self.assertIn("Failed to save accounts to filesystem.", self.message)
@@ -115,7 +121,7 @@ class Outcomes(ToolTest):
     def test_what_is_short_is_told_and_nothing_stays_behind(self):
         self.write([mail(f"m{number}", Filler=str(number) * 5000) for number in range(1500)])
         before = self.read()
-        for limit, message in [((resource.RLIMIT_FSIZE, 1 << 20), "could not be replaced"),
+        for limit, message in [((resource.RLIMIT_FSIZE, 1 << 20), "File too large"),
                                ((resource.RLIMIT_AS, 100 << 20), "not enough memory")]:
             with self.subTest(message=message):
                 if limit[0] == resource.RLIMIT_AS and is_sanitized(TOOL):
@@ -124,6 +130,17 @@ class Outcomes(ToolTest):
                 self.assertIn(message, self.message)
                 self.assertEqual(self.read(), before)
                 self.assertEqual(os.listdir(os.path.dirname(self.path)), [os.path.basename(self.path)])
+
+    def test_a_result_that_cannot_be_printed_does_not_hide_whether_it_was_saved(self):
+        self.write(family())
+        with open("/dev/full", "wb") as full:
+            for code, *arguments in [(NOT_SAVED, "list"), (NOT_SAVED, "types"),
+                                     (NOT_PRINTED, "add", "Mail", "IMAPAccount"),
+                                     (NOT_PRINTED, "init", self.root + "-2")]:
+                with self.subTest(arguments=arguments):
+                    self.run_tool(*arguments, expect=code, output=full)
+                    self.assertIn("could not be printed", self.message)
+        self.assertEqual(len(self.read()), 3)
 
     def test_a_wait_for_a_lock_that_cannot_be_made_fails(self):
         os.rmdir(os.path.join(self.root, "tmp"))
@@ -166,6 +183,35 @@ class UnreadableFiles(ToolTest):
                     self.assertIn(self.path, self.message)
             with open(self.path, "rb") as file:
                 self.assertEqual(file.read(), content)
+
+    def test_what_may_not_be_read_is_never_replaced(self):
+        secret = self.path + ".kept"
+        self.write(family(), secret)
+
+        def refused(reason, user=None):
+            for command in [("list",), ("check",), ("dump",), ("--replace-unreadable", "remove", "m1"),
+                            ("--replace-unreadable", "add", "Mail", "IMAPAccount")]:
+                with self.subTest(command=command, reason=reason):
+                    self.run_tool(*command, expect=UNREADABLE, user=user)
+                    self.assertIn(f"{self.path} cannot be read: {reason}", self.message)
+
+        os.mkdir(self.path)
+        refused("Is a directory; move away")
+        os.rmdir(self.path)
+        os.rename(secret, self.path)
+        user = None
+        if os.getuid() == 0:
+            # The folders may be looked into, and written to.
+            user = OTHER_USER
+            subprocess.run(["chmod", "-R", "a+rwX", os.path.dirname(self.root)], check=True)
+            if subprocess.run([TOOL, "--help"], capture_output=True, user=user).returncode != DONE:
+                self.skipTest("another user may not run the tool")
+        os.chmod(self.path, 0o600 if user else 0)
+        refused("Permission denied; run as mobile", user)
+        self.run_tool("diff", self.path, self.path, expect=UNREADABLE, user=user)
+        self.assertIn("Permission denied", self.message)
+        os.chmod(self.path, 0o600)
+        self.assertEqual(self.read(), family())
 
     def test_they_are_replaced_on_demand_after_a_copy_of_each(self):
         for number, content in enumerate([b"first", b"second"], start=1):
@@ -239,6 +285,43 @@ class Changes(ToolTest):
             with self.subTest(identifier=identifier, name=name):
                 answer = self.json("explain", identifier, name)
                 self.assertEqual((answer["on"], answer["reason"]), (on, reason))
+
+
+    def test_an_upgrade_is_given_up_only_on_demand(self):
+        for version, code in [(7, USAGE), (11, USAGE), (12, DONE), (13, DONE), (-1, DONE), ("7", DONE)]:
+            with self.subTest(version=version):
+                self.write(family(), Version=version)
+                for command in [("set", "m1", "Port", "143"), ("add", "Mail", "IMAPAccount"),
+                                ("remove", "c2"), ("disable", "m1", "Mail"), ("unset", "m1", "Port")]:
+                    self.run_tool(*command, expect=code)
+                    if code == USAGE:
+                        self.assertIn("run tallbook-migrate first", self.message)
+                        self.assertEqual(self.read(), family())
+                        self.run_tool(*command, "--give-up-upgrade")
+                        self.write(family(), Version=version)
+                self.run_tool("list")
+
+
+class Neighbours(ToolTest):
+    def test_a_reader_never_takes_a_file_that_is_replaced_for_a_damaged_one(self):
+        self.write(family())
+        for number in range(30):
+            # Files of quite different sizes.
+            writer = self.start("set", "m1", "Filler", "x" * (100_000 if number % 2 else 1))
+            while writer.poll() is None:
+                self.run_tool("list")
+            self.assertEqual(writer.communicate()[1], "")
+
+    def test_accounts_that_are_added_together_are_all_there(self):
+        self.write(family())
+        added = []
+        for _ in range(10):
+            pair = [self.start("add", "Mail", "IMAPAccount") for _ in range(2)]
+            for adding in pair:
+                identifier, message = adding.communicate(timeout=60)
+                self.assertEqual((adding.returncode, message), (DONE, ""))
+                added.append(identifier.strip())
+        self.assertCountEqual([record["Identifier"] for record in self.read()], ["m1", "p1"] + added)
 
 
 class Comparing(ToolTest):

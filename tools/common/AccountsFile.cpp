@@ -1,15 +1,14 @@
 #include "tools/common/AccountsFile.h"
 
-#include <filesystem>
-
 #include "tallbook/AccountsManager.h"
-#include "tallbook/Vocabulary.h"
 
-#include "tools/common/KindName.h"
+#include "tools/common/FileBytes.h"
 #include "tools/common/Output.h"
 
 namespace tallbook::tool {
 namespace {
+
+using Kind = AccountsFileState::Kind;
 
 constexpr std::size_t kMostPrinted = std::size_t{128} << 20;
 
@@ -41,34 +40,32 @@ class PrintedSize {
 
 }  // namespace
 
-ArrayRef AccountsFile::records() const {
-  return content ? (*content)[kPlistAccountsKey].array() : nullptr;
+AccountsFile readAccountsFile() {
+  return {AccountsManager::readAccountsFile(), AccountsManager::fullPathToTallbookPlist()};
 }
 
 AccountsFile readAccountsFile(const std::string& path) {
-  AccountsFile file{readDictionaryFile(path)};
-  if (!file.content) return file;
-  const Value& records = (*file.content)[kPlistAccountsKey];
-  if (records.kind() == Value::Kind::Array || records.isNull()) return file;
-  file.problem =
-      "\"Accounts\" is of the kind " + std::string(nameOfKind(records.kind())) + ", not array";
-  file.content = nullptr;
-  file.state = AccountsFile::State::Unreadable;
+  std::error_code error;
+  const std::string bytes = bytesOfFile(path, error);
+  if (!error) return {accountsFileFromBytes(bytes), path};
+  AccountsFile file{{}, path};
+  if (error != std::errc::no_such_file_or_directory) {
+    file.state = {Kind::Unreadable, 0, error.message(), error};
+  }
   return file;
 }
 
-AccountsFile readAccountsFile() {
-  return readAccountsFile(AccountsManager::fullPathToTallbookPlist());
-}
-
-Failure unreadable(const AccountsFile& file, const std::string& advice) {
+Failure unusable(const AccountsFile& file, const std::string& advice) {
+  const bool isRead = file.state.kind == Kind::Malformed;
   return Failure(ExitCode::Unreadable,
-                 file.path + " is no accounts file: " + file.problem + "; " + advice);
+                 file.path + (isRead ? " is no accounts file: " : " cannot be read: ") +
+                     file.state.reason + "; " +
+                     (isRead ? advice : adviceOnUnreadable(file.state.error)));
 }
 
 void requirePrintable(const AccountsFile& file) {
   PrintedSize size;
-  size.add(file.content, 0);
+  size.add(file.topLevel, 0);
   if (!size.isTooLarge()) return;
   throw Failure(ExitCode::Unreadable,
                 file.path + " holds more than the " + std::to_string(kMostPrinted >> 20) +
@@ -76,20 +73,8 @@ void requirePrintable(const AccountsFile& file) {
                     "restore it from a copy, or remove the account that makes it so large");
 }
 
-void keepCopyOf(const AccountsFile& file) {
-  std::error_code failure;
-  for (int number = 1;; ++number) {
-    const std::string copy = file.path + ".unreadable-" + std::to_string(number);
-    if (std::filesystem::copy_file(file.path, copy, failure)) {
-      note("the unreadable file is kept as " + copy);
-      return;
-    }
-    if (failure != std::errc::file_exists) {
-      throw Failure(ExitCode::NotSaved, file.path + " cannot be copied (" + failure.message() +
-                                            "), so it is left as it is; copy it yourself, "
-                                            "remove it, and repeat the command");
-    }
-  }
+void noteMissing(const AccountsFile& file) {
+  if (file.state.kind == Kind::Missing) note("there is no " + file.path + " yet");
 }
 
 }  // namespace tallbook::tool

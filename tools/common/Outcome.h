@@ -10,8 +10,9 @@ enum class ExitCode {
   Done = 0,
   NotFound = 1,    ///< no such record, key or type; for `check`: it found something
   Usage = 2,       ///< the command line asks for something that cannot be
-  Unreadable = 3,  ///< a file is there and is no accounts file, or too large to print
-  NotSaved = 4     ///< nothing was changed, since writing failed or the installation is broken
+  Unreadable = 3,  ///< a file is no accounts file, cannot be read, or is too large to print
+  NotSaved = 4,    ///< nothing was changed: writing, printing or the installation failed
+  NotPrinted = 5   ///< what was to be changed is saved, but the result could not be printed
 };
 
 /// Ends a command; `what()` says what is wrong and what to do about it.

@@ -2,6 +2,7 @@
 
 #include <clocale>
 #include <csignal>
+#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -10,15 +11,27 @@
 #include "tools/common/Output.h"
 
 namespace tallbook::tool {
+namespace {
+
+// A process is one program.
+int codeOfFailure = 0;
+
+}  // namespace
+
+void failFromHereOnWith(int code) {
+  codeOfFailure = code;
+}
 
 int runProgram(const std::function<int()>& answer, int failed) {
+  codeOfFailure = failed;
   std::setlocale(LC_ALL, "");
   // Numbers as files have them.
   std::setlocale(LC_NUMERIC, "C");
   std::signal(SIGXFSZ, SIG_IGN);
   try {
     const int code = answer();
-    if (std::cout.flush()) return code;
+    // Tables are printed through C's stream, which remembers a failure.
+    if (std::cout.flush() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
     note("the result could not be printed");
   } catch (const std::bad_alloc&) {
     // Without note, which may need memory itself.
@@ -26,7 +39,7 @@ int runProgram(const std::function<int()>& answer, int failed) {
   } catch (const std::exception& error) {
     note(std::string("ended early: ") + error.what());
   }
-  return failed;
+  return codeOfFailure;
 }
 
 }  // namespace tallbook::tool

@@ -10,4 +10,8 @@ namespace tallbook::tool {
 /// the write like any other, and not a signal.
 int runProgram(const std::function<int()>& answer, int failed);
 
+/// Changes what `runProgram` gives for a failure from here on: what the program was to do is done,
+/// and can only not be told.
+void failFromHereOnWith(int code);
+
 }  // namespace tallbook::tool

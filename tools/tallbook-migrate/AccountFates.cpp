@@ -14,8 +14,7 @@
 namespace tallbook::migrate {
 namespace {
 
-using tool::DictionaryFile;
-using State = DictionaryFile::State;
+using State = LegacyFile::State;
 
 class Fates {
  public:
@@ -188,7 +187,7 @@ class Fates {
   }
 
   /// Says where accounts may stand that could not be read.
-  void addUnreadable(const DictionaryFile& before, const DictionaryFile& after,
+  void addUnreadable(const LegacyFile& before, const LegacyFile& after,
                      std::initializer_list<Source> sources) {
     std::string why = before.state == State::Unreadable ? before.problem : "";
     for (const Source source : sources) {

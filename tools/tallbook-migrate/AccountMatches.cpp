@@ -12,12 +12,10 @@
 namespace tallbook::migrate {
 namespace {
 
-using tool::DictionaryFile;
-
 std::uint64_t entryVersionOf(const DeviceState& state) {
-  const bool hasLegacy = state.legacyMail.state != DictionaryFile::State::Missing ||
-                         state.legacyExchange.state != DictionaryFile::State::Missing;
-  const DictionaryRef& file = state.accounts.content;
+  const bool hasLegacy = state.legacyMail.state != LegacyFile::State::Missing ||
+                         state.legacyExchange.state != LegacyFile::State::Missing;
+  const DictionaryRef& file = state.accounts.topLevel;
   const Value* version = file ? file->find(kPlistVersionKey) : nullptr;
   // Without legacy files, a file without a version counts as current.
   if (state.isRemovalInterrupted || (!hasLegacy && !version)) return kNoStep;
@@ -77,15 +75,14 @@ AccountMatches::AccountMatches(const DeviceState& before, const DeviceState& aft
   match();
 }
 
-AccountMatches::Claim AccountMatches::claimOf(const DictionaryFile& before,
-                                              const DictionaryFile& after,
+AccountMatches::Claim AccountMatches::claimOf(const LegacyFile& before, const LegacyFile& after,
                                               std::vector<std::string> types,
                                               bool isExchange) const {
   Claim claim;
   // A file that was converted is gone. One that was not claims nothing, or was kept for a reason
   // that does not tell whether it did.
-  claim.isMade = !_isRemovalOnly && before.state != DictionaryFile::State::Missing &&
-                 after.state == DictionaryFile::State::Missing;
+  claim.isMade = !_isRemovalOnly && before.state != LegacyFile::State::Missing &&
+                 after.state == LegacyFile::State::Missing;
   claim.types = std::move(types);
   for (const Entry& entry : _before) {
     if (entry.isLegacy() && (entry.source == Source::LegacyExchange) == isExchange) {

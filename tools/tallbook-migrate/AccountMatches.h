@@ -39,8 +39,8 @@ class AccountMatches {
     std::unordered_set<std::string> identifiers;
   };
 
-  Claim claimOf(const tool::DictionaryFile& before, const tool::DictionaryFile& after,
-                std::vector<std::string> types, bool isExchange) const;
+  Claim claimOf(const LegacyFile& before, const LegacyFile& after, std::vector<std::string> types,
+                bool isExchange) const;
   void match();
   void pair(std::size_t before, std::size_t after);
 

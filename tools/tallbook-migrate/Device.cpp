@@ -23,8 +23,8 @@ DevicePaths pathsOfDevice(const std::string& root) {
 
 DeviceState stateOfDevice(const DevicePaths& paths) {
   std::error_code unknown;
-  return {tool::readAccountsFile(paths.accounts), tool::readDictionaryFile(paths.legacyMail),
-          tool::readDictionaryFile(paths.legacyExchange),
+  return {tool::readAccountsFile(), readLegacyFile(paths.legacyMail),
+          readLegacyFile(paths.legacyExchange),
           fs::exists(fs::symlink_status(paths.removalSentinel, unknown))};
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tools/common/AccountsFile.h"
+#include "tools/tallbook-migrate/LegacyFile.h"
 
 namespace tallbook::migrate {
 
@@ -19,7 +20,7 @@ DevicePaths pathsOfDevice(const std::string& root);
 /// The accounts of a device at one moment, in all three files.
 struct DeviceState {
   tool::AccountsFile accounts;
-  tool::DictionaryFile legacyMail, legacyExchange;
+  LegacyFile legacyMail, legacyExchange;
   bool isRemovalInterrupted = false;
 };
 

@@ -57,7 +57,7 @@ void asExchangeRecord(Dictionary& record) {
   record.set(kAccountEnabledDataclasses, enabled);
 }
 
-void addLegacy(std::vector<Entry>& entries, const tool::DictionaryFile& file, Source source) {
+void addLegacy(std::vector<Entry>& entries, const LegacyFile& file, Source source) {
   const ArrayRef descriptions =
       file.content ? (*file.content)[keyOfAccounts(source)].array() : nullptr;
   if (!descriptions) return;

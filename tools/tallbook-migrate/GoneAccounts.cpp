@@ -7,8 +7,7 @@
 namespace tallbook::migrate {
 namespace {
 
-using tool::DictionaryFile;
-using State = DictionaryFile::State;
+using State = LegacyFile::State;
 
 }  // namespace
 
@@ -29,7 +28,7 @@ GoneAccounts::GoneAccounts(const DeviceState& before, const DeviceState& after,
 }
 
 bool GoneAccounts::isFileThere(const Entry& was) const {
-  const DictionaryFile& file =
+  const LegacyFile& file =
       was.source == Source::LegacyExchange ? _stateAfter.legacyExchange : _stateAfter.legacyMail;
   return file.state != State::Missing;
 }
@@ -48,7 +47,7 @@ GoneAccounts::Reason GoneAccounts::reasonOf(const Entry& was) const {
     return {Outcome::Replaced, "by the new account of the device itself"};
   }
   const bool isMail = type == kMailAccountType.view() || type == kSMTPAccountType.view();
-  const DictionaryFile& claimant = isMail ? _stateBefore.legacyMail : _stateBefore.legacyExchange;
+  const LegacyFile& claimant = isMail ? _stateBefore.legacyMail : _stateBefore.legacyExchange;
   if ((isMail || type == kExchangeAccountType.view()) && claimant.state != State::Missing) {
     return {Outcome::Replaced, "by the accounts of a legacy file that is still there"};
   }

@@ -30,11 +30,12 @@ Migration run(DataMigrator& migrator, const DevicePaths& paths, DeviceState befo
   return migration;
 }
 
-void requireReadable(const AccountsFile& file, bool replaceUnreadable) {
-  if (file.state != AccountsFile::State::Unreadable || replaceUnreadable) return;
-  throw unreadable(file,
-                   "the migration would start without its accounts and write over it; restore it "
-                   "from a copy, or repeat the command with --replace-unreadable");
+void requireUsable(const AccountsFile& file, bool replaceUnreadable) {
+  const bool isMalformed = file.state.kind == AccountsFileState::Kind::Malformed;
+  if (!file.isUnusable() || (isMalformed && replaceUnreadable)) return;
+  throw unusable(file,
+                 "the migration would start without its accounts and put another file in its "
+                 "place; restore it from a copy, or repeat the command with --replace-unreadable");
 }
 
 }  // namespace
@@ -47,8 +48,7 @@ Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, bool re
   // the migration itself will answer NO.
   static_cast<void>(AccountsManager::waitForMigrationToFinish(tool::noteHolderOfMigrationLock));
   DeviceState before = stateOfDevice(paths);
-  requireReadable(before.accounts, replaceUnreadable);
-  if (before.accounts.state == AccountsFile::State::Unreadable) keepCopyOf(before.accounts);
+  requireUsable(before.accounts, replaceUnreadable);
   return run(migrator, paths, std::move(before));
 }
 
@@ -64,8 +64,8 @@ Migration previewMigration(DataMigrator& migrator, const HostOptions& host,
   const DevicePaths paths = pathsOfDevice(ofCopy.root);
   DeviceState before = stateOfDevice(paths);
   before.accounts.path = device.accounts;
-  requireReadable(before.accounts, replaceUnreadable);
-  if (before.accounts.state == AccountsFile::State::Unreadable) {
+  requireUsable(before.accounts, replaceUnreadable);
+  if (before.accounts.isUnusable()) {
     note("the unreadable file would be kept beside " + device.accounts);
   }
   return run(migrator, paths, std::move(before));

@@ -18,7 +18,8 @@ struct Migration {
 };
 
 /// Runs the migration on the device of `host`, once no other host works on it. Throws Failure for
-/// an accounts file that could not be read, unless it may be replaced; then keeps a copy of it.
+/// an accounts file that could not be read, and for one that is none unless it may be replaced: the
+/// save keeps that one beside the new file.
 Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, bool replaceUnreadable);
 
 /// Runs the migration on a private copy of that device. Waits for nobody, and tells nobody.

@@ -54,7 +54,9 @@ void CommandLine::declare(CLI::App& app) {
   app.add_flag("--json", json, "Print JSON");
   app.add_flag("--verbose", verbose, "Print the library's log on standard error");
   app.add_flag("--replace-unreadable", replaceUnreadable,
-               "Keep a copy of an unreadable accounts file, then replace it");
+               "Replace an accounts file that is none; it is kept beside the new one");
+  app.add_flag("--trust-modules", host.trustsModules,
+               "Load the modules of a device tree that belongs to another user");
 }
 
 /// Says what the table cannot: a migration that did not do what it should have done.
@@ -86,8 +88,8 @@ Exit judge(const Migration& migration) {
 Exit report(const Migration& migration, const CommandLine& line) {
   const Exit exit = judge(migration);
   const AccountsFile& after = migration.after.accounts;
-  if (after.state == AccountsFile::State::Unreadable) {
-    note("the accounts file cannot be read after the migration: " + after.problem +
+  if (after.isUnusable()) {
+    note("the accounts file cannot be read after the migration: " + after.state.reason +
          "; what became of the accounts cannot be told");
     return Exit::NotMigrated;
   }

@@ -50,7 +50,11 @@ ExitCode setEnabled(const Options& options, const std::string& identifier,
     record->_forcedSetEnabledForDataclass(enabled, full);
     store.take(record);
     store.save();
-    AccountsManager::accountDidChangeForDataclass(record, full);
+    try {
+      AccountsManager::accountDidChangeForDataclass(record, full);
+    } catch (const InternalConsistencyFailure& failure) {
+      noteUntold(failure);
+    }
   }
   const Explanation now = explanation(*record, full);
   if (now.isOn != enabled) {

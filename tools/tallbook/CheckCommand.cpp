@@ -9,15 +9,15 @@ namespace tallbook::tool {
 
 ExitCode check(const Options& options) {
   const AccountsFile file = readAccountsFile();
-  if (file.state == AccountsFile::State::Unreadable) {
-    throw unreadable(file,
-                     "every program reads it as empty, and the first to save loses its accounts; "
-                     "restore it from a copy");
+  if (file.isUnusable()) {
+    throw unusable(file,
+                   "every program reads it as empty, and the first to save puts another in its "
+                   "place; restore it from a copy");
   }
   requirePrintable(file);
-  if (file.state == AccountsFile::State::Missing) note("there is no " + file.path + " yet");
+  noteMissing(file);
   const std::vector<Finding> findings =
-      file.content ? findingsOf(*file.content) : std::vector<Finding>();
+      file.topLevel ? findingsOf(*file.topLevel) : std::vector<Finding>();
   if (options.json) {
     JSON array = JSON::array();
     for (const Finding& finding : findings) {

@@ -11,6 +11,7 @@ namespace tallbook::tool {
 struct Options {
   bool json = false;               ///< print for a program
   bool replaceUnreadable = false;  ///< a file that is no accounts file may be replaced
+  bool givesUpUpgrade = false;  ///< a file of an older version may be saved, which ends its upgrade
 };
 
 // Each command prints its result on standard output, and throws Failure where there is none.

@@ -135,14 +135,12 @@ class Comparison {
 
 DictionaryRef contentOf(const std::string& path) {
   const AccountsFile file = readAccountsFile(path);
-  if (file.state == AccountsFile::State::Missing) {
+  if (file.state.kind == AccountsFileState::Kind::Missing) {
     throw Failure(ExitCode::NotFound, "there is no file " + path);
   }
-  if (file.state == AccountsFile::State::Unreadable) {
-    throw unreadable(file, "give another file to compare");
-  }
+  if (file.isUnusable()) throw unusable(file, "give another file to compare");
   requirePrintable(file);
-  return file.content;
+  return file.topLevel;
 }
 
 std::string_view nameOfStyle(Style style) {

@@ -9,18 +9,16 @@ namespace tallbook::tool {
 
 ExitCode dump(const Options& options) {
   const AccountsFile file = readAccountsFile();
-  if (file.state == AccountsFile::State::Missing) {
+  if (file.state.kind == AccountsFileState::Kind::Missing) {
     throw Failure(ExitCode::NotFound, "there is no " + file.path + " yet");
   }
-  if (file.state == AccountsFile::State::Unreadable) {
-    throw unreadable(file, "restore it from a copy");
-  }
+  if (file.isUnusable()) throw unusable(file, "restore it from a copy");
   requirePrintable(file);
   if (options.json) {
-    printJSON(jsonFromValue(file.content));
+    printJSON(jsonFromValue(file.topLevel));
     return ExitCode::Done;
   }
-  const XMLText xml = xmlPropertyList(file.content);
+  const XMLText xml = xmlPropertyList(file.topLevel);
   std::cout << xml.text;
   if (xml.hasShortenedDates) {
     note("dates are printed without their fractions of a second; --json keeps them");

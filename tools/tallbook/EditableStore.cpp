@@ -1,32 +1,42 @@
 #include "tools/tallbook/EditableStore.h"
 
-#include "tallbook/InternalConsistencyFailure.h"
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/Output.h"
+#include "tools/common/Program.h"
+#include "tools/tallbook/ClashText.h"
 
 namespace tallbook::tool {
 namespace {
 
-void warnOfOldVersion(const AccountsFile& file) {
-  const Value version = file.content ? (*file.content)[kPlistVersionKey] : Value();
+using Kind = AccountsFileState::Kind;
+
+void requireUsable(const AccountsFile& file, const Options& options) {
+  const bool isMalformed = file.state.kind == Kind::Malformed;
+  if (!file.isUnusable() || (isMalformed && options.replaceUnreadable)) return;
+  throw unusable(file,
+                 "saving would put another file in its place; restore it from a copy, or repeat "
+                 "the command with --replace-unreadable");
+}
+
+/// Saving makes the file read as current.
+void requireNoUpgradeAhead(const AccountsFile& file, const Options& options) {
+  const Value version = file.topLevel ? (*file.topLevel)[kPlistVersionKey] : Value();
   if (!version.isNumber() || version.unsignedValue() >= AccountsManager::currentVersion()) return;
-  note("the accounts file is of version " + std::to_string(version.integerValue()) +
-       "; once it is saved it reads as current, and its upgrade does not run any more: better run "
-       "tallbook-migrate first");
+  if (options.givesUpUpgrade) return;
+  throw Failure(ExitCode::Usage,
+                file.path + " is of version " + std::to_string(version.integerValue()) +
+                    "; once it is saved it reads as current and is never upgraded any more: run "
+                    "tallbook-migrate first, or repeat the command with --give-up-upgrade");
 }
 
 }  // namespace
 
 EditableStore::EditableStore(const Options& options) : _file(readAccountsFile()) {
-  if (_file.state == AccountsFile::State::Unreadable && !options.replaceUnreadable) {
-    throw unreadable(_file,
-                     "saving would lose every account in it; restore it from a copy, or repeat "
-                     "the command with --replace-unreadable");
-  }
-  warnOfOldVersion(_file);
+  requireUsable(_file, options);
+  requireNoUpgradeAhead(_file, options);
+  _store = AccountsManager::initWithAccountsFile(_file);
   const ArrayRef records = _file.records();
-  _store = AccountsManager::initWithAccounsInfoArray(records);
   if (records && records->size() > _store->count()) {
     note(std::to_string(records->size() - _store->count()) +
          " of the file's records cannot be loaded and leave it with the next save; "
@@ -55,20 +65,29 @@ void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
 }
 
 void EditableStore::save() const {
-  if (_file.state == AccountsFile::State::Unreadable) keepCopyOf(_file);
-  bool replaced = false;
+  SaveReceipt receipt;
   try {
-    replaced = _store->saveAllAccounts();
+    receipt = _store->saveChanges();
   } catch (const InternalConsistencyFailure& failure) {
-    note(std::string("the change is saved, but not everyone who listens could be told: ") +
-         failure.what());
-    return;
+    // Listeners are told after the file was replaced.
+    receipt.isSaved = true;
+    noteUntold(failure);
   }
-  if (!replaced) {
-    throw Failure(ExitCode::NotSaved, _file.path +
-                                          " could not be replaced and is as it was; repeat the "
-                                          "command with --verbose to see why");
+  if (!receipt.isSaved) {
+    throw Failure(ExitCode::NotSaved, "the change is not saved: " + receipt.failure.text() + "; " +
+                                          _file.path + " is as it was");
   }
+  failFromHereOnWith(static_cast<int>(ExitCode::NotPrinted));
+  if (_file.state.kind == Kind::Malformed) {
+    note("the file that was no accounts file is kept beside the new one, as " +
+         kAccountsFilename.str() + ".unreadable-N");
+  }
+  for (const SaveClash& clash : receipt.clashes) note(textOfClash(clash, *_store));
+}
+
+void noteUntold(const InternalConsistencyFailure& failure) {
+  note(std::string("the change is saved, but not everyone who listens could be told: ") +
+       failure.what());
 }
 
 void requireLoadable(const DictionaryRef& properties) {

@@ -3,17 +3,19 @@
 #include <memory>
 
 #include "tallbook/AccountsManager.h"
+#include "tallbook/InternalConsistencyFailure.h"
 
 #include "tools/common/AccountsFile.h"
 #include "tools/tallbook/Commands.h"
 
 namespace tallbook::tool {
 
-/// The device's accounts, to be changed and saved. Refuses to stand in for a file that could not be
-/// read, unless told to; then keeps a copy of that file before it is replaced.
+/// The device's accounts, to be changed and saved. Stands in for no file that could not be read,
+/// and for one that is no accounts file only when told to: the save keeps that one beside the new
+/// file.
 class EditableStore {
  public:
-  /// Throws Failure for a file that is none and may not be replaced.
+  /// Throws Failure for such a file, and for one of an older version whose upgrade is not given up.
   explicit EditableStore(const Options& options);
 
   AccountsManager& operator*() const { return *_store; }
@@ -21,7 +23,7 @@ class EditableStore {
   /// Makes a change of a record's properties part of the store: a child is written as part of its
   /// parent, and the children of a top-level record are found through the store's index.
   void take(const std::shared_ptr<BasicAccount>& record) const;
-  /// Throws Failure where the file was not replaced.
+  /// Names what clashed with changes of others. Throws Failure where the file was not replaced.
   void save() const;
 
  private:
@@ -29,6 +31,8 @@ class EditableStore {
   std::shared_ptr<AccountsManager> _store;
 };
 
+/// Says that a change is saved although not everyone who listens could be told of it.
+void noteUntold(const InternalConsistencyFailure& failure);
 /// Throws Failure for a top-level record that the next load would drop.
 void requireLoadable(const DictionaryRef& properties);
 

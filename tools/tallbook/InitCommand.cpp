@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tools/common/MobileUser.h"
+#include "tools/common/Program.h"
 #include "tools/tallbook/Commands.h"
 
 namespace tallbook::tool {
@@ -32,6 +33,7 @@ ExitCode init(const std::string& folder) {
     throw Failure(ExitCode::NotSaved, folder + " cannot be made a device tree: " +
                                           error.code().message() + "; choose another folder");
   }
+  failFromHereOnWith(static_cast<int>(ExitCode::NotPrinted));
   std::cout << "An empty device. Use it with: tallbook --root " << folder << " list\n";
   return ExitCode::Done;
 }

@@ -10,12 +10,12 @@ namespace tallbook::tool {
 
 std::shared_ptr<AccountsManager> storeToRead() {
   const AccountsFile file = readAccountsFile();
-  if (file.state == AccountsFile::State::Unreadable) {
-    throw unreadable(file, "restore it from a copy, or see \"tallbook check\"");
+  if (file.isUnusable()) {
+    throw unusable(file, "restore it from a copy, or see \"tallbook check\"");
   }
   requirePrintable(file);
-  if (file.state == AccountsFile::State::Missing) note("there is no " + file.path + " yet");
-  return AccountsManager::initWithAccounsInfoArray(file.records());
+  noteMissing(file);
+  return AccountsManager::initWithAccountsFile(file);
 }
 
 std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store,

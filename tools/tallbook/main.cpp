@@ -44,7 +44,11 @@ void CommandLine::declare(CLI::App& app) {
   app.add_flag("--json", options.json, "Print JSON");
   app.add_flag("--verbose", verbose, "Print the library's log on standard error");
   app.add_flag("--replace-unreadable", options.replaceUnreadable,
-               "Keep a copy of an unreadable accounts file, then replace it");
+               "Replace an accounts file that is none; it is kept beside the new one");
+  app.add_flag("--give-up-upgrade", options.givesUpUpgrade,
+               "Save a file of an older version, which will not be upgraded any more then");
+  app.add_flag("--trust-modules", host.trustsModules,
+               "Load the modules of a device tree that belongs to another user");
   app.require_subcommand(1);
   app.fallthrough();
   declareReading(app);

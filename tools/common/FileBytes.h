@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <system_error>
+
+namespace tallbook::tool {
+
+/// The bytes of a regular file, wherever it lies, opened once and read to its end. An error, "no
+/// such file" among them, and no bytes for everything else.
+std::string bytesOfFile(const std::string& path, std::error_code& error);
+
+/// What to do about a file that the system does not let a program read.
+std::string adviceOnUnreadable(const std::error_code& error);
+
+}  // namespace tallbook::tool
