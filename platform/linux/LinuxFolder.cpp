@@ -219,7 +219,10 @@ std::error_code LinuxFolder::makeFolder(const std::string& name, const std::stri
   std::error_code error;
   const auto made =
       FileDescriptor::openAt(_folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW, 0, error);
-  return made ? give(made, _accounts, owner, group) : error;
+  if (made) error = give(made, _accounts, owner, group);
+  // A folder of the wrong owner would keep the right one out for good.
+  if (error) ::unlinkat(_folder.get(), name.c_str(), AT_REMOVEDIR);
+  return error;
 }
 
 std::error_code LinuxFolder::flush() {

@@ -132,6 +132,8 @@ TYPED_TEST(AFileSystem, KeepsNotesAndFolders) {
   EXPECT_EQ(error, errc::no_such_file_or_directory);
   EXPECT_FALSE(folder->makeFolder("private", "mobile", "mobile"));
   EXPECT_EQ(folder->makeFolder("private", "mobile", "mobile"), errc::file_exists);
+  EXPECT_TRUE(folder->makeFolder("nobody's", "nobody-has-this-name", "mobile"));
+  EXPECT_FALSE(this->exists("/d/nobody's"));
   ASSERT_FALSE(createFile(*folder->folder("private", error), "in it", "1"));
   EXPECT_EQ(this->contentOf("/d/private/in it"), "1");
   EXPECT_EQ(folder->folder("old", error), nullptr);
