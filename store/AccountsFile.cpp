@@ -9,6 +9,7 @@
 
 #include "model/LibraryLogging.h"
 #include "platform/Platform.h"
+#include "store/KeptFiles.h"
 
 namespace tallbook {
 namespace {
@@ -102,6 +103,11 @@ Replacement AccountsFile::replace(std::vector<Value> records, SaveFailure& failu
   return replacement;
 }
 
+Replacement AccountsFile::keepTheOneRead(SaveFailure& failure) const {
+  if (_state.kind != Kind::Malformed) return Replacement::Done;
+  return keepMalformedFile(*_folder, kAccountsFilename.str(), _version, failure);
+}
+
 Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& failure) const {
   if (state().kind == Kind::Unreadable) {
     failure = {"read the accounts file, which is left as it is", state().reason, state().error};
@@ -116,6 +122,10 @@ Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& 
   const std::string name = _folder->freshName();
   failure = makeFile(*_folder, name, *bytes, _version);
   if (failure) return Replacement::Failed;
+  if (const Replacement kept = keepTheOneRead(failure); kept != Replacement::Done) {
+    static_cast<void>(_folder->remove(name));
+    return kept;
+  }
   std::error_code error;
   const Replacement replacement =
       replaceIfUnchanged(*_folder, kAccountsFilename.str(), _version, name, error);

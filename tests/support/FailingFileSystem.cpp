@@ -108,6 +108,12 @@ void FailingFileSystem::failAt(std::size_t n, std::error_code error) {
   _error = error;
 }
 
+void FailingFileSystem::failEvery(const std::string& name, std::error_code error) {
+  heal();
+  _failEvery = name;
+  _error = error;
+}
+
 void FailingFileSystem::stopAt(std::size_t n) {
   heal();
   _stopAt = n;
@@ -121,6 +127,7 @@ void FailingFileSystem::callAt(std::size_t n, std::function<void()> what) {
 
 void FailingFileSystem::heal() {
   _names.clear();
+  _failEvery.clear();
   _failAt = _stopAt = _callAt = kNever;
   _stopped = false;
 }
@@ -154,7 +161,7 @@ std::error_code FailingFileSystem::next(const char* name,
     _stopped = true;
     throw Stopped();
   }
-  return n == _failAt ? _error : std::error_code();
+  return n == _failAt || name == _failEvery ? _error : std::error_code();
 }
 
 }  // namespace tallbook

@@ -21,6 +21,8 @@ class FailingFileSystem final : public FileSystem {
 
   /// The n-th operation fails with `error` and does nothing; the others work.
   void failAt(std::size_t n, std::error_code error);
+  /// Every operation of this name does, as on a file system that does not have it.
+  void failEvery(const std::string& name, std::error_code error);
   /// The n-th operation ends the process: it throws `Stopped`, and so does everything after it. A
   /// file that was being written stays behind with half its bytes. What runs while `Stopped`
   /// unwinds the stack gets errors and changes nothing.
@@ -49,6 +51,7 @@ class FailingFileSystem final : public FileSystem {
   FileSystem& _inner;
   mutable std::vector<std::string> _names;
   std::size_t _failAt = kNever;
+  std::string _failEvery;
   std::size_t _stopAt = kNever;
   std::size_t _callAt = kNever;
   std::function<void()> _call;
