@@ -131,24 +131,21 @@ FileLook LinuxFolder::look(const std::string& name, std::error_code& error) cons
 }
 
 std::vector<std::string> LinuxFolder::names(std::error_code& error) const {
+  // Every save asks, so by the folder's own descriptor: `opendir` takes twice as many calls.
   std::vector<std::string> names;
-  FileDescriptor again = FileDescriptor::openAt(_folder, ".", O_RDONLY | O_DIRECTORY, 0, error);
-  if (!again) return names;
-  DIR* const listing = ::fdopendir(again.get());
-  if (!listing) {
-    error = lastSystemError();
-    return names;
+  error = ::lseek(_folder.get(), 0, SEEK_SET) < 0 ? lastSystemError() : std::error_code();
+  alignas(dirent64) char entries[8192];
+  while (!error) {
+    const ssize_t length = ::getdents64(_folder.get(), entries, sizeof entries);
+    if (length < 0) error = lastSystemError();
+    if (length <= 0) break;
+    for (ssize_t at = 0; at < length;) {
+      const auto* const entry = reinterpret_cast<const dirent64*>(entries + at);
+      const std::string_view name = entry->d_name;
+      if (name != "." && name != "..") names.emplace_back(name);
+      at += entry->d_reclen;
+    }
   }
-  again.release();
-  const std::unique_ptr<DIR, int (*)(DIR*)> closing(listing, ::closedir);
-  for (;;) {
-    errno = 0;
-    const dirent* const entry = ::readdir(listing);
-    if (!entry) break;
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") names.emplace_back(name);
-  }
-  if (errno != 0) error = lastSystemError();
   return names;
 }
 

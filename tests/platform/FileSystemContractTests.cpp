@@ -143,6 +143,22 @@ TYPED_TEST(AFileSystem, KeepsNotesAndFolders) {
   EXPECT_EQ(names, (std::vector<std::string>{"old", "private", "sub"}));
 }
 
+TYPED_TEST(AFileSystem, ListsAFolderAfreshHoweverManyNamesItHas) {
+  const auto folder = this->folder("/d/sub");
+  std::vector<std::string> made;
+  std::error_code error;
+  for (int number = 100; number < 601; ++number) {
+    if (number % 100 == 0) {
+      std::vector<std::string> names = folder->names(error);
+      std::ranges::sort(names);
+      EXPECT_EQ(names, made);
+      EXPECT_FALSE(error);
+    }
+    made.push_back("a name of some length " + std::to_string(number));
+    ASSERT_FALSE(folder->makeNote(made.back(), "x"));
+  }
+}
+
 TYPED_TEST(AFileSystem, TellsDirectoriesFromFiles) {
   EXPECT_FALSE(this->files.createDirectories(this->at("/d/sub"), 0755)) << "it is there already";
   EXPECT_FALSE(this->files.createDirectories(this->at("/e/f/g"), 0755));
