@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -93,11 +94,14 @@ struct LocalTime {
   int second = 0;
 };
 
-/// The device's clock in its time zone.
+/// The device's clock.
 class LocalClock {
  public:
   virtual ~LocalClock() = default;
+  /// In the device's time zone.
   virtual LocalTime now() const = 0;
+  /// The same for all time zones. May stand still or go back, as the clock is set.
+  virtual std::chrono::sys_time<std::chrono::nanoseconds> instant() const = 0;
 };
 
 }  // namespace tallbook

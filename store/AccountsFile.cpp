@@ -9,6 +9,7 @@
 
 #include "model/LibraryLogging.h"
 #include "platform/Platform.h"
+#include "store/Generations.h"
 #include "store/KeptFiles.h"
 
 namespace tallbook {
@@ -94,21 +95,32 @@ AccountsFile AccountsFile::read() {
   return file;
 }
 
-Replacement AccountsFile::replace(std::vector<Value> records, SaveFailure& failure) const {
+Replacement AccountsFile::replace(std::vector<Value> records, SaveFailure& failure,
+                                  std::string* generationFailure) const {
   failure = {};
-  const Replacement replacement = tryToReplace(std::move(records), failure);
+  std::string problem;
+  const Replacement replacement = tryToReplace(std::move(records), failure, problem);
+  if (generationFailure) *generationFailure = std::move(problem);
   if (replacement == Replacement::Failed) {
     logMessage(kOperation, [] { return std::string("Failed to save accounts to filesystem."); });
   }
   return replacement;
 }
 
-Replacement AccountsFile::keepTheOneRead(SaveFailure& failure) const {
-  if (_state.kind != Kind::Malformed) return Replacement::Done;
-  return keepMalformedFile(*_folder, kAccountsFilename.str(), _version, failure);
+Replacement AccountsFile::keepTheOneRead(SaveFailure& failure,
+                                         std::string& generationFailure) const {
+  if (state().kind == Kind::Malformed) {
+    return keepMalformedFile(*_folder, kAccountsFilename.str(), _version, failure);
+  }
+  if (state().kind == Kind::Whole) {
+    generationFailure = Generations(*_folder).keep(_version, Generations::Cause::Save);
+    if (!generationFailure.empty()) logMessage(kOperation, [&] { return generationFailure; });
+  }
+  return Replacement::Done;
 }
 
-Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& failure) const {
+Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& failure,
+                                       std::string& generationFailure) const {
   if (state().kind == Kind::Unreadable) {
     failure = {"read the accounts file, which is left as it is", state().reason, state().error};
     return Replacement::Failed;
@@ -122,7 +134,8 @@ Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& 
   const std::string name = _folder->freshName();
   failure = makeFile(*_folder, name, *bytes, _version);
   if (failure) return Replacement::Failed;
-  if (const Replacement kept = keepTheOneRead(failure); kept != Replacement::Done) {
+  if (const Replacement kept = keepTheOneRead(failure, generationFailure);
+      kept != Replacement::Done) {
     static_cast<void>(_folder->remove(name));
     return kept;
   }

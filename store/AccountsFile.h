@@ -27,14 +27,19 @@ class AccountsFile {
 
   /// Writes a new file with these record dictionaries and puts it in place of the one that was
   /// read. `Failed`, with the reason and log lines, leaves the old file untouched and no other
-  /// file behind; so does `NotTheFileRead`, where somebody else has replaced it since. A file that
-  /// is no accounts file is kept beside it, else not replaced.
-  Replacement replace(std::vector<Value> records, SaveFailure& failure) const;
+  /// file behind; so does `NotTheFileRead`, where somebody else has replaced it since.
+  ///
+  /// What is replaced is kept beside it: an accounts file as a generation, where
+  /// `generationFailure`, if given, says why that was not possible; a file that is none as an
+  /// unreadable file, else it is not replaced.
+  Replacement replace(std::vector<Value> records, SaveFailure& failure,
+                      std::string* generationFailure = nullptr) const;
 
  private:
-  Replacement tryToReplace(std::vector<Value> records, SaveFailure& failure) const;
+  Replacement tryToReplace(std::vector<Value> records, SaveFailure& failure,
+                           std::string& generationFailure) const;
   /// `Done` where the file may be replaced.
-  Replacement keepTheOneRead(SaveFailure& failure) const;
+  Replacement keepTheOneRead(SaveFailure& failure, std::string& generationFailure) const;
 
   AccountsFileContents _contents;
   std::shared_ptr<Folder> _folder;  ///< null where it could not be opened, for `_folderError`

@@ -12,4 +12,8 @@ LocalTime LinuxClock::now() const {
           local.tm_hour,        local.tm_min,     local.tm_sec};
 }
 
+std::chrono::sys_time<std::chrono::nanoseconds> LinuxClock::instant() const {
+  return std::chrono::system_clock::now();
+}
+
 }  // namespace tallbook

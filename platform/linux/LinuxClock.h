@@ -8,6 +8,7 @@ namespace tallbook {
 class LinuxClock final : public LocalClock {
  public:
   LocalTime now() const override;
+  std::chrono::sys_time<std::chrono::nanoseconds> instant() const override;
 };
 
 }  // namespace tallbook

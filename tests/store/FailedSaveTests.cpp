@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include "tests/store/StoreDevice.h"
 #include "tests/support/FailingFileSystem.h"
@@ -13,6 +14,9 @@ class AFailedSave : public StoreDevice {
     writeAccounts(
         {record("a", {{"Enabled Dataclasses", Array::make({"com.orvane.Dataclass.Mail"})}})});
     bytesBefore = test::readFile(accountsPath());
+    makeAChange();
+  }
+  void makeAChange() {
     store = AccountsManager::init();
     store->accountWithIdentifier("a")->setDisplayName("changed");
   }
@@ -21,7 +25,7 @@ class AFailedSave : public StoreDevice {
   /// passes over and removes.
   void expectNothingLost() {
     EXPECT_EQ(test::readFile(accountsPath()), bytesBefore);
-    for (const std::string& name : test::namesIn(preferencesFolder())) {
+    for (const std::string& name : namesBesideGenerations()) {
       EXPECT_TRUE(name == "com.orvane.tallbook.plist" || name.starts_with(".tallbook-claim-"));
     }
     EXPECT_TRUE(heard().empty());
@@ -31,8 +35,7 @@ class AFailedSave : public StoreDevice {
     EXPECT_TRUE(store->saveAllAccounts());
     EXPECT_EQ(stored("a")["DisplayName"], Value("changed"));
     EXPECT_EQ(heard(), std::vector<std::string>{"1 a [\"com.orvane.Dataclass.Mail\"]"});
-    EXPECT_EQ(test::namesIn(preferencesFolder()),
-              std::vector<std::string>{"com.orvane.tallbook.plist"});
+    EXPECT_EQ(namesBesideGenerations(), std::vector<std::string>{"com.orvane.tallbook.plist"});
   }
 
   std::string bytesBefore;
@@ -48,23 +51,38 @@ std::size_t placeOf(const FailingFileSystem& files, const std::string& name) {
 TEST_F(AFailedSave, LosesNothingWhicheverStepFails) {
   FailingFileSystem files(platform().realFileSystem());
   platform().replaceFileSystem(files);
-  std::size_t step = 1;
-  for (;; ++step) {
+  std::set<std::string> saved;
+  std::set<std::string> notSaved;
+  for (std::size_t step = 1;; ++step) {
+    SCOPED_TRACE("operation " + std::to_string(step));
+    test::writeFile(accountsPath(), bytesBefore);
+    std::filesystem::remove_all(generationsFolder());
+    files.heal();
+    makeAChange();
     platform().log.lines.clear();
-    test::writeFile(accountsPath() + ".new", bytesBefore);
-    std::filesystem::rename(accountsPath() + ".new", accountsPath());
+    heard().clear();
     files.failAt(step, std::make_error_code(std::errc::no_space_on_device));
-    ASSERT_LT(step, 30u);
-    if (store->saveAllAccounts()) break;
-    expectNothingLost();
-    EXPECT_NE(store->saveFailure().text().find("No space left on device"), std::string::npos);
+    const bool isSaved = store->saveAllAccounts();
+    if (files.operations() < step) break;
+    const std::string failed = files.names().at(step - 1);
+    (isSaved ? saved : notSaved).insert(failed);
+    if (isSaved) {
+      EXPECT_EQ(stored("a")["DisplayName"], Value("changed"));
+      EXPECT_EQ(heard(), std::vector<std::string>{"1 a [\"com.orvane.Dataclass.Mail\"]"});
+    } else {
+      expectNothingLost();
+      EXPECT_NE(store->saveFailure().text().find("No space left on device"), std::string::npos);
+    }
     EXPECT_EQ(logContains("Could not set attributes on the temporary tallbook plist. "),
-              files.names().at(step - 1) == "giveTo");
+              failed == "giveTo");
+    EXPECT_EQ(logContains("Could not flush the folder of the accounts file. "), failed == "flush");
+    EXPECT_EQ(logContains("cannot keep the accounts file before as a generation: "),
+              isSaved && failed != "flush" && failed != "remove");
   }
-  EXPECT_GT(step, 8u);
-  EXPECT_EQ(files.names().at(step - 1), "flush") << "the rename has happened";
-  EXPECT_TRUE(logContains("Could not flush the folder of the accounts file. "));
-  EXPECT_EQ(heard(), std::vector<std::string>{"1 a [\"com.orvane.Dataclass.Mail\"]"});
+  EXPECT_EQ(notSaved, (std::set<std::string>{"openFolder", "read", "create", "write", "giveTo",
+                                             "finish", "makeNote", "look", "rename"}));
+  EXPECT_EQ(saved,
+            (std::set<std::string>{"folder", "makeFolder", "link", "look", "flush", "remove"}));
 }
 
 TEST_F(AFailedSave, LeavesAWholeFileWhereverTheProcessEnds) {

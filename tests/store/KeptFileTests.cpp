@@ -54,6 +54,7 @@ TEST_F(AMalformedFile, IsKeptBesideTheOneThatReplacesIt) {
     EXPECT_EQ(kept(), (Kept{{"1", bytes}}));
     EXPECT_EQ(fs::status(keptPath(1)).permissions(), fs::perms(0640)) << "it is the file itself";
     EXPECT_TRUE(stored("new"));
+    EXPECT_FALSE(test::exists(generationsFolder())) << "it is no generation of the accounts file";
   }
 }
 

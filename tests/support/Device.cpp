@@ -48,6 +48,12 @@ void ThrowAwayDevice::speak(const std::string& locale) {
   ::setenv("LC_ALL", locale.c_str(), 1);
 }
 
+std::vector<std::string> ThrowAwayDevice::namesBesideGenerations() const {
+  std::vector<std::string> names = test::namesIn(preferencesFolder());
+  std::erase(names, fs::path(generationsFolder()).filename().string());
+  return names;
+}
+
 void ThrowAwayDevice::writeAccounts(std::initializer_list<Value> records, std::uint64_t version) {
   writeAccountsFile(Dictionary::make({{"Version", version}, {"Accounts", Array::make(records)}}));
 }

@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tallbook/Value.h"
 
@@ -36,6 +37,10 @@ class ThrowAwayDevice : public ::testing::Test {
   std::string home() const { return path("/var/mobile"); }
   std::string preferencesFolder() const { return path("/var/mobile/Library/Preferences"); }
   std::string accountsPath() const { return preferencesFolder() + "/com.orvane.tallbook.plist"; }
+  std::string generationsFolder() const { return preferencesFolder() + "/.tallbook-generations"; }
+  /// Names in the accounts file's folder, sorted, but for the generations' folder, which is there
+  /// after the first save that replaced a file.
+  std::vector<std::string> namesBesideGenerations() const;
   std::string legacyMailPath() const { return path("/var/mobile/Library/Mail/Accounts.plist"); }
   std::string legacySyncoraPath() const {
     return preferencesFolder() + "/com.orvane.Syncora.plist";

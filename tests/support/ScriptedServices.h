@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <optional>
 #include <set>
@@ -115,8 +116,11 @@ class ScriptedUUIDs final : public UUIDSource {
 class SettableClock final : public LocalClock {
  public:
   LocalTime time{2014, 3, 7, 14, 5, 9};
+  /// 2014-03-07T14:05:09Z.
+  std::chrono::sys_time<std::chrono::nanoseconds> moment{std::chrono::seconds(1'394'201'109)};
 
   LocalTime now() const override { return time; }
+  std::chrono::sys_time<std::chrono::nanoseconds> instant() const override { return moment; }
 };
 
 /// The resources of the source tree, each of which a test may replace or take away. Replace them
