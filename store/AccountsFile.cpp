@@ -9,7 +9,6 @@
 
 #include "model/LibraryLogging.h"
 #include "platform/Platform.h"
-#include "store/Generations.h"
 #include "store/KeptFiles.h"
 
 namespace tallbook {
@@ -95,32 +94,32 @@ AccountsFile AccountsFile::read() {
   return file;
 }
 
-Replacement AccountsFile::replace(std::vector<Value> records, SaveFailure& failure,
-                                  std::string* generationFailure) const {
+Replacement AccountsFile::replace(std::vector<Value> records, Generations::Cause cause,
+                                  SaveFailure& failure, std::string& generationFailure) const {
   failure = {};
-  std::string problem;
-  const Replacement replacement = tryToReplace(std::move(records), failure, problem);
-  if (generationFailure) *generationFailure = std::move(problem);
+  generationFailure.clear();
+  const Replacement replacement =
+      tryToReplace(std::move(records), cause, failure, generationFailure);
   if (replacement == Replacement::Failed) {
     logMessage(kOperation, [] { return std::string("Failed to save accounts to filesystem."); });
   }
   return replacement;
 }
 
-Replacement AccountsFile::keepTheOneRead(SaveFailure& failure,
+Replacement AccountsFile::keepTheOneRead(Generations::Cause cause, SaveFailure& failure,
                                          std::string& generationFailure) const {
   if (state().kind == Kind::Malformed) {
     return keepMalformedFile(*_folder, kAccountsFilename.str(), _version, failure);
   }
   if (state().kind == Kind::Whole) {
-    generationFailure = Generations(*_folder).keep(_version, Generations::Cause::Save);
+    generationFailure = Generations(*_folder).keep(_version, cause);
     if (!generationFailure.empty()) logMessage(kOperation, [&] { return generationFailure; });
   }
   return Replacement::Done;
 }
 
-Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& failure,
-                                       std::string& generationFailure) const {
+Replacement AccountsFile::tryToReplace(std::vector<Value> records, Generations::Cause cause,
+                                       SaveFailure& failure, std::string& generationFailure) const {
   if (state().kind == Kind::Unreadable) {
     failure = {"read the accounts file, which is left as it is", state().reason, state().error};
     return Replacement::Failed;
@@ -134,7 +133,7 @@ Replacement AccountsFile::tryToReplace(std::vector<Value> records, SaveFailure& 
   const std::string name = _folder->freshName();
   failure = makeFile(*_folder, name, *bytes, _version);
   if (failure) return Replacement::Failed;
-  if (const Replacement kept = keepTheOneRead(failure, generationFailure);
+  if (const Replacement kept = keepTheOneRead(cause, failure, generationFailure);
       kept != Replacement::Done) {
     static_cast<void>(_folder->remove(name));
     return kept;

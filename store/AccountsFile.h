@@ -9,6 +9,7 @@
 #include "tallbook/Value.h"
 
 #include "platform/FileReplacement.h"
+#include "store/Generations.h"
 
 namespace tallbook {
 
@@ -30,16 +31,17 @@ class AccountsFile {
   /// file behind; so does `NotTheFileRead`, where somebody else has replaced it since.
   ///
   /// What is replaced is kept beside it: an accounts file as a generation, where
-  /// `generationFailure`, if given, says why that was not possible; a file that is none as an
+  /// `generationFailure` says why that was not possible; a file that is none as an
   /// unreadable file, else it is not replaced.
-  Replacement replace(std::vector<Value> records, SaveFailure& failure,
-                      std::string* generationFailure = nullptr) const;
+  Replacement replace(std::vector<Value> records, Generations::Cause cause, SaveFailure& failure,
+                      std::string& generationFailure) const;
 
  private:
-  Replacement tryToReplace(std::vector<Value> records, SaveFailure& failure,
-                           std::string& generationFailure) const;
+  Replacement tryToReplace(std::vector<Value> records, Generations::Cause cause,
+                           SaveFailure& failure, std::string& generationFailure) const;
   /// `Done` where the file may be replaced.
-  Replacement keepTheOneRead(SaveFailure& failure, std::string& generationFailure) const;
+  Replacement keepTheOneRead(Generations::Cause cause, SaveFailure& failure,
+                             std::string& generationFailure) const;
 
   AccountsFileContents _contents;
   std::shared_ptr<Folder> _folder;  ///< null where it could not be opened, for `_folderError`

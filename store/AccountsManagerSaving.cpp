@@ -60,6 +60,15 @@ std::vector<DictionaryRef> dictionariesIn(const ArrayRef& records) {
   return dictionaries;
 }
 
+/// Clashes share what they hold with the records, which go on changing. What was written can be
+/// copied.
+void freeze(std::vector<SaveClash>& clashes) {
+  for (SaveClash& clash : clashes) {
+    clash.here = clash.here.frozenCopy();
+    clash.elsewhere = clash.elsewhere.frozenCopy();
+  }
+}
+
 /// What is no record stays in the file all the same.
 void appendOthers(std::vector<Value>& merged, const ArrayRef& records) {
   for (const Value& record : records) {
@@ -81,32 +90,40 @@ bool AccountsManager::saveAllAccounts() {
   logMessage(kSaving, [] { return std::string("Saving all accounts"); });
   const bool repaired = fixAccountsBeforeSaving();
   const bool replaced =
-      replaceFile([this](const AccountsFile& file) { return mergedRecords(file); });
+      replaceFile(KeepGeneration::AtMostOnceAMinute,
+                  [this](const AccountsFile& file) { return mergedRecords(file); });
   finishSave(repaired, replaced);
   return replaced;
 }
 
-SaveReceipt AccountsManager::saveChanges() {
+SaveReceipt AccountsManager::saveChanges(KeepGeneration keep) {
   logMessage(kSavingChanges, [] { return std::string("Saving changes"); });
   const bool repaired = fixAccountsBeforeSaving();
   SaveReceipt receipt;
-  receipt.isSaved = replaceFile([&](const AccountsFile& file) -> std::optional<std::vector<Value>> {
-    ++receipt.attempts;
-    const ArrayRef records = file.records();
-    MergedAccounts merged = mergedAccounts(_savedRecords, heldRecords(), dictionariesIn(records));
-    receipt.clashes = std::move(merged.clashes);
-    receipt.takenOver = std::move(merged.takenOver);
-    appendOthers(merged.records, records);
-    if (isAsWanted(file, merged.records)) return std::nullopt;
-    return std::move(merged.records);
-  });
+  receipt.isSaved =
+      replaceFile(keep, [&](const AccountsFile& file) -> std::optional<std::vector<Value>> {
+        ++receipt.attempts;
+        const ArrayRef records = file.records();
+        MergedAccounts merged =
+            mergedAccounts(_savedRecords, heldRecords(), dictionariesIn(records));
+        receipt.clashes = std::move(merged.clashes);
+        receipt.takenOver = std::move(merged.takenOver);
+        appendOthers(merged.records, records);
+        if (isAsWanted(file, merged.records)) return std::nullopt;
+        return std::move(merged.records);
+      });
   receipt.failure = _saveFailure;
+  receipt.generationFailure = _generationFailure;
+  if (receipt.isSaved) freeze(receipt.clashes);
   finishSave(repaired, receipt.isSaved);
   return receipt;
 }
 
-bool AccountsManager::replaceFile(const MakeRecords& makeRecords) {
+bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRecords) {
+  const auto cause =
+      keep == KeepGeneration::Always ? Generations::Cause::Restore : Generations::Cause::Save;
   _saveFailure = {};
+  _generationFailure.clear();
   if (_fileState.kind == AccountsFileState::Kind::Unreadable) {
     _saveFailure = {"replace the accounts file, which could not be read when this store was made",
                     _fileState.reason, _fileState.error};
@@ -120,7 +137,7 @@ bool AccountsManager::replaceFile(const MakeRecords& makeRecords) {
     const AccountsFile file = AccountsFile::read();
     std::optional<std::vector<Value>> records = makeRecords(file);
     if (!records) return true;
-    replacement = file.replace(*std::move(records), _saveFailure);
+    replacement = file.replace(*std::move(records), cause, _saveFailure, _generationFailure);
   } while (replacement == Replacement::NotTheFileRead);
   return replacement == Replacement::Done;
 }

@@ -16,8 +16,8 @@ class Generations {
  public:
   /// Who is about to replace the file.
   enum class Cause {
-    Save,     ///< of what a burst of saves replaces within a minute, the first is kept
-    Restore,  ///< kept whatever was kept before, so that going back can be undone
+    Save,      ///< of what a burst of saves replaces within a minute, the first is kept
+    Restore,   ///< kept whatever was kept before, so that going back can be undone
     Migration  ///< kept on its own, whatever was kept before or will be after it
   };
 

@@ -167,7 +167,12 @@ class TALLBOOK_EXPORT AccountsManager {
   /// dataclasses and children are merged member by member. Nothing is written where the file is as
   /// it should be already. Notifies and throws as `saveAllAccounts`; the store itself goes on with
   /// what it had.
-  [[nodiscard]] SaveReceipt saveChanges();
+  ///
+  /// The file that is replaced is kept as a generation (`AccountsHistory`): with
+  /// `AtMostOnceAMinute` the first of a burst of saves, so that a busy program does not push out
+  /// what was before.
+  enum class KeepGeneration { AtMostOnceAMinute, Always };
+  [[nodiscard]] SaveReceipt saveChanges(KeepGeneration keep = KeepGeneration::AtMostOnceAMinute);
   /// Why the last save failed; false-like where it did not.
   const SaveFailure& saveFailure() const noexcept { return _saveFailure; }
   /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,
@@ -243,7 +248,7 @@ class TALLBOOK_EXPORT AccountsManager {
   bool fixAccountsBeforeSaving();
   /// What the file is to hold, given what it holds; nullopt to leave it as it is.
   using MakeRecords = std::function<std::optional<std::vector<Value>>(const AccountsFile& file)>;
-  bool replaceFile(const MakeRecords& makeRecords);
+  bool replaceFile(KeepGeneration keep, const MakeRecords& makeRecords);
   void finishSave(bool repaired, bool replaced);
   void rememberSavedRecords();
   std::vector<HeldRecord> heldRecords() const;
@@ -266,6 +271,7 @@ class TALLBOOK_EXPORT AccountsManager {
   /// included; frozen.
   std::vector<DictionaryRef> _savedRecords;
   SaveFailure _saveFailure;
+  std::string _generationFailure;
   std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _runtimeFixers;
 };
 

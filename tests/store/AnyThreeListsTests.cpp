@@ -322,8 +322,8 @@ RC_GTEST_PROP(AnyThreeListsOfTwins, MergeWithoutALossOrADouble, ()) {
   }
   for (int count = numberOfNew(); count > 0; --count) file.push_back(marked(anyTwin(), "f"));
   if (!file.empty()) {
-    std::ranges::rotate(file,
-                        file.begin() + *rc::gen::inRange<std::ptrdiff_t>(0, std::ssize(file)));
+    std::rotate(file.begin(), file.begin() + *rc::gen::inRange<std::ptrdiff_t>(0, std::ssize(file)),
+                file.end());
   }
 
   const MergedAccounts merged = mergedAccounts(base, here, file);

@@ -191,8 +191,8 @@ TEST_F(AGeneration, ThatCannotBeKeptFailsNoSave) {
     files.failAt(n, std::make_error_code(std::errc::no_space_on_device));
     SaveFailure failure;
     std::string problem;
-    const Replacement end =
-        file.replace({record("a", {{"DisplayName", "after"}})}, failure, &problem);
+    const Replacement end = file.replace({record("a", {{"DisplayName", "after"}})},
+                                         Generations::Cause::Save, failure, problem);
     if (files.operations() < n) break;
     EXPECT_EQ(stored("a")["DisplayName"], Value(end == Replacement::Done ? "after" : "before"));
     EXPECT_LE(kept().size(), 2u);

@@ -130,7 +130,7 @@ TEST_F(ASave, MergesNothingWithoutPropertiesInMemory) {
   const auto merge = &AccountsManager::mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties;
   const DictionaryRef present = record("a");
   for (const DictionaryRef& other : {present, DictionaryRef()}) {
-    EXPECT_THROW(merge(nullptr, other, other), InternalConsistencyFailure);
+    EXPECT_THROW((void)merge(nullptr, other, other), InternalConsistencyFailure);
     EXPECT_EQ(merge(present, nullptr, other), present);
   }
 }
