@@ -49,6 +49,12 @@ class Attempt {
            error == errc::function_not_supported;
   }
 
+  // Whether another version lies there by now. False, with `_error`, where nobody can tell.
+  bool isOver() {
+    const FileLook now = _folder.look(_name, _error);
+    return !_error && now.version != _read;
+  }
+
   // The kernel itself makes sure that only one file is the first.
   Replacement makeFirst() {
     const std::error_code made = _folder.renameToNew(_finished, _name);
@@ -57,48 +63,49 @@ class Attempt {
   }
 
   Replacement replaceByOwnClaim() {
-    const FileLook now = _folder.look(_name, _error);
+    const bool over = isOver();
     if (_error) return fail(_error);
-    if (now.version != _read) {
-      // The version is over. If it was by our file, a helper has put that in place: it goes from
-      // its own name then and at no other time.
+    if (over) {
+      // If it was by our file, a helper has put that in place: it goes from its own name then and
+      // at no other time.
       const FileLook ours = _folder.look(_finished, _error);
       if (_error) return fail(_error);
       return ours.kind == FileKind::Nothing ? done() : lost();
     }
     const std::error_code renamed = _folder.rename(_finished, _name);
     if (!renamed) return done();
-    if (renamed != errc::no_such_file_or_directory) return fail(renamed);
     // Somebody put it in place for us; or somebody cleaned up what was not theirs.
-    const FileLook then = _folder.look(_name, _error);
-    if (!_error && then.version != _read) return done();
+    if (renamed == errc::no_such_file_or_directory && isOver()) return done();
     return fail(renamed);
   }
 
   // Finishes the replacement of another's claim. Nothing where that claim is dead: its owner has
   // withdrawn the file, and the next claim counts.
   std::optional<Replacement> help(const std::string& other) {
-    // In this order: a file that is not there is withdrawn only if the version is still present
-    // afterwards; else it may have been put in place.
-    const FileLook file = _folder.look(other, _error);
+    // Whoever may write in this folder can leave a note, and must not have us, who may do more,
+    // move files from other folders into it.
+    if (other.find('/') != std::string::npos) return std::nullopt;
+    // After the claim was read: one that was made too late is on a version that is over.
+    const bool over = isOver();
     if (_error) return fail(_error);
-    const FileLook now = _folder.look(_name, _error);
-    if (_error) return fail(_error);
-    if (now.version != _read) return lost();
-    if (file.kind == FileKind::Nothing) return std::nullopt;
+    if (over) return lost();
     const std::error_code renamed = _folder.rename(other, _name);
-    if (!renamed) static_cast<void>(_folder.flush());
-    if (!renamed || renamed == errc::no_such_file_or_directory) return lost();
-    return fail(renamed);
+    if (!renamed) return lost();
+    if (renamed != errc::no_such_file_or_directory) return fail(renamed);
+    // Put in place by somebody else; or withdrawn, if the version outlived it.
+    const bool overNow = isOver();
+    if (_error) return fail(_error);
+    if (overNow) return lost();
+    return std::nullopt;
   }
 
   // For file systems without symbolic links: what another save does between the look and the
   // rename is lost.
   Replacement compareAndReplace() {
     --_claims;
-    const FileLook now = _folder.look(_name, _error);
+    const bool over = isOver();
     if (_error) return fail(_error);
-    if (now.version != _read) return lost();
+    if (over) return lost();
     const std::error_code renamed = _folder.rename(_finished, _name);
     return renamed ? fail(renamed) : done();
   }
@@ -116,9 +123,8 @@ class Attempt {
   // The file goes first, so that no helper can put it in place after the failure was reported. The
   // claim, dead now, stays as long as its version.
   Replacement fail(const std::error_code& why) {
-    if (_folder.remove(_finished) == errc::no_such_file_or_directory && _claims > 0) {
-      const FileLook now = _folder.look(_name, _error);
-      if (!_error && now.version != _read) return done();
+    if (_folder.remove(_finished) == errc::no_such_file_or_directory && _claims > 0 && isOver()) {
+      return done();
     }
     _error = why;
     return Replacement::Failed;
