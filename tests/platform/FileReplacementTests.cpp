@@ -53,7 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"ThreeThatMakeTheFirstWithOneFailure", {3, false, 1, 1}}),
     [](const auto& given) { return given.param.name; });
 
-#ifdef NDEBUG
+#ifdef __OPTIMIZE__
 // More than a minute where nothing is optimised.
 INSTANTIATE_TEST_SUITE_P(AtLength, ReplacingAFileAmong,
                          testing::Values(Case{"ThreeWithOneFailure", {3, true, 1, 1}}),
