@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <chrono>
+#include <random>
+#include <thread>
 #include <utility>
 
 #include "tallbook/AccountsManager.h"
@@ -69,6 +72,18 @@ void freeze(std::vector<SaveClash>& clashes) {
   }
 }
 
+/// Gives other savers a moment, a random one, so that those who got in each other's way do not do
+/// so again and again. Nobody is waited for: a saver that is stopped meanwhile makes no difference.
+void stepBack(unsigned lost) {
+  using std::chrono::microseconds;
+  constexpr microseconds kShortest{50};
+  constexpr unsigned kMostDoublings = 10;
+  const microseconds longest = kShortest * (1U << std::min(lost, kMostDoublings));
+  std::random_device random;
+  std::this_thread::sleep_for(
+      microseconds(std::uniform_int_distribution<long>(0, longest.count())(random)));
+}
+
 /// What is no record stays in the file all the same.
 void appendOthers(std::vector<Value>& merged, const ArrayRef& records) {
   for (const Value& record : records) {
@@ -132,13 +147,14 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
   }
   // Somebody else's save may land between the look at the file and its replacement; then there is
   // another file to merge with. Each further round means that another save succeeded.
-  Replacement replacement;
-  do {
+  Replacement replacement = Replacement::NotTheFileRead;
+  for (unsigned lost = 0; replacement == Replacement::NotTheFileRead; ++lost) {
+    if (lost > 0) stepBack(lost);
     const AccountsFile file = AccountsFile::read();
     std::optional<std::vector<Value>> records = makeRecords(file);
     if (!records) return true;
     replacement = file.replace(*std::move(records), cause, _saveFailure, _generationFailure);
-  } while (replacement == Replacement::NotTheFileRead);
+  }
   return replacement == Replacement::Done;
 }
 

@@ -45,8 +45,9 @@ int run(const std::string& root, std::span<char*> changes) {
       return EXIT_FAILURE;
     }
   }
-  if (!store->saveAllAccounts()) {
-    std::cerr << "the accounts file could not be replaced\n";
+  const tallbook::SaveReceipt receipt = store->saveChanges();
+  if (!receipt.isSaved) {
+    std::cerr << receipt.failure.text() << '\n';
     return EXIT_FAILURE;
   }
   std::cout << "saved" << std::endl;

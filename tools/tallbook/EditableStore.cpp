@@ -36,12 +36,6 @@ EditableStore::EditableStore(const Options& options) : _file(readAccountsFile())
   requireUsable(_file, options);
   requireNoUpgradeAhead(_file, options);
   _store = AccountsManager::initWithAccountsFile(_file);
-  const ArrayRef records = _file.records();
-  if (records && records->size() > _store->count()) {
-    note(std::to_string(records->size() - _store->count()) +
-         " of the file's records cannot be loaded and leave it with the next save; "
-         "\"tallbook check\" names them");
-  }
 }
 
 void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
@@ -82,6 +76,7 @@ void EditableStore::save() const {
     note("the file that was no accounts file is kept beside the new one, as " +
          kAccountsFilename.str() + ".unreadable-N");
   }
+  if (!receipt.generationFailure.empty()) note(receipt.generationFailure);
   for (const SaveClash& clash : receipt.clashes) note(textOfClash(clash, *_store));
 }
 
