@@ -302,6 +302,46 @@ class Changes(ToolTest):
                 self.run_tool("list")
 
 
+class GoingBack(ToolTest):
+    def generations(self):
+        return [each["generation"] for each in self.json("history")]
+
+    def test_a_generation_comes_back_and_that_can_be_undone(self):
+        self.write(family())
+        self.run_tool("set", "m1", "DisplayName", "Office")
+        self.run_tool("remove", "c1")
+        self.run_tool("remove", "m1")
+        # What follows within a minute belongs to the same burst.
+        [first] = self.generations()
+        self.assertIn("- Mail m1", self.run_tool("history"))
+        self.assertIn("c1", self.run_tool("diff", first))
+        self.assertEqual(self.json("diff", first, first), [])
+
+        self.assertIn("+ Mail m1", self.run_tool("undo"))
+        by_identifier = {record["Identifier"]: record for record in self.read()}
+        self.assertEqual(by_identifier, {record["Identifier"]: record for record in family()})
+        self.assertIn("- Mail m1", self.run_tool("undo"))
+        self.assertEqual([record["Identifier"] for record in self.read()], ["p1"])
+        self.assertEqual(len(self.read()[0]["ChildAccounts"]), 1)
+
+        self.run_tool("restore", first)
+        self.assertEqual(len(self.read()), 2)
+        self.assertEqual(len(self.generations()), 4)
+        self.assertEqual(os.stat(os.path.join(os.path.dirname(self.path), ".tallbook-generations")).st_mode & 0o777, 0o700)
+        self.run_tool("history", "--forget")
+        self.assertEqual(self.generations(), [])
+        self.run_tool("undo", expect=NOT_FOUND)
+        self.run_tool("restore", first, expect=NOT_FOUND)
+        self.run_tool("diff", "2020-01-01T00-00-00.000000000Z", expect=NOT_FOUND)
+
+    def test_an_older_generation_is_no_way_around_its_upgrade(self):
+        self.write(family(), Version=7)
+        self.run_tool("--give-up-upgrade", "remove", "m1")
+        self.run_tool("undo", expect=USAGE)
+        self.run_tool("--give-up-upgrade", "undo")
+        self.assertEqual(len(self.read()), 2)
+
+
 class Neighbours(ToolTest):
     def test_a_reader_never_takes_a_file_that_is_replaced_for_a_damaged_one(self):
         self.write(family())

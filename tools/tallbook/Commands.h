@@ -33,7 +33,14 @@ ExitCode remove(const Options& options, const std::string& identifier);
 /// The whole catalogue for an empty type.
 ExitCode types(const Options& options, const std::string& type);
 ExitCode dump(const Options& options);
+/// Files or generations; the device's present file for an empty `after`.
 ExitCode diff(const Options& options, const std::string& before, const std::string& after);
+/// The generations of the accounts file; with `forget` they are removed instead.
+ExitCode history(const Options& options, bool forget);
+/// Puts the accounts of a generation back, and shows what that changes.
+ExitCode restore(const Options& options, const std::string& generation);
+/// Restores the newest generation, and undone in turn the state before it.
+ExitCode undo(const Options& options);
 ExitCode check(const Options& options);
 ExitCode explain(const Options& options, const std::string& identifier,
                  const std::string& dataclass);

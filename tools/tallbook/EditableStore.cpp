@@ -19,17 +19,6 @@ void requireUsable(const AccountsFile& file, const Options& options) {
                  "the command with --replace-unreadable");
 }
 
-/// Saving makes the file read as current.
-void requireNoUpgradeAhead(const AccountsFile& file, const Options& options) {
-  const Value version = file.topLevel ? (*file.topLevel)[kPlistVersionKey] : Value();
-  if (!version.isNumber() || version.unsignedValue() >= AccountsManager::currentVersion()) return;
-  if (options.givesUpUpgrade) return;
-  throw Failure(ExitCode::Usage,
-                file.path + " is of version " + std::to_string(version.integerValue()) +
-                    "; once it is saved it reads as current and is never upgraded any more: run "
-                    "tallbook-migrate first, or repeat the command with --give-up-upgrade");
-}
-
 }  // namespace
 
 EditableStore::EditableStore(const Options& options) : _file(readAccountsFile()) {
@@ -58,10 +47,10 @@ void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
   _store->updateAccount(parent);
 }
 
-void EditableStore::save() const {
+void EditableStore::save(AccountsManager::KeepGeneration keep) const {
   SaveReceipt receipt;
   try {
-    receipt = _store->saveChanges();
+    receipt = _store->saveChanges(keep);
   } catch (const InternalConsistencyFailure& failure) {
     // Listeners are told after the file was replaced.
     receipt.isSaved = true;
@@ -78,6 +67,16 @@ void EditableStore::save() const {
   }
   if (!receipt.generationFailure.empty()) note(receipt.generationFailure);
   for (const SaveClash& clash : receipt.clashes) note(textOfClash(clash, *_store));
+}
+
+void requireNoUpgradeAhead(const AccountsFile& file, const Options& options) {
+  const Value version = file.topLevel ? (*file.topLevel)[kPlistVersionKey] : Value();
+  if (!version.isNumber() || version.unsignedValue() >= AccountsManager::currentVersion()) return;
+  if (options.givesUpUpgrade) return;
+  throw Failure(ExitCode::Usage,
+                file.path + " is of version " + std::to_string(version.integerValue()) +
+                    "; once it is saved it reads as current and is never upgraded any more: run "
+                    "tallbook-migrate first, or repeat the command with --give-up-upgrade");
 }
 
 void noteUntold(const InternalConsistencyFailure& failure) {

@@ -20,7 +20,8 @@ struct CommandLine {
   Options options;
   bool verbose = false;
   std::string identifier, key, text, kind, dataclass, type, className, name, parent, folder;
-  std::string before, after;
+  std::string before, after, generation;
+  bool forget = false;
   std::vector<std::string> types;
   /// What the chosen command does; set by parsing.
   std::function<ExitCode()> run;
@@ -74,10 +75,14 @@ void CommandLine::declareReading(CLI::App& app) {
 
   command(app, "dump", "The accounts file as XML, or as JSON", [this] { return dump(options); });
 
-  sub = command(app, "diff", "What differs between two accounts files",
+  sub = command(app, "diff", "What differs between two accounts files, or generations of them",
                 [this] { return diff(options, before, after); });
   sub->add_option("A", before)->required();
-  sub->add_option("B", after)->required();
+  sub->add_option("B", after, "The present accounts file without it");
+
+  sub = command(app, "history", "The last generations of the accounts file",
+                [this] { return history(options, forget); });
+  sub->add_flag("--forget", forget, "Remove them all, with what they hold of removed accounts");
 
   command(app, "check", "What the next load would drop, repair or ignore",
           [this] { return check(options); });
@@ -123,6 +128,12 @@ void CommandLine::declareChanging(CLI::App& app) {
   sub = command(app, "remove", "Remove an account, with its children",
                 [this] { return remove(options, identifier); });
   sub->add_option("ID", identifier)->required();
+
+  sub = command(app, "restore", "Put the accounts of a generation back",
+                [this] { return restore(options, generation); });
+  sub->add_option("GENERATION", generation)->required();
+
+  command(app, "undo", "Restore the newest generation", [this] { return undo(options); });
 
   sub = command(app, "init", "Make an empty device tree to develop against",
                 [this] { return init(folder); });
