@@ -59,6 +59,8 @@ def ratios(folder):
     for size, run in (("1,000", small), ("100,000", large)):
         parts = run["load"] + run["encode"] + run["write"]
         yield f"save / (load + encode + write), {size} records", run["save"] / parts, 1.5, False
+        share = run["save-changes"] / parts
+        yield f"saving changes / (load + encode + write), {size} records", share, 1.6, False
     for work in ("decode", "encode", "load", "save"):
         growth = large[work] / small[work] / 100
         yield f"{work}: time a record, 100,000 / 1,000 records", growth, 1.5, False

@@ -151,7 +151,10 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
   for (unsigned lost = 0; replacement == Replacement::NotTheFileRead; ++lost) {
     if (lost > 0) stepBack(lost);
     const AccountsFile file = AccountsFile::read();
-    std::optional<std::vector<Value>> records = makeRecords(file);
+    // There is nothing to merge with a file that cannot be read; trying to replace it says why.
+    const bool isReadable = file.state().kind != AccountsFileState::Kind::Unreadable;
+    std::optional<std::vector<Value>> records(std::in_place);
+    if (isReadable) records = makeRecords(file);
     if (!records) return true;
     replacement = file.replace(*std::move(records), cause, _saveFailure, _generationFailure);
   }

@@ -20,8 +20,9 @@ std::error_code whyNotReadable(const struct stat& status) {
   return {};
 }
 
-// `expected` bytes may turn out to be fewer or more when somebody writes meanwhile. A string's
-// growth writes zeros, so it goes in pieces that are read into while they are still in the caches.
+// More than the `expected` bytes come where somebody writes meanwhile. Fewer are a file that was
+// cut off under the reader: an error, since its content was another a moment ago. A string's growth
+// writes zeros, so it goes in pieces that are read into while they are still in the caches.
 std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
   constexpr std::size_t kPiece = std::size_t{1} << 18;
   std::string bytes;
@@ -40,6 +41,10 @@ std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
       return {};
     }
     if (got > 0) continue;
+    if (used < expected) {
+      error = make_error_code(std::errc::io_error);
+      return {};
+    }
     bytes.resize(used);
     return bytes;
   }

@@ -36,9 +36,11 @@ TEST(TheBinaryReader, AsksForMemoryInProportionToTheFile) {
       {"references", file("\x08"s + manySize + std::string(kMany, '\0'), "\x09\x08"s), false},
       {"data", file("\x4f\x13"s + number(kMany) + std::string(kMany, 'd'), "\x08"s), true},
   };
-  for (const auto& [what, bytes, isRead] : rows) {
-    const auto read = [&] { EXPECT_EQ(propertyListFromBytes(bytes).has_value(), isRead) << what; };
-    EXPECT_LT(test::workOf(read, test::allocatedBytes), 4 * bytes.size()) << what;
+  for (const auto& row : rows) {
+    const auto read = [&] {
+      EXPECT_EQ(propertyListFromBytes(row.bytes).has_value(), row.isRead) << row.what;
+    };
+    EXPECT_LT(test::workOf(read, test::allocatedBytes), 4 * row.bytes.size()) << row.what;
   }
 }
 

@@ -145,7 +145,9 @@ TEST_F(SavingChanges, NeverTurnsWhatCouldNotBeReadIntoNothing) {
       const auto whole = AccountsManager::init();
       whole->insertAccount(BasicAccount::initWithProperties(record("b")));
       files.failAt(n, std::make_error_code(error));
-      EXPECT_FALSE(whole->saveChanges().isSaved);
+      const SaveReceipt unread = whole->saveChanges();
+      EXPECT_FALSE(unread.isSaved);
+      EXPECT_TRUE(unread.takenOver.empty());
       files.failAt(n, std::make_error_code(error));
       EXPECT_FALSE(whole->saveAllAccounts());
       EXPECT_EQ(whole->saveFailure().error, error);
