@@ -106,11 +106,16 @@ ArrayRef BasicAccount::enabledDataclasses() const {
   return Array::make(std::move(enabled));
 }
 
+// As `enabledDataclasses` would answer. One dataclass is withdrawn by one feature at most, so that
+// the other ones need not be asked about: a migration puts this question for every account.
 bool BasicAccount::isEnabledForDataclass(std::string_view dataclass) const {
   if (const ArrayRef inherited = enabledByParent(_parentAccount))
     return inherited->contains(dataclass);
   const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
-  return stored && stored->contains(dataclass) && provisionedDataclasses()->contains(dataclass);
+  if (!stored || !stored->contains(dataclass)) return false;
+  const ArrayRef provisioned = arrayForKey(kAccountProvisionedDataclasses);
+  return (!provisioned || provisioned->contains(dataclass)) &&
+         supportedDataclasses()->contains(dataclass) && !restrictionOnDataclass(dataclass);
 }
 
 void BasicAccount::setEnabledForDataclass(bool enabled, const String& dataclass) {

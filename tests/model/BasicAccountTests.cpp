@@ -235,7 +235,11 @@ TEST_F(ABasicAccount, AsksDeviceManagementAboutEachFeatureOnceForOneList) {
   };
   EXPECT_EQ(askedBy([&] { (void)record->provisionedDataclasses(); }), all);
   EXPECT_EQ(askedBy([&] { (void)record->enabledDataclasses(); }), all);
-  EXPECT_EQ(askedBy([&] { (void)record->isEnabledForDataclass(kAccountDataclassMail); }), all);
+  const auto askedFor = [&](std::string_view dataclass) {
+    return askedBy([&] { EXPECT_TRUE(record->isEnabledForDataclass(dataclass)); });
+  };
+  EXPECT_EQ(askedFor(kAccountDataclassMail), std::vector<Feature>());
+  EXPECT_EQ(askedFor(kAccountDataclassKeyValue), std::vector{Feature::CloudDocumentSync});
 }
 
 }  // namespace
