@@ -19,11 +19,6 @@ struct Restriction {
   ManagementRestrictions::Feature feature;
   std::array<const String*, 2> dataclasses;  ///< the second is null where there is one
   std::string_view inWords;
-
-  bool isInForce() const {
-    return Platform::current().restrictions().restrictionOfFeature(feature) ==
-           ManagementRestrictions::kExplicitlyNotAllowed;
-  }
 };
 
 using Feature = ManagementRestrictions::Feature;
@@ -153,10 +148,14 @@ ArrayRef BasicAccount::_orderedDataclasses(const ArrayRef& dataclasses) {
 
 std::vector<String> BasicAccount::_profileRestrictedDataclasses() {
   initialize();
+  std::vector<Feature> features;
+  for (const Restriction& restriction : kRestrictions) features.push_back(restriction.feature);
+  const std::vector<int> answers =
+      Platform::current().restrictions().restrictionsOfFeatures(features);
   std::vector<String> restricted;
-  for (const Restriction& restriction : kRestrictions) {
-    if (!restriction.isInForce()) continue;
-    for (const String* dataclass : restriction.dataclasses) {
+  for (std::size_t index = 0; index < features.size(); ++index) {
+    if (answers[index] != ManagementRestrictions::kExplicitlyNotAllowed) continue;
+    for (const String* dataclass : kRestrictions[index].dataclasses) {
       if (dataclass) restricted.push_back(*dataclass);
     }
   }
@@ -170,7 +169,10 @@ std::optional<std::string_view> BasicAccount::restrictionOnDataclass(std::string
     const bool concerned = std::any_of(withdrawn.begin(), withdrawn.end(), [&](const String* each) {
       return each && *each == dataclass;
     });
-    if (concerned && restriction.isInForce()) return restriction.inWords;
+    if (concerned && Platform::current().restrictions().restrictionOfFeature(restriction.feature) ==
+                         ManagementRestrictions::kExplicitlyNotAllowed) {
+      return restriction.inWords;
+    }
   }
   return std::nullopt;
 }

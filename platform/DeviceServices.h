@@ -32,8 +32,12 @@ class ManagementRestrictions {
   static constexpr int kExplicitlyNotAllowed = 2;
 
   virtual ~ManagementRestrictions() = default;
-  /// The service's present answer; 0 where it is absent.
-  virtual int restrictionOfFeature(Feature feature) const = 0;
+  /// The service's present answers about the features, in their order, as of one moment; 0 where it
+  /// is absent.
+  virtual std::vector<int> restrictionsOfFeatures(const std::vector<Feature>& features) const = 0;
+  int restrictionOfFeature(Feature feature) const {
+    return restrictionsOfFeatures({feature}).front();
+  }
 };
 
 /// What the device-pairing service recorded about the computers that sync to the device.

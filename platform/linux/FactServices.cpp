@@ -19,6 +19,15 @@ Value entryOf(const DictionaryRef& dictionary, std::string_view key) {
   return dictionary ? (*dictionary)[key] : Value();
 }
 
+/// The integer; 0 for every other kind and for one that an int does not hold.
+int intOf(const Value& value) {
+  if (value.kind() != Value::Kind::Integer || value.isBeyondSigned()) return 0;
+  const std::int64_t number = value.integerValue();
+  const bool fits =
+      number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max();
+  return fits ? static_cast<int>(number) : 0;
+}
+
 // The kernel adds the byte order to the architecture's name: "armv6l", "armv7b".
 std::string processorArchitecture() {
   utsname system{};
@@ -75,13 +84,15 @@ Value LinuxDeviceInformation::answerForKey(std::string_view key) const {
 LinuxRestrictions::LinuxRestrictions(const DeviceRoot& root)
     : _root(root), _path(pathOfFacts(root, "Restrictions.plist")) {}
 
-int LinuxRestrictions::restrictionOfFeature(Feature feature) const {
-  const Value answer = entryOf(dictionaryInFile(_root, _path), nameOf(feature));
-  if (answer.kind() != Value::Kind::Integer || answer.isBeyondSigned()) return 0;
-  const std::int64_t number = answer.integerValue();
-  const bool fits =
-      number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max();
-  return fits ? static_cast<int>(number) : 0;
+std::vector<int> LinuxRestrictions::restrictionsOfFeatures(
+    const std::vector<Feature>& features) const {
+  const DictionaryRef facts = dictionaryInFile(_root, _path);
+  std::vector<int> restrictions;
+  restrictions.reserve(features.size());
+  for (const Feature feature : features) {
+    restrictions.push_back(intOf(entryOf(facts, nameOf(feature))));
+  }
+  return restrictions;
 }
 
 LinuxPairingRecords::LinuxPairingRecords(const DeviceRoot& root)

@@ -25,7 +25,7 @@ class LinuxDeviceInformation final : public DeviceInformation {
 class LinuxRestrictions final : public ManagementRestrictions {
  public:
   explicit LinuxRestrictions(const DeviceRoot& root);
-  int restrictionOfFeature(Feature feature) const override;
+  std::vector<int> restrictionsOfFeatures(const std::vector<Feature>& features) const override;
 
  private:
   const DeviceRoot& _root;

@@ -37,9 +37,14 @@ Value ScriptedDeviceInformation::answerForKey(std::string_view key) const {
   return found(answers, key);
 }
 
-int ScriptedRestrictions::restrictionOfFeature(Feature feature) const {
-  asked.push_back(feature);
-  return found(answers, feature);
+std::vector<int> ScriptedRestrictions::restrictionsOfFeatures(
+    const std::vector<Feature>& features) const {
+  std::vector<int> restrictions;
+  for (const Feature feature : features) {
+    asked.push_back(feature);
+    restrictions.push_back(found(answers, feature));
+  }
+  return restrictions;
 }
 
 Value ScriptedPairingRecords::valueForKey(std::string_view key, std::string_view domain) const {

@@ -69,7 +69,7 @@ class ScriptedRestrictions final : public ManagementRestrictions {
   /// What was asked about, in order.
   mutable std::vector<Feature> asked;
 
-  int restrictionOfFeature(Feature feature) const override;
+  std::vector<int> restrictionsOfFeatures(const std::vector<Feature>& features) const override;
 };
 
 class ScriptedPairingRecords final : public PairingRecords {
