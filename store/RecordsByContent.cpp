@@ -75,16 +75,15 @@ class ContentHashing {
 
 }  // namespace
 
-std::size_t RecordsByContent::ContentHash::operator()(const DictionaryRef& record) const noexcept {
-  return ContentHashing().hashOf(record);
-}
+RecordsByContent::Content::Content(const DictionaryRef& of) noexcept
+    : record(of), hash(ContentHashing().hashOf(of)) {}
 
 void RecordsByContent::file(const DictionaryRef& record, std::size_t position) {
-  _positions[record].list.push_back(position);
+  _positions[Content(record)].list.push_back(position);
 }
 
 std::size_t RecordsByContent::take(const DictionaryRef& content) {
-  const auto found = _positions.find(content);
+  const auto found = _positions.find(Content(content));
   if (found == _positions.end()) return kNoRecord;
   Positions& positions = found->second;
   return positions.taken < positions.list.size() ? positions.list[positions.taken++] : kNoRecord;

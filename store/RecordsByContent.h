@@ -21,20 +21,26 @@ class RecordsByContent {
   std::size_t take(const DictionaryRef& content);
 
  private:
-  struct ContentHash {
-    std::size_t operator()(const DictionaryRef& record) const noexcept;
-  };
-  struct ContentEquality {
-    bool operator()(const DictionaryRef& a, const DictionaryRef& b) const noexcept {
-      return equalContent(a, b);
+  /// The hash goes with the record: hashing reads all of it, and so does comparing, which records
+  /// that only share a bucket must not cost.
+  struct Content {
+    explicit Content(const DictionaryRef& of) noexcept;
+    friend bool operator==(const Content& a, const Content& b) noexcept {
+      return a.hash == b.hash && equalContent(a.record, b.record);
     }
+
+    DictionaryRef record;
+    std::size_t hash;
+  };
+  struct HashOfContent {
+    std::size_t operator()(const Content& content) const noexcept { return content.hash; }
   };
   struct Positions {
     std::vector<std::size_t> list;
     std::size_t taken = 0;
   };
 
-  std::unordered_map<DictionaryRef, Positions, ContentHash, ContentEquality> _positions;
+  std::unordered_map<Content, Positions, HashOfContent> _positions;
 };
 
 }  // namespace tallbook
