@@ -30,6 +30,14 @@
 #include "bench/Stopwatch.h"
 #include "migration/AccountsDataMigrator.h"
 #include "platform/Platform.h"
+#include "tools/common/Output.h"
+#include "tools/tallbook-migrate/Story.h"
+
+namespace tallbook::tool {
+
+const char* const kProgram = "tallbook-measure";
+
+}  // namespace tallbook::tool
 
 namespace tallbook::bench {
 namespace {
@@ -221,6 +229,13 @@ void migration(Before before, const Arguments& arguments) {
     figures["migration"].push_back(
         nanoseconds([&] { return migrated = AccountsDataMigrator().performMigration(); }));
     if (!migrated) throw std::runtime_error("the migration failed");
+    writeFilesBefore(before, accounts);
+    migrate::Story story(true);
+    figures["migration-with-report"].push_back(nanoseconds([&] {
+      AccountsDataMigrator migrator;
+      migrator.setObserver(&story);
+      return migrator.performMigration();
+    }));
     writeFilesBefore(before, accounts);
     AccountsManager::_setShouldSkipNotifications(true);
     figures["loads-and-saves"].push_back(loadsAndSaves());

@@ -77,6 +77,8 @@ def ratios(folder):
         for count, run in (("1,000", few), ("10,000", many)):
             share = run["migration"] / run["loads-and-saves"]
             yield f"migration of {name} / its loads and saves, {count}", share, 1.3, False
+            share = run["migration-with-report"] / run["migration"]
+            yield f"migration of {name} with a report / without, {count}", share, 1.1, False
     # Its time is to stay the same; the bound leaves room for the caches' share of it.
     look_up = "picoseconds-a-look-up"
     growth = large[look_up] / small[look_up]

@@ -6,7 +6,6 @@
 #include "tallbook/PlugInClass.h"
 
 #include "migration/Console.h"
-#include "model/LibraryLogging.h"
 #include "platform/NamedLock.h"
 #include "platform/OncePerPlatform.h"
 
@@ -78,19 +77,14 @@ bool AccountsDataMigrator::executeMigrationSteps() {
   bool newInfo = false;
   AccountsManager::shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(&mail, &syncora,
                                                                              &newInfo);
-  // A look that failed, or came too early, must not split the legacy accounts over two migrations.
-  if (!mail && (unknown = whyNotAbsent(mailAccountsPath()))) {
-    return refuse(mailAccountsPath(), unknown);
-  }
-  if (!syncora && (unknown = whyNotAbsent(syncoraAccountPath()))) {
-    return refuse(syncoraAccountPath(), unknown);
-  }
-  if (!mail) _oldMailFile = OldFile::Absent;
-  if (!syncora) _oldSyncoraFile = OldFile::Absent;
+  if (!mail) _oldMailFile = notFound(mailAccountsPath());
+  if (!syncora) _oldSyncoraFile = notFound(syncoraAccountPath());
   Store store = AccountsManager::initInsideOfMigration();
   if (store->fileState().kind == AccountsFileState::Kind::Unreadable) {
     return refuse(AccountsManager::fullPathToTallbookPlist(), store->fileState().error);
   }
+  if (!mayGoOn(*store)) return false;
+  tellLoading(store);
   bool result = true;
   if (mail || syncora || newInfo) {
     if (_saveMigrationInformation()) _collatedMigrationData = Dictionary::make();
@@ -99,17 +93,34 @@ bool AccountsDataMigrator::executeMigrationSteps() {
     if (mail) _migrateMailAccounts(store);
     // The chain's answer alone is the migration's. A conversion that failed keeps its file.
     result = _migrateNewAccountsInfo(store);
+    if (_whyUnreadable) {
+      return refuse(AccountsManager::fullPathToTallbookPlist(), _whyUnreadable);
+    }
   }
   store->setDataVersion(AccountsManager::currentVersion());
-  const bool saved = store->saveAllAccounts();
+  saveStep(*store);
+  const bool isSaved = _isSaved;
+  endStage("saving", store);
+  keepIfUnloadable(*store, _oldMailFile);
+  keepIfUnloadable(*store, _oldSyncoraFile);
   store.reset();
-  if (!result) return false;
-
   // Converted accounts that did not reach the accounts file stand in the legacy files alone.
-  if ((mail || syncora) && saved) _removeOldAccountsInfo();
+  if (!result || !isSaved || (!mail && !syncora)) {
+    tellBothKept(result ? "the accounts file was not replaced" : "a version step failed");
+  } else {
+    _removeOldAccountsInfo();
+  }
+  if (!result) return false;
   if (_saveMigrationInformation()) _saveCollatedMigrationInformation();
   tellTheMailApplication();
   return true;
+}
+
+bool AccountsDataMigrator::mayGoOn(AccountsManager& store) {
+  const std::string why = store._keepGenerationBeforeMigration();
+  if (why.empty() || !_copyAsideFailure || !_observer) return true;
+  return _observer->mayGoOnWithoutCopy(
+      why + "; it cannot be copied aside: " + _copyAsideFailure.message());
 }
 
 void AccountsDataMigrator::_copyAsideAccountsPlist() {
@@ -121,28 +132,10 @@ void AccountsDataMigrator::_copyAsideAccountsPlist() {
   if (removal && removal != std::errc::no_such_file_or_directory) {
     consoleLog("Couldn't remove existing tallbook copy at " + target);
   }
-  if (const std::error_code error = files.copyFile(source, target)) {
-    consoleLog("Error trying to save an tallbook plist copy: " + error.message());
+  _copyAsideFailure = files.copyFile(source, target);
+  if (_copyAsideFailure) {
+    consoleLog("Error trying to save an tallbook plist copy: " + _copyAsideFailure.message());
   }
-}
-
-void AccountsDataMigrator::keepAccountsOfTypes(const Store& store,
-                                               const AccountsManager::AccountTypes& types) {
-  if (store->countOfBasicAccountsWithTypes(types) == 0) return;
-  FileSystem& files = Platform::current().fileSystem();
-  const std::string path = AccountsManager::fullPathToTallbookPlist();
-  std::string kept;
-  std::error_code error;
-  int number = 1;
-  do {
-    kept = path + ".replaced-" + std::to_string(number++);
-    error = files.copyFile(path, kept);
-  } while (error == std::errc::file_exists);
-  logMessage("+[AccountsDataMigrator(Internal) keepAccountsOfTypes:]", [&] {
-    const std::string reason = "A legacy file could not be understood. ";
-    return error ? reason + "The accounts that it replaces could not be kept. " + error.message()
-                 : reason + "The accounts that it replaces are kept in " + kept;
-  });
 }
 
 bool AccountsDataMigrator::_saveMigrationInformation() {

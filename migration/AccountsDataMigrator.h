@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -9,12 +9,15 @@
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/DataMigrator.h"
+#include "tallbook/MigrationObserver.h"
+
+#include "migration/LegacyFile.h"
 
 namespace tallbook {
 
 /// The principal class of the migration plug-in: converts legacy mail and Exchange accounts, brings
-/// an older accounts file to the current version, and removes the legacy files only when nothing
-/// can be lost. One object serves one migration, on the thread that calls it.
+/// an older accounts file to the current version, and removes the legacy files whose accounts are
+/// in it. One object serves one migration, on the thread that calls it.
 class AccountsDataMigrator final : public DataMigrator {
  public:
   using Store = std::shared_ptr<AccountsManager>;
@@ -24,8 +27,10 @@ class AccountsDataMigrator final : public DataMigrator {
   String dataClassName() const override;
   /// Waits for the migration lock and migrates under it. False when the lock cannot be made, a
   /// version step failed, and, with nothing changed, where the system refuses to tell what the
-  /// accounts file holds, which legacy files there are, or whether a removal was interrupted.
+  /// accounts file holds or whether a removal was interrupted, and where the observer does not want
+  /// to go on.
   bool performMigration() override;
+  void setObserver(MigrationObserver* observer) override { _observer = observer; }
 
   // Internal
 
@@ -40,16 +45,17 @@ class AccountsDataMigrator final : public DataMigrator {
   /// Whether an earlier removal of the legacy files was interrupted; false, with `error`, where
   /// nobody can tell.
   bool _failedToRemoveOldAccountsInfo(std::error_code& error) const;
-  /// Removes the legacy files that this migration converted; both where it has not asked what there
-  /// is, to finish an interrupted removal. True when the removal of the legacy Exchange file
-  /// reported no error.
+  /// Removes the legacy files that this migration converted, and moves those aside that it did not
+  /// understand; where it has not asked what there is, it removes both, to finish an interrupted
+  /// removal. True when the removal of the legacy Exchange file reported no error.
   bool _removeOldAccountsInfo();
   void _saveCollatedMigrationInformation();
 
   // Conversion of legacy mail accounts
 
   /// Replaces the store's mail accounts with those of the legacy mail file. False, and the store as
-  /// it was, when one of them cannot be converted.
+  /// it was, when one of them cannot be converted, and when the system does not let the file be
+  /// read.
   bool _migrateMailAccounts(const Store& store);
   /// A record made of a legacy description, null when none can be made. `type` is what it is where
   /// its class does not tell.
@@ -104,27 +110,58 @@ class AccountsDataMigrator final : public DataMigrator {
                                                    const Account& umbrellaAccount);
 
  private:
-  /// What became of a legacy file, which decides whether it may be removed.
-  enum class OldFile {
-    MayGo,   ///< it was converted, or an interrupted removal is being finished
-    Absent,  ///< one that comes to lie there later is not this migration's to remove
-    Stays    ///< it could not be converted
-  };
-
   void collate(const String& key, const DictionaryRef& file);
-  /// Copies the accounts file beside itself where the store has accounts of the types, which are
-  /// about to give way to those of a legacy file that nobody understood.
-  static void keepAccountsOfTypes(const Store& store, const AccountsManager::AccountTypes& types);
-  /// The error of looking at a legacy file that was not found before; "try again" where it is there
-  /// now.
-  static std::error_code whyNotAbsent(const std::string& path);
-  std::error_code removeOldFile(const std::string& path, OldFile state, bool isErrorTold);
 
+  /// Keeps the accounts file before the migration as a generation. False where there is neither
+  /// that nor a copy, and the observer does not want to go on.
+  bool mayGoOn(AccountsManager& store);
+
+  // What the observer is told
+
+  void tellLoading(const Store& store);
+  /// Saves what a step has done so far. What a failed save leaves is saved with what comes after
+  /// it; the migration heeds the answer of its last save.
+  void saveStep(AccountsManager& store);
+  void endStage(const char* name, const Store& store);
+  /// `replaceAccountsWithTypes:withAccounts:`, and tells of the accounts that give way: `whyMet` of
+  /// those that have the identifier of a given one, `whyReplaced` of all others.
+  void replaceAccounts(const Store& store, const AccountsManager::AccountTypes& types,
+                       const AccountsManager::AccountList& accounts, const char* whyReplaced,
+                       const char* whyMet);
+  /// Tells that no account was made of any description under the keys of a legacy file.
+  /// `properties` makes a record's properties of one, null of what is no dictionary.
+  using MakeProperties = std::function<DictionaryRef(const DictionaryRef& description)>;
+  void tellNotConverted(const LegacyFile& file, std::string_view key,
+                        const MakeProperties& properties);
+  void tellEnd(const std::string& path, LegacyFileEnd::Kind kind, const std::string& why,
+               const std::string& movedTo = {});
+  /// Tells of both legacy files that they stay.
+  void tellBothKept(const std::string& why);
+
+  // Legacy files
+
+  /// Leaves the accounts out that are children of an umbrella account since an earlier, interrupted
+  /// migration.
+  void leaveOutWrapped(const AccountsManager& store, AccountsManager::AccountList& accounts);
+  /// Settles what is known of a legacy file that was not found.
+  static OldFile notFound(const std::string& path);
+  /// Moves a file that holds an account which no load accepts aside rather than removing it.
+  static void keepIfUnloadable(const AccountsManager& store, OldFile& file);
+  /// Gives what lies at the path the first free name that ends in ".unreadable-N".
+  std::error_code moveAside(const std::string& path, const std::string& why);
+  /// Moves it aside where it is to go there; what cannot be moved stays.
+  void moveAsideIfMeant(const std::string& path, OldFile& file);
+  std::error_code removeOldFile(const std::string& path, const OldFile& file);
+
+  MigrationObserver* _observer = nullptr;
+  bool _isSaved = false;  ///< whether the stage at work has saved the store
+  std::error_code _copyAsideFailure;
+  std::error_code _whyUnreadable;  ///< why the chain could not read the accounts file
   DictionaryRef _collatedMigrationData;
   bool _foundOldMailAccountsToMigrate = false;
   bool _foundOldSyncoraAccountsToMigrate = false;
-  OldFile _oldMailFile = OldFile::MayGo;
-  OldFile _oldSyncoraFile = OldFile::MayGo;
+  OldFile _oldMailFile;
+  OldFile _oldSyncoraFile;
 };
 
 }  // namespace tallbook

@@ -43,36 +43,49 @@ ArrayRef takeEnabledDataclasses(Dictionary& properties) {
   return enabled->frozenCopy();
 }
 
-}  // namespace
-
-bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
-  LegacyFile file(syncoraAccountPath());
-  if (file.hasEntries()) _foundOldSyncoraAccountsToMigrate = true;
-  collate("OldExchangeAccount", file.contents());
-
-  const auto accounts = file.accountsMadeOf(
-      "SyncoraAccountsKey",
-      [this](const DictionaryRef& each) { return _convertExchangeAccountDescription(each); },
-      "-[AccountsDataMigrator(Internal) _migrateSyncoraAccounts:]. Could not convert the "
-      "description for the Exchange account ");
-  if (accounts) {
-    if (!file.wasUnderstood()) keepAccountsOfTypes(store, {kExchangeAccountType});
-    store->replaceAccountsWithTypesWithAccounts({kExchangeAccountType}, *accounts);
-  }
-  _oldSyncoraFile = accounts && file.wasUnderstood() ? OldFile::MayGo : OldFile::Stays;
-  file.removeOriginal();
-  return accounts.has_value();
-}
-
-AccountsDataMigrator::Account AccountsDataMigrator::_convertExchangeAccountDescription(
-    const DictionaryRef& description) {
+// The properties of the record that a description becomes; null for null.
+DictionaryRef propertiesOf(const DictionaryRef& description) {
   const DictionaryRef properties = renamed(description, renamings());
   if (!properties) return nullptr;
   properties->set(kAccountEnabledDataclasses, takeEnabledDataclasses(*properties));
   properties->set(kAccountType, kExchangeAccountType);
   properties->set(kAccountTypeString, "Exchange");
   properties->set(kAccountShortTypeString, "Exchange");
-  const Account account = BasicAccount::initWithProperties(properties);
+  return properties;
+}
+
+}  // namespace
+
+bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
+  constexpr std::string_view kAccounts = "SyncoraAccountsKey";
+  LegacyFile file(syncoraAccountPath());
+  if (file.hasEntries()) _foundOldSyncoraAccountsToMigrate = true;
+  collate("OldExchangeAccount", file.contents());
+
+  auto accounts = file.accountsMadeOf(
+      kAccounts,
+      [this](const DictionaryRef& each) { return _convertExchangeAccountDescription(each); },
+      "-[AccountsDataMigrator(Internal) _migrateSyncoraAccounts:]. Could not convert the "
+      "description for the Exchange account ");
+  const bool isConverted = accounts && !file.isRefused();
+  if (isConverted) {
+    replaceAccounts(store, {kExchangeAccountType}, *accounts,
+                    "replaced by the accounts of the legacy Exchange file",
+                    "an account of the legacy Exchange file has its identifier");
+  } else {
+    tellNotConverted(file, kAccounts, propertiesOf);
+  }
+  _oldSyncoraFile = file.end(isConverted);
+  if (isConverted) _oldSyncoraFile.accounts = *std::move(accounts);
+  file.removeOriginal();
+  endStage("legacy Exchange file", store);
+  return isConverted;
+}
+
+AccountsDataMigrator::Account AccountsDataMigrator::_convertExchangeAccountDescription(
+    const DictionaryRef& description) {
+  const DictionaryRef properties = propertiesOf(description);
+  const Account account = properties ? BasicAccount::initWithProperties(properties) : nullptr;
   if (!account) return nullptr;
   if (const Value* identifier = properties->find(kAccountIdentifier)) {
     account->setAccountPropertyForKey(*identifier, kAccountSyncIdentifier);

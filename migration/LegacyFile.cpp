@@ -1,18 +1,74 @@
 #include "migration/LegacyFile.h"
 
+#include <algorithm>
+#include <array>
+
+#include "tallbook/PropertyList.h"
 #include "tallbook/Vocabulary.h"
 
 #include "migration/Console.h"
-#include "model/DictionaryFile.h"
 #include "platform/Platform.h"
 
 namespace tallbook {
+namespace {
 
-LegacyFile::LegacyFile(std::string path)
-    : _path(std::move(path)), _contents(dictionaryFromFile(_path)) {}
+using std::errc;
+
+/// Whether the error tells what lies there, and not that the system could not look.
+bool isAboutTheFile(const std::error_code& error) {
+  // A folder, a pipe, a device or a socket; a link to nothing, or to itself; more than anybody
+  // reads.
+  static constexpr std::array kKinds = {errc::is_a_directory,
+                                        errc::not_supported,
+                                        errc::no_such_device_or_address,
+                                        errc::not_a_directory,
+                                        errc::file_too_large,
+                                        errc::no_such_file_or_directory,
+                                        errc::too_many_symbolic_link_levels};
+  return std::ranges::any_of(kKinds, [&](errc kind) { return error == kind; });
+}
+
+}  // namespace
+
+LegacyFile::LegacyFile(std::string path) : _path(std::move(path)) {
+  const SplitPath at(_path);
+  const auto folder = Platform::current().fileSystem().openFolder(at.folder, _refusal);
+  if (folder) {
+    read(*folder, at.name);
+  } else if (_refusal == errc::no_such_file_or_directory || _refusal == errc::not_a_directory) {
+    _refusal.clear();
+  }
+}
+
+void LegacyFile::read(const Folder& folder, const std::string& name) {
+  const FileLook look = folder.look(name, _refusal);
+  if (_refusal || look.kind == FileKind::Nothing) return;
+  const FileContent file = folder.read(name);
+  _version = file.error ? look.version : file.version;
+  if (file.error) {
+    if (isAboutTheFile(file.error)) {
+      _whyNotUnderstood = "it is no file that can be read: " + file.error.message();
+    } else {
+      _refusal = file.error;
+    }
+    return;
+  }
+  const auto root = propertyListFromBytes(file.bytes, &_whyNotUnderstood);
+  if (!root) return;
+  _contents = root->dictionary();
+  if (!_contents) {
+    _whyNotUnderstood = "its top level is of the kind " + std::string(nameOfKind(root->kind())) +
+                        ", not dictionary";
+  }
+}
 
 std::optional<AccountsManager::AccountList> LegacyFile::accountsMadeOf(
     std::string_view key, const Convert& convert, const std::string& complaint) {
+  const Value* found = _contents ? _contents->find(key) : nullptr;
+  if (found && !found->array()) {
+    _whyNotUnderstood = "its \"" + std::string(key) + "\" is of the kind " +
+                        std::string(nameOfKind(found->kind())) + ", not array";
+  }
   AccountsManager::AccountList accounts;
   const ArrayRef elements = descriptions(key);
   for (const Value& description : *elements) {
@@ -27,11 +83,17 @@ std::optional<AccountsManager::AccountList> LegacyFile::accountsMadeOf(
   return accounts;
 }
 
-ArrayRef LegacyFile::descriptions(std::string_view key) {
-  const Value* found = _contents ? _contents->find(key) : nullptr;
-  const ArrayRef array = found ? found->array() : nullptr;
-  if (found && !array) _hasOnlyArrays = false;
+ArrayRef LegacyFile::descriptions(std::string_view key) const {
+  const ArrayRef array = _contents ? (*_contents)[key].array() : nullptr;
   return array ? array : Array::make();
+}
+
+OldFile LegacyFile::end(bool isConverted) const {
+  using Fate = OldFile::Fate;
+  if (_refusal) return {Fate::Stays, "it cannot be read: " + _refusal.message(), {}, {}};
+  if (!isConverted) return {Fate::Stays, "an account of it cannot be converted", {}, {}};
+  if (!_whyNotUnderstood.empty()) return {Fate::GoesAside, _whyNotUnderstood, _version, {}};
+  return {Fate::MayGo, {}, _version, {}};
 }
 
 void LegacyFile::removeOriginal() const {

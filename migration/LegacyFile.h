@@ -4,15 +4,33 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <unordered_set>
 #include <utility>
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/Value.h"
 
+#include "platform/FileSystem.h"
 #include "platform/propertylist/KeyedHash.h"
 
 namespace tallbook {
+
+/// What a migration knows of a legacy file, which decides what becomes of it.
+struct OldFile {
+  enum class Fate {
+    MayGo,      ///< it was converted, or an interrupted removal is being finished
+    GoesAside,  ///< what it holds is not all in the accounts file, and never will be
+    WentAside,
+    Stays,  ///< it could not be converted, and the next migration may do better
+    Absent  ///< one that comes to lie there later is not this migration's to remove
+  };
+
+  Fate fate = Fate::MayGo;
+  std::string why;                        ///< on one line, why it may not go
+  FileVersion version;                    ///< that was read; none where nothing was
+  AccountsManager::AccountList accounts;  ///< made of it
+};
 
 /// A legacy property-list file as a conversion sees it.
 class LegacyFile {
@@ -23,6 +41,8 @@ class LegacyFile {
   /// Its top level; null when it is missing or holds no dictionary.
   const DictionaryRef& contents() const noexcept { return _contents; }
   bool hasEntries() const noexcept { return _contents && !_contents->empty(); }
+  /// Whether the system refused to give it: what it holds is not known.
+  bool isRefused() const noexcept { return static_cast<bool>(_refusal); }
   using Convert = std::function<std::shared_ptr<BasicAccount>(const DictionaryRef& description)>;
   /// The accounts that `convert` makes of the descriptions in the array under the key; none where
   /// there is no array. Nullopt when it makes null of one, which the console learns of after
@@ -30,18 +50,22 @@ class LegacyFile {
   std::optional<AccountsManager::AccountList> accountsMadeOf(std::string_view key,
                                                              const Convert& convert,
                                                              const std::string& complaint);
-  /// Whether all that was asked of it was understood. What was not must not be removed.
-  bool wasUnderstood() const noexcept { return _contents && _hasOnlyArrays; }
+  /// The array under the key; empty where there is none.
+  ArrayRef descriptions(std::string_view key) const;
+  /// What is to become of it. `isConverted` tells whether accounts were made of all descriptions.
+  OldFile end(bool isConverted) const;
   /// Removes the file of the same name that ends in ".original", where there is one.
   void removeOriginal() const;
 
  private:
-  ArrayRef descriptions(std::string_view key);
+  void read(const Folder& folder, const std::string& name);
   void claimIdentifier(BasicAccount& account);
 
   std::string _path;
   DictionaryRef _contents;
-  bool _hasOnlyArrays = true;
+  FileVersion _version;
+  std::error_code _refusal;
+  std::string _whyNotUnderstood;
   /// The identifiers that the file's accounts have received.
   std::unordered_set<std::string, KeyedStringHash> _claimed;
 };

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -54,16 +56,30 @@ bool holdsWrapped(const BasicAccount& umbrella, const BasicAccount& account) {
   });
 }
 
-// A hosted-service account that an interrupted migration converted before, and wrapped, comes back
-// as the child that it has become.
-void keepWrapped(const AccountsManager& store, const AccountsManager::AccountList& accounts) {
-  for (const auto& account : accounts) {
-    if (!isHostedMailAccount(*account)) continue;
-    const String identifier = account->identifier();
-    const auto filed = store.accountWithIdentifier(identifier);
-    const bool isUmbrella = filed && filed->type() == kOrvaneAccountType;
-    if (isUmbrella && holdsWrapped(*filed, *account)) account->setParentAccount(filed);
+// The properties of the record that a description becomes; null for null.
+DictionaryRef propertiesOf(const DictionaryRef& description, const String& type) {
+  using Migrator = AccountsDataMigrator;
+  const DictionaryRef properties = renamed(description, renamings());
+  if (!properties) return nullptr;
+  properties->set(kAccountType, type);
+  if (!properties->contains(kAccountClass) && type == kSMTPAccountType) {
+    properties->set(kAccountClass, "SMTPAccount");
   }
+  if (const String mailClass = (*properties)[kAccountClass].string()) {
+    properties->set(kAccountTypeString, Migrator::_accountTypeStringForMailAccountClass(mailClass));
+    properties->set(kAccountShortTypeString,
+                    Migrator::_accountShortTypeStringForMailAccountClass(mailClass));
+    properties->set(kAccountType, Migrator::_accountTypeForMailAccountClass(mailClass));
+  }
+  if ((*properties)[kAccountType].string() == kVeltroAccountType) {
+    // The hosted service knows its users without their domain.
+    const String username = (*properties)[kAccountUsername].string();
+    const auto at = username.view().find('@');
+    if (at != std::string_view::npos) {
+      properties->set(kAccountUsername, username.view().substr(0, at));
+    }
+  }
+  return properties;
 }
 
 }  // namespace
@@ -84,54 +100,77 @@ String AccountsDataMigrator::_accountShortTypeStringForMailAccountClass(
 }
 
 bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
+  struct Kind {
+    std::string_view key;
+    const String& type;
+    std::string name;
+  };
+  const Kind delivery{"DeliveryAccounts", kSMTPAccountType, "delivery"};
+  const Kind mail{"MailAccounts", kMailAccountType, "incoming"};
   LegacyFile file(mailAccountsPath());
   if (file.hasEntries()) _foundOldMailAccountsToMigrate = true;
   collate("OldMailAccounts", file.contents());
 
-  const auto converted = [&](std::string_view key, const String& type, const std::string& kind) {
+  const auto converted = [&](const Kind& kind) {
     return file.accountsMadeOf(
-        key,
-        [&](const DictionaryRef& each) { return _convertMailAccountDescriptionType(each, type); },
+        kind.key,
+        [&](const DictionaryRef& each) {
+          return _convertMailAccountDescriptionType(each, kind.type);
+        },
         "-[AccountsDataMigrator(Internal) _migrateMailAccounts:]. Could not convert the "
         "description for the " +
-            kind + " account ");
+            kind.name + " account ");
   };
-  const auto outgoing = converted("DeliveryAccounts", kSMTPAccountType, "delivery");
-  const auto incoming =
-      outgoing ? converted("MailAccounts", kMailAccountType, "incoming") : std::nullopt;
-  if (incoming) {
-    if (!file.wasUnderstood()) keepAccountsOfTypes(store, {kSMTPAccountType, kMailAccountType});
-    keepWrapped(*store, *incoming);
-    store->replaceAccountsWithTypesWithAccounts({kSMTPAccountType}, *outgoing);
-    store->replaceAccountsWithTypesWithAccounts({kMailAccountType}, *incoming);
+  auto outgoing = converted(delivery);
+  auto incoming = outgoing ? converted(mail) : std::nullopt;
+  const bool isConverted = incoming && !file.isRefused();
+  if (isConverted) {
+    leaveOutWrapped(*store, *incoming);
+    constexpr const char* kReplaced = "replaced by the accounts of the legacy mail file";
+    constexpr const char* kMet = "an account of the legacy mail file has its identifier";
+    replaceAccounts(store, {kSMTPAccountType}, *outgoing, kReplaced, kMet);
+    replaceAccounts(store, {kMailAccountType}, *incoming, kReplaced, kMet);
+  } else {
+    for (const Kind& kind : {delivery, mail}) {
+      tellNotConverted(file, kind.key, [&](const DictionaryRef& description) {
+        return propertiesOf(description, kind.type);
+      });
+    }
   }
-  _oldMailFile = incoming && file.wasUnderstood() ? OldFile::MayGo : OldFile::Stays;
+  _oldMailFile = file.end(isConverted);
+  if (isConverted) {
+    _oldMailFile.accounts = *std::move(incoming);
+    std::ranges::move(*outgoing, std::back_inserter(_oldMailFile.accounts));
+  }
   file.removeOriginal();
-  return incoming.has_value();
+  endStage("legacy mail file", store);
+  return isConverted;
+}
+
+void AccountsDataMigrator::leaveOutWrapped(const AccountsManager& store,
+                                           AccountsManager::AccountList& accounts) {
+  std::erase_if(accounts, [&](const Account& account) {
+    if (!isHostedMailAccount(*account)) return false;
+    const String identifier = account->identifier();
+    const Account filed = store.accountWithIdentifier(identifier);
+    // Only under an umbrella account of the earlier hosted service: another parent has the child
+    // from somebody else.
+    if (!filed || filed->type() != kOrvaneAccountType || !isHostedMailAccount(*filed) ||
+        !holdsWrapped(*filed, *account)) {
+      return false;
+    }
+    if (_observer) {
+      _observer->accountLeft(account->properties(),
+                             "it was converted before, and stands in " + nameOf(*filed));
+    }
+    return true;
+  });
 }
 
 AccountsDataMigrator::Account AccountsDataMigrator::_convertMailAccountDescriptionType(
     const DictionaryRef& description, const String& type) {
-  const DictionaryRef properties = renamed(description, renamings());
-  if (!properties) return nullptr;
-  properties->set(kAccountType, type);
-  if (!properties->contains(kAccountClass) && type == kSMTPAccountType) {
-    properties->set(kAccountClass, "SMTPAccount");
-  }
-  if (const String mailClass = (*properties)[kAccountClass].string()) {
-    properties->set(kAccountTypeString, _accountTypeStringForMailAccountClass(mailClass));
-    properties->set(kAccountShortTypeString, _accountShortTypeStringForMailAccountClass(mailClass));
-    properties->set(kAccountType, _accountTypeForMailAccountClass(mailClass));
-  }
-  if ((*properties)[kAccountType].string() == kVeltroAccountType) {
-    // The hosted service knows its users without their domain.
-    const String username = (*properties)[kAccountUsername].string();
-    const auto at = username.view().find('@');
-    if (at != std::string_view::npos) {
-      properties->set(kAccountUsername, username.view().substr(0, at));
-    }
-  }
-  const Account account = BasicAccount::initWithProperties(properties);
+  const DictionaryRef properties = propertiesOf(description, type);
+  const Account account = properties ? BasicAccount::initWithProperties(properties) : nullptr;
   if (!account) return nullptr;
   const Value* identifier = properties->find(kAccountIdentifier);
   account->setAccountPropertyForKey(

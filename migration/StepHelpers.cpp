@@ -6,8 +6,12 @@
 
 namespace tallbook {
 
-void saveStep(AccountsManager& store) {
-  static_cast<void>(store.saveAllAccounts());
+std::string nameOf(const BasicAccount& account) {
+  for (const String& key : {kAccountDisplayName, kAccountUsername, kAccountIdentifier}) {
+    const String name = account.accountPropertyForKey(key).string();
+    if (!name.empty()) return name.str();
+  }
+  return "an account without a name";
 }
 
 bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::string_view> classes) {

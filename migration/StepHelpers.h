@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 #include "migration/AccountsDataMigrator.h"
@@ -9,9 +10,8 @@
 /// What several conversions and version steps do alike.
 namespace tallbook {
 
-/// Saves what a step has done so far. What a failed save leaves is saved with what comes after it;
-/// the migration heeds the answer of its last save.
-void saveStep(AccountsManager& store);
+/// What people know the account by.
+std::string nameOf(const BasicAccount& account);
 
 bool hasClassAmong(const BasicAccount& account, std::initializer_list<std::string_view> classes);
 

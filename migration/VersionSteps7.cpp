@@ -102,9 +102,10 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A150(const Store& store) {
   }
   const AccountsManager::AccountList outgoing = store->basicAccountsWithTypes({kSMTPAccountType});
   for (const Account& account : outgoing) adoptUniqueId(*account);
-  store->replaceAccountsWithTypesWithAccounts(
-      {kVeltroAccountType, kMailAccountType, kExchangeAccountType}, accounts);
-  store->replaceAccountsWithTypesWithAccounts({kSMTPAccountType}, outgoing);
+  constexpr const char* kMet = "another account has its identifier now";
+  replaceAccounts(store, {kVeltroAccountType, kMailAccountType, kExchangeAccountType}, accounts,
+                  kMet, kMet);
+  replaceAccounts(store, {kSMTPAccountType}, outgoing, kMet, kMet);
   store->setDataVersion(2);
   return true;
 }
@@ -126,7 +127,8 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A153(const Store& store) {
   }
   if (local) {
     local->setEnabledForDataclasses(enabled);
-    store->replaceAccountsWithTypesWithAccounts({kOnMyDeviceAccountType}, {local});
+    constexpr const char* kMadeAnew = "the account of the device itself is made anew";
+    replaceAccounts(store, {kOnMyDeviceAccountType}, {local}, kMadeAnew, kMadeAnew);
   }
   store->setDataVersion(3);
   return true;
@@ -164,8 +166,13 @@ bool AccountsDataMigrator::_migrateAccountsFrom7A242(const Store& store) {
       account->_forcedSetAccountPropertyForKey(kYahooAccountType, kAccountType);
     }
     if (!hasClassAmong(*account, {"GmailAccount", "YahooAccount"})) continue;
+    const std::size_t foldedBefore = folded.size();
     if (separate.takeThoseOf(account, folded)) {
       account->setEnabledForDataclass(true, kAccountDataclassCalendars);
+    }
+    if (!_observer) continue;
+    for (std::size_t index = foldedBefore; index < folded.size(); ++index) {
+      _observer->accountLeft(folded[index]->properties(), "folded into " + nameOf(*account));
     }
   }
   store->deleteAccounts(folded);

@@ -55,7 +55,7 @@ DictionaryRef umbrellaProperties(BasicAccount& account) {
 }
 
 // The hosted-service children are called what their parent is called.
-void stripNamesOfHostedChildren(BasicAccount& account) {
+void stripNamesOfHostedChildren(BasicAccount& account, MigrationObserver* observer) {
   const ArrayRef stored = account.accountPropertyForKey(kAccountChildAccounts).array();
   if (!stored) return;
   const ArrayRef children = stored->mutableCopy();
@@ -66,6 +66,7 @@ void stripNamesOfHostedChildren(BasicAccount& account) {
     child->removeAccountPropertyForKey(kAccountDisplayName);
     // Equal children before this one are without a name by now, so it is the first of its kind.
     children->replace(index, child->properties());
+    if (observer) observer->recordReplaced(properties, child->properties());
   }
   account.setAccountPropertyForKey(children, kAccountChildAccounts);
 }
@@ -108,7 +109,7 @@ bool AccountsDataMigrator::_migrateAccountsFrom8B117(const Store& store) {
 bool AccountsDataMigrator::_migrateAccountsFrom8C136(const Store& store) {
   const auto accounts = store->allBasicAccounts();
   for (const Account& account : *accounts) {
-    if (account->accountClass() == "OAAccount") stripNamesOfHostedChildren(*account);
+    if (account->accountClass() == "OAAccount") stripNamesOfHostedChildren(*account, _observer);
     if (hasClassAmong(*account, {"IMAPAccount", "GmailAccount", "YahooAccount", "AOLAccount",
                                  "POPAccount"}) &&
         isActive(*account, true)) {

@@ -94,56 +94,62 @@ AccountsFile AccountsFile::read() {
   return file;
 }
 
-Replacement AccountsFile::replace(std::vector<Value> records, Generations::Cause cause,
-                                  SaveFailure& failure, std::string& generationFailure) const {
-  failure = {};
-  generationFailure.clear();
-  const Replacement replacement =
-      tryToReplace(std::move(records), cause, failure, generationFailure);
-  if (replacement == Replacement::Failed) {
+AccountsFileSave AccountsFile::replace(std::vector<Value> records,
+                                       std::optional<Generations::Cause> cause) const {
+  AccountsFileSave save;
+  tryToReplace(std::move(records), cause, save);
+  if (save.end == Replacement::Failed) {
     logMessage(kOperation, [] { return std::string("Failed to save accounts to filesystem."); });
   }
-  return replacement;
+  return save;
 }
 
-Replacement AccountsFile::keepTheOneRead(Generations::Cause cause, SaveFailure& failure,
-                                         std::string& generationFailure) const {
+std::string AccountsFile::keepAsGeneration(Generations::Cause cause) const {
+  if (state().kind != Kind::Whole) return {};
+  std::string failure = Generations(*_folder).keep(_version, cause);
+  if (!failure.empty()) logMessage(kOperation, [&] { return failure; });
+  return failure;
+}
+
+Replacement AccountsFile::keepTheOneRead(std::optional<Generations::Cause> cause,
+                                         AccountsFileSave& save) const {
   if (state().kind == Kind::Malformed) {
-    return keepMalformedFile(*_folder, kAccountsFilename.str(), _version, failure);
+    return keepMalformedFile(*_folder, kAccountsFilename.str(), _version, save.failure);
   }
-  if (state().kind == Kind::Whole) {
-    generationFailure = Generations(*_folder).keep(_version, cause);
-    if (!generationFailure.empty()) logMessage(kOperation, [&] { return generationFailure; });
-  }
+  if (cause) save.generationFailure = keepAsGeneration(*cause);
   return Replacement::Done;
 }
 
-Replacement AccountsFile::tryToReplace(std::vector<Value> records, Generations::Cause cause,
-                                       SaveFailure& failure, std::string& generationFailure) const {
+void AccountsFile::tryToReplace(std::vector<Value> records, std::optional<Generations::Cause> cause,
+                                AccountsFileSave& save) const {
   if (state().kind == Kind::Unreadable) {
-    failure = {"read the accounts file, which is left as it is", state().reason, state().error};
-    return Replacement::Failed;
+    save.failure = {"read the accounts file, which is left as it is", state().reason,
+                    state().error};
+    return;
   }
-  const std::optional<std::string> bytes = serialised(std::move(records), failure);
-  if (!bytes) return Replacement::Failed;
+  const std::optional<std::string> bytes = serialised(std::move(records), save.failure);
+  if (!bytes) return;
   if (!_folder) {
-    failure = systemsRefusal("open the folder of the accounts file", _folderError);
-    return Replacement::Failed;
+    save.failure = systemsRefusal("open the folder of the accounts file", _folderError);
+    return;
   }
   const std::string name = _folder->freshName();
-  failure = makeFile(*_folder, name, *bytes, _version);
-  if (failure) return Replacement::Failed;
-  if (const Replacement kept = keepTheOneRead(cause, failure, generationFailure);
-      kept != Replacement::Done) {
+  save.failure = makeFile(*_folder, name, *bytes, _version);
+  if (save.failure) return;
+  save.end = keepTheOneRead(cause, save);
+  if (save.end != Replacement::Done) {
     static_cast<void>(_folder->remove(name));
-    return kept;
+    return;
   }
   std::error_code error;
-  const Replacement replacement =
-      replaceIfUnchanged(*_folder, kAccountsFilename.str(), _version, name, error);
-  if (replacement == Replacement::Failed) {
-    failure = systemsRefusal("put the new accounts file in place", error);
-  } else if (replacement == Replacement::NotTheFileRead) {
+  // Only migrations have to know a version of their own again.
+  if (!cause || *cause == Generations::Cause::Migration) {
+    save.version = _folder->look(name, error).version;
+  }
+  save.end = replaceIfUnchanged(*_folder, kAccountsFilename.str(), _version, name, error);
+  if (save.end == Replacement::Failed) {
+    save.failure = systemsRefusal("put the new accounts file in place", error);
+  } else if (save.end == Replacement::NotTheFileRead) {
     static_cast<void>(_folder->remove(name));
   } else if (error) {
     // Readers see the new file from the rename on, so the save is done whatever the disk says now.
@@ -151,7 +157,6 @@ Replacement AccountsFile::tryToReplace(std::vector<Value> records, Generations::
       return "Could not flush the folder of the accounts file. " + error.message();
     });
   }
-  return replacement;
 }
 
 }  // namespace tallbook

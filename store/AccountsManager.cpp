@@ -9,6 +9,7 @@
 #include "store/AccountPositions.h"
 #include "store/AccountsFile.h"
 #include "store/IdentifierTable.h"
+#include "store/SavesOfMigration.h"
 #include "store/TBRuntimeFixMailAccount.h"
 
 namespace tallbook {
@@ -54,11 +55,14 @@ std::string AccountsManager::fullPathToTallbookPlist() {
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::init() {
-  return initInsideOfMigration();
+  return initWithAccountsFile(readAccountsFile());
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::initInsideOfMigration() {
-  return initWithAccountsFile(readAccountsFile());
+  AccountsFile file = AccountsFile::read();
+  auto store = initWithAccountsFile(file.contents());
+  store->_savesOfMigration = std::make_unique<SavesOfMigration>(std::move(file));
+  return store;
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::initWithAccountsFile(
@@ -100,9 +104,10 @@ void AccountsManager::loadAccounts(const Array& infos) {
       logMessage("-[AccountsManager(Internal) _initWithAccountsInfo:]", [&] {
         return "ERROR: Failed to create a BasicAccount from " + info.description();
       });
+      _droppedRecords.push_back({info, BasicAccount::whyNoRecord(info)});
       continue;
     }
-    const FixerVerdict verdict = offerToFixers(*account, "loading accounts");
+    const FixerVerdict verdict = offerToFixers(*account, "loading accounts", _droppedRecords);
     repaired |= verdict != FixerVerdict::NothingToFix;
     if (verdict != FixerVerdict::CannotBeFixed) appendAccount(std::move(account));
   }
@@ -110,10 +115,15 @@ void AccountsManager::loadAccounts(const Array& infos) {
   for (const auto& fixer : _runtimeFixers) fixer->accountsHaveBeenSaved(false);
 }
 
-FixerVerdict AccountsManager::offerToFixers(BasicAccount& account, std::string_view occasion) {
+FixerVerdict AccountsManager::offerToFixers(BasicAccount& account, std::string_view occasion,
+                                            std::vector<RecordFault>& unfixable) {
   FixerVerdict worst = FixerVerdict::NothingToFix;
   for (const auto& fixer : _runtimeFixers) {
-    worst = std::max(worst, fixer->fixBasicAccountIfNeededLoggingMessage(account, occasion));
+    const FixerVerdict verdict = fixer->fixBasicAccountIfNeededLoggingMessage(account, occasion);
+    if (verdict == FixerVerdict::CannotBeFixed) {
+      unfixable.push_back({account.properties(), fixer->whyItCannotBeFixed(account)});
+    }
+    worst = std::max(worst, verdict);
   }
   return worst;
 }

@@ -8,7 +8,7 @@
 #include "model/LibraryLogging.h"
 #include "platform/NamedLock.h"
 #include "platform/Platform.h"
-#include "store/AccountsFile.h"
+#include "store/SavesOfMigration.h"
 #include "store/TBRuntimeFixProtocol.h"
 
 namespace tallbook {
@@ -55,6 +55,17 @@ std::unique_ptr<LockHold> holdMigrationLock(std::string_view operation,
 
 std::shared_ptr<LockHold> AccountsManager::createAndLockMigrationLock() {
   return holdMigrationLock("+[AccountsManager(MigrationSupport) createAndLockMigrationLock]", {});
+}
+
+std::string AccountsManager::_keepGenerationBeforeMigration() {
+  const AccountsFile& file = _savesOfMigration->file;
+  std::string failure = file.keepAsGeneration(Generations::Cause::Migration);
+  if (failure.empty()) _savesOfMigration->known = file.version();
+  return failure;
+}
+
+std::vector<Value> AccountsManager::_recordsAsSaved() const {
+  return _savesOfMigration ? _savesOfMigration->records : std::vector<Value>();
 }
 
 void AccountsManager::releaseMigrationLock(const std::shared_ptr<LockHold>& lock) {

@@ -13,6 +13,7 @@
 #include "store/AccountsMerge.h"
 #include "store/IdentifierTable.h"
 #include "store/Notifications.h"
+#include "store/SavesOfMigration.h"
 #include "store/TBRuntimeFixProtocol.h"
 
 namespace tallbook {
@@ -135,8 +136,7 @@ SaveReceipt AccountsManager::saveChanges(KeepGeneration keep) {
 }
 
 bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRecords) {
-  const auto cause =
-      keep == KeepGeneration::Always ? Generations::Cause::Restore : Generations::Cause::Save;
+  using Cause = Generations::Cause;
   _saveFailure = {};
   _generationFailure.clear();
   if (_fileState.kind == AccountsFileState::Kind::Unreadable) {
@@ -156,7 +156,16 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
     std::optional<std::vector<Value>> records(std::in_place);
     if (isReadable) records = makeRecords(file);
     if (!records) return true;
-    replacement = file.replace(*std::move(records), cause, _saveFailure, _generationFailure);
+    std::optional<Cause> cause = keep == KeepGeneration::Always ? Cause::Restore : Cause::Save;
+    if (_savesOfMigration) {
+      _savesOfMigration->records = *records;
+      cause = _savesOfMigration->causeToKeep(file);
+    }
+    AccountsFileSave save = file.replace(*std::move(records), cause);
+    if (_savesOfMigration) _savesOfMigration->known = save.version;
+    replacement = save.end;
+    _saveFailure = std::move(save.failure);
+    _generationFailure = std::move(save.generationFailure);
   }
   return replacement == Replacement::Done;
 }
@@ -197,9 +206,10 @@ std::vector<HeldRecord> AccountsManager::heldRecords() const {
 
 bool AccountsManager::fixAccountsBeforeSaving() {
   bool repaired = false;
+  _unloadableRecords.clear();
   for (auto account = _orderedTopLevelAccounts->rbegin();
        account != _orderedTopLevelAccounts->rend(); ++account) {
-    const FixerVerdict verdict = offerToFixers(**account, "saving accounts");
+    const FixerVerdict verdict = offerToFixers(**account, "saving accounts", _unloadableRecords);
     repaired |= verdict != FixerVerdict::NothingToFix;
     if (verdict != FixerVerdict::CannotBeFixed) continue;
     // Still written, so that nothing is lost, but no longer found and reported as removed.

@@ -67,6 +67,11 @@ bool TBRuntimeFixMailAccount::_cleanupAccountClass(BasicAccount& account) {
   return false;
 }
 
+std::string TBRuntimeFixMailAccount::whyItCannotBeFixed(const BasicAccount& account) const {
+  return "its class \"" + account.accountClass().str() +
+         "\" is none of a mail account, and \"AccountPath\" does not tell another";
+}
+
 void TBRuntimeFixMailAccount::accountsHaveBeenSaved(bool saved) {
   if (_shouldNotifyQuillpost && saved) {
     Platform::current().preferences().postChangedNotice("com.orvane.quillpost", "MailAccounts");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,7 @@ class TBRuntimeFixMailAccount final : public TBRuntimeFixProtocol {
  public:
   FixerVerdict fixBasicAccountIfNeededLoggingMessage(BasicAccount& account,
                                                      std::string_view occasion) override;
+  std::string whyItCannotBeFixed(const BasicAccount& account) const override;
   void accountsHaveBeenSaved(bool saved) override;
   const std::vector<String>& supportedAccountTypes() const override;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +25,8 @@ class TBRuntimeFixProtocol {
   /// Looks at one top-level record. `occasion` names what the store is doing.
   virtual FixerVerdict fixBasicAccountIfNeededLoggingMessage(BasicAccount& account,
                                                              std::string_view occasion) = 0;
+  /// Why the record cannot be fixed, on one line; for one of which that was the verdict.
+  virtual std::string whyItCannotBeFixed(const BasicAccount& account) const = 0;
   /// Follows a load (`saved` false) or a save (true) in which some verdict was not NothingToFix.
   virtual void accountsHaveBeenSaved(bool saved) = 0;
   /// The account types that it looks at.

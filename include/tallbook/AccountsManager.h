@@ -25,7 +25,14 @@ class IdentifierTable;
 struct HeldRecord;
 class LockHold;
 enum class FixerVerdict : std::int32_t;
+struct SavesOfMigration;
 class TBRuntimeFixProtocol;
+
+/// A record that no store can hold, and why, on one line.
+struct RecordFault {
+  Value record;
+  std::string why;
+};
 
 /// The store of account records: reads the accounts file when it is made, answers look-ups, takes
 /// changes, and on `saveAllAccounts` merges them with what others wrote meanwhile.
@@ -43,6 +50,8 @@ class TALLBOOK_EXPORT AccountsManager {
   /// A store of the accounts file's records; empty for a file that is missing, no accounts file or
   /// unreadable, which `fileState` tells apart.
   [[nodiscard]] static std::shared_ptr<AccountsManager> init();
+  /// The same for a migration, which rewrites the file several times: of these versions none is
+  /// kept as a generation, and each that the store did not write itself is.
   [[nodiscard]] static std::shared_ptr<AccountsManager> initInsideOfMigration();
   /// The same store of what `readAccountsFile` gave, for a client that looks at the file itself too
   /// and must not see another one.
@@ -73,6 +82,11 @@ class TALLBOOK_EXPORT AccountsManager {
   /// raises it. Saving never writes it.
   std::uint64_t dataVersion() const noexcept { return _dataVersion; }
   void setDataVersion(std::uint64_t version) noexcept { _dataVersion = version; }
+
+  /// What the file holds and loading left out when the store was made.
+  const std::vector<RecordFault>& droppedRecords() const noexcept { return _droppedRecords; }
+  /// What the last save wrote although no load accepts it: the records' own, live dictionaries.
+  const std::vector<RecordFault>& unloadableRecords() const noexcept { return _unloadableRecords; }
 
   // Look-up
 
@@ -218,6 +232,12 @@ class TALLBOOK_EXPORT AccountsManager {
 
   // Internal
 
+  /// Keeps the accounts file of which a migration's store was made as a generation of its own, if
+  /// there is one. What could not be done, on one line; else empty.
+  std::string _keepGenerationBeforeMigration();
+  /// The records as the last save of a migration's store wrote them, merged with what the file had,
+  /// in the order of `allBasicAccounts`; none for other stores.
+  std::vector<Value> _recordsAsSaved() const;
   /// Class names of the notifiers of a type and dataclass, their modules loaded. Throws
   /// InternalConsistencyFailure for malformed creators information and a module that cannot be
   /// loaded.
@@ -244,7 +264,9 @@ class TALLBOOK_EXPORT AccountsManager {
   void appendAccount(std::shared_ptr<BasicAccount> account);
   void fileChildren(const std::shared_ptr<BasicAccount>& account, const String& parentID);
   void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
-  FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion);
+  /// Appends what cannot be fixed to `unfixable`.
+  FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion,
+                             std::vector<RecordFault>& unfixable);
   bool fixAccountsBeforeSaving();
   /// What the file is to hold, given what it holds; nullopt to leave it as it is.
   using MakeRecords = std::function<std::optional<std::vector<Value>>(const AccountsFile& file)>;
@@ -272,6 +294,9 @@ class TALLBOOK_EXPORT AccountsManager {
   std::vector<DictionaryRef> _savedRecords;
   SaveFailure _saveFailure;
   std::string _generationFailure;
+  std::unique_ptr<SavesOfMigration> _savesOfMigration;  ///< null for all other stores
+  std::vector<RecordFault> _droppedRecords;
+  std::vector<RecordFault> _unloadableRecords;
   std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _runtimeFixers;
 };
 

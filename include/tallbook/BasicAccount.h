@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -73,6 +74,8 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
       const DictionaryRef& properties);
   [[nodiscard]] static std::shared_ptr<BasicAccount> initWithProperties(
       const DictionaryRef& properties);
+  /// Why `initWithProperties` makes no record of a value, on one line; empty where it makes one.
+  static std::string whyNoRecord(const Value& properties);
   /// Always throws InternalConsistencyFailure: plain construction is not allowed.
   [[noreturn]] static std::shared_ptr<BasicAccount> init();
   /// A new UUID, 36 characters in upper case; null when none can be made.

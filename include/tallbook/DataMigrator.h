@@ -5,6 +5,8 @@
 
 namespace tallbook {
 
+class MigrationObserver;
+
 /// What a data-migration host asks of the principal class of a plug-in.
 class TALLBOOK_EXPORT DataMigrator {
  public:
@@ -12,6 +14,9 @@ class TALLBOOK_EXPORT DataMigrator {
 
   /// Names the kind of data that it migrates.
   virtual String dataClassName() const = 0;
+  /// The observer, which outlives the migration, hears of what the migration does, on its thread;
+  /// null for nobody. A migrator that tells nothing ignores it.
+  virtual void setObserver([[maybe_unused]] MigrationObserver* observer) {}
   /// Runs the migration; true when it succeeded or had nothing to do.
   virtual bool performMigration() = 0;
 };

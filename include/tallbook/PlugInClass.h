@@ -17,7 +17,7 @@ class BasicAccount;
 
 /// Version of this interface between the library and the modules that it loads; grows with every
 /// change that an older module would not survive.
-inline constexpr unsigned kPlugInInterfaceVersion = 1;
+inline constexpr unsigned kPlugInInterfaceVersion = 2;
 
 /// A class that is found by name. Each member is a class operation; an empty one is not offered.
 struct PlugInClass {

@@ -204,6 +204,9 @@ class TALLBOOK_EXPORT Value {
   bool _beyondSigned = false;
 };
 
+/// "string", "integer", ...
+TALLBOOK_EXPORT std::string_view nameOfKind(Value::Kind kind) noexcept;
+
 /// The deepest nesting of containers that is read, written, copied or compared.
 inline constexpr int kMaximumNesting = 512;
 

@@ -195,10 +195,10 @@ TEST_F(ADriver, TellsWhichOldFileItCouldNotDelete) {
     std::string deletionOf;
   };
   // The sentinel is made; Exchange file, mail file, sentinel and, last, the mail fetch marker go,
-  // each from a folder opened before.
+  // each from a folder opened before, the first two after a look at them.
   for (const Case& each : {
-           Case{10, "", sentinelPath()},
-           Case{6, "mail exchange ", legacySyncoraPath()},
+           Case{12, "", sentinelPath()},
+           Case{7, "mail exchange ", legacySyncoraPath()},
            Case{4, "mail ", legacyMailPath()},
            Case{2, "sentinel ", sentinelPath()},
        }) {

@@ -1,5 +1,7 @@
 #include <filesystem>
+#include <functional>
 #include <random>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "tallbook/PropertyList.h"
@@ -34,13 +36,22 @@ class ADamagedLegacyFile : public MigrationDevice {
     std::string path;
     std::string storedWithoutIts;
   };
+  /// The bytes of the kept generations.
+  std::vector<std::string> generations() const {
+    std::vector<std::string> bytes;
+    const std::string folder = preferencesFolder() + "/.tallbook-generations/";
+    for (const std::string& name : test::namesIn(folder)) {
+      bytes.push_back(test::readFile(folder + name));
+    }
+    return bytes;
+  }
   std::vector<File> files() const {
     return {{"Mail", legacyMailPath(), "exchange ldap"},
             {"Exchange", legacySyncoraPath(), "mail smtp ldap"}};
   }
 };
 
-TEST_F(ADamagedLegacyFile, ThatIsNoPropertyListStaysAndGivesNoAccounts) {
+TEST_F(ADamagedLegacyFile, ThatIsNoPropertyListGoesAsideOnceAndGivesNoAccounts) {
   const std::string whole = *binaryPropertyList(
       Dictionary::make({{"MailAccounts", Array::make({mailAccount("IMAPAccount")})}}));
   std::mt19937 random(20120919);  // NOLINT(cert-msc51-cpp): the same bytes in every run
@@ -55,27 +66,53 @@ TEST_F(ADamagedLegacyFile, ThatIsNoPropertyListStaysAndGivesNoAccounts) {
       test::writeFile(file.path, bytes);
       const std::string accounts = test::readFile(accountsPath());
       EXPECT_TRUE(migrate());
-      EXPECT_EQ(test::readFile(file.path), bytes);
+      EXPECT_FALSE(test::exists(file.path));
+      EXPECT_EQ(test::readFile(file.path + ".unreadable-1"), bytes);
       EXPECT_EQ(stored(), file.storedWithoutIts);
-      EXPECT_EQ(test::readFile(accountsPath() + ".replaced-1"), accounts);
+      EXPECT_EQ(generations(), std::vector{accounts}) << "with what it replaced";
+      test::writeFile(accountsPath(), accounts);
       EXPECT_TRUE(migrate());
-      EXPECT_FALSE(test::exists(accountsPath() + ".replaced-2")) << "nothing was replaced";
+      EXPECT_EQ(stored(), "mail smtp exchange ldap") << "nothing is replaced again";
     }
   }
 }
 
-TEST_F(ADamagedLegacyFile, ThatIsAFolderStays) {
+TEST_F(ADamagedLegacyFile, ThatIsNoFileGoesAside) {
   for (const File& file : files()) {
+    for (const auto& make : std::vector<std::function<void(const std::string&)>>{
+             [](const auto& path) { fs::create_directories(path + "/Mailboxes"); },
+             [](const auto& path) { fs::create_directories(path); },
+             [](const auto& path) { fs::create_symlink("nowhere", path); },
+             [](const auto& path) { fs::create_symlink(path, path); },
+             [](const auto& path) { ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0); }}) {
+      arrangeStored();
+      make(file.path);
+      test::writeFile(file.path + ".unreadable-1", "an earlier one");
+      const auto kind = fs::symlink_status(file.path).type();
+      EXPECT_TRUE(migrate());
+      EXPECT_FALSE(test::exists(file.path));
+      EXPECT_EQ(fs::symlink_status(file.path + ".unreadable-2").type(), kind);
+      EXPECT_EQ(stored(), file.storedWithoutIts);
+    }
+    // Where a removal is finished, what is there goes unseen; a folder cannot.
     arrangeStored();
     fs::create_directories(file.path + "/Mailboxes");
+    fs::create_directories(sentinelPath() + "/folder");
     EXPECT_TRUE(migrate());
-    EXPECT_TRUE(fs::is_directory(file.path + "/Mailboxes"));
-    EXPECT_EQ(stored(), file.storedWithoutIts);
-    arrangeStored();
-    fs::create_directories(file.path);
-    EXPECT_TRUE(migrate());
-    EXPECT_TRUE(fs::is_directory(file.path)) << "empty";
+    EXPECT_TRUE(fs::is_directory(file.path + ".unreadable-1/Mailboxes"));
+    EXPECT_TRUE(fs::is_directory(sentinelPath() + ".unreadable-1/folder"));
+    EXPECT_FALSE(test::exists(sentinelPath()));
   }
+}
+
+TEST_F(ADamagedLegacyFile, WithAnAccountThatNoLoadAcceptsGoesAside) {
+  arrangeStored();
+  test::writePropertyList(legacyMailPath(),
+                          Dictionary::make({{"MailAccounts", Array::make({mailAccount("Odd")})}}));
+  EXPECT_TRUE(migrate());
+  EXPECT_EQ(stored(), "exchange ldap id of Odd") << "it is written all the same";
+  EXPECT_EQ(AccountsManager::init()->count(), 2u);
+  EXPECT_TRUE(test::exists(legacyMailPath() + ".unreadable-1"));
 }
 
 TEST_F(ADamagedLegacyFile, ThatMayNotBeReadStays) {
@@ -86,13 +123,13 @@ TEST_F(ADamagedLegacyFile, ThatMayNotBeReadStays) {
     fs::permissions(file.path, fs::perms::none);
     EXPECT_TRUE(migrate());
     EXPECT_TRUE(test::exists(file.path));
-    EXPECT_EQ(stored(), file.storedWithoutIts);
+    EXPECT_EQ(stored(), "mail smtp exchange ldap") << "nothing is known of what it holds";
   }
 }
 
 /// The cases of `data/legacy/damaged.plist`, each a device with the identifiers "Stored" in the
-/// accounts file afterwards, the legacy files that are "Left", and the "Console".
-TEST_F(ADamagedLegacyFile, OfWrongKindsStaysWhereItWasNotUnderstood) {
+/// accounts file afterwards, the legacy files that are "Left" and moved "Aside", and the "Console".
+TEST_F(ADamagedLegacyFile, OfWrongKindsStaysOrGoesAside) {
   const ArrayRef cases = data("legacy/damaged").array();
   ASSERT_FALSE(cases->empty());
   for (const Value& element : *cases) {
@@ -105,11 +142,14 @@ TEST_F(ADamagedLegacyFile, OfWrongKindsStaysWhereItWasNotUnderstood) {
     const auto lines = consoleLines();
     EXPECT_EQ(each["Console"], Value(Array::make({lines.begin(), lines.end()})));
     const ArrayRef left = Array::make();
+    const ArrayRef aside = Array::make();
     for (const File& file : files()) {
       if (test::exists(file.path)) left->append(file.name);
+      if (test::exists(file.path + ".unreadable-1")) aside->append(file.name);
       EXPECT_EQ(test::exists(file.path + ".original"), !each->contains("Legacy " + file.name));
     }
     EXPECT_EQ(each["Left"], Value(left));
+    EXPECT_EQ(each["Aside"], Value(aside));
     EXPECT_FALSE(test::exists(sentinelPath()));
   }
 }
@@ -173,8 +213,9 @@ TEST_F(ADamagedLegacyFile, GoesOnlyWithItsAccountsInTheAccountsFile) {
     damaged[random() % damaged.size()] = static_cast<char>(random());
     test::writeFile(legacyMailPath(), damaged);
     EXPECT_TRUE(migrate());
-    if (test::exists(legacyMailPath())) {
-      EXPECT_EQ(test::readFile(legacyMailPath()), damaged);
+    const std::string aside = legacyMailPath() + ".unreadable-1";
+    if (const bool isAside = test::exists(aside); isAside || test::exists(legacyMailPath())) {
+      EXPECT_EQ(test::readFile(isAside ? aside : legacyMailPath()), damaged);
       continue;
     }
     ++gone;

@@ -189,10 +189,8 @@ TEST_F(AGeneration, ThatCannotBeKeptFailsNoSave) {
     platform().replaceFileSystem(files);
     const AccountsFile file = AccountsFile::read();
     files.failAt(n, std::make_error_code(std::errc::no_space_on_device));
-    SaveFailure failure;
-    std::string problem;
-    const Replacement end = file.replace({record("a", {{"DisplayName", "after"}})},
-                                         Generations::Cause::Save, failure, problem);
+    const auto [end, failure, problem, version] =
+        file.replace({record("a", {{"DisplayName", "after"}})}, Generations::Cause::Save);
     if (files.operations() < n) break;
     EXPECT_EQ(stored("a")["DisplayName"], Value(end == Replacement::Done ? "after" : "before"));
     EXPECT_LE(kept().size(), 2u);

@@ -30,7 +30,8 @@ bool exists(const std::string& path) {
 
 std::vector<std::string> namesIn(const std::string& folder) {
   std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) {
+  std::error_code absent;
+  for (const auto& entry : fs::directory_iterator(folder, absent)) {
     names.push_back(entry.path().filename().string());
   }
   std::sort(names.begin(), names.end());

@@ -17,15 +17,7 @@ DevicePaths pathsOfDevice(const std::string& root) {
   paths.legacyExchange = syncoraAccountPath();
   // ~/Library/Mail/Accounts.plist
   paths.home = fs::path(paths.legacyMail).parent_path().parent_path().parent_path().string();
-  paths.removalSentinel = paths.home + "/Library/Preferences/.removingOldAccounts";
   return paths;
-}
-
-DeviceState stateOfDevice(const DevicePaths& paths) {
-  std::error_code unknown;
-  return {tool::readAccountsFile(), readLegacyFile(paths.legacyMail),
-          readLegacyFile(paths.legacyExchange),
-          fs::exists(fs::symlink_status(paths.removalSentinel, unknown))};
 }
 
 }  // namespace tallbook::migrate

@@ -5,24 +5,31 @@
 #include "tallbook/DataMigrator.h"
 #include "tallbook/Host.h"
 
-#include "tools/tallbook-migrate/Device.h"
+#include "tools/tallbook-migrate/Story.h"
 
 namespace tallbook::migrate {
 
-/// A migration that ran, and the device around it.
+/// What the caller lets a migration do.
+struct Consent {
+  bool replaceUnreadable = false;  ///< put a file in the place of one that is no accounts file
+  bool withoutCopy = false;        ///< go on where the file before can be kept nowhere
+};
+
+/// A migration that ran.
 struct Migration {
-  DeviceState before, after;
+  explicit Migration(const Consent& consent) : story(consent.withoutCopy) {}
+
+  Story story;
   bool isAnswered = false;  ///< whether it answered that it succeeded
   std::string failure;      ///< why it gave no answer at all; empty where it did
-  bool isSaved = false;     ///< whether the accounts file was replaced
 };
 
 /// Runs the migration on the device of `host`, once no other host works on it. Throws Failure for
 /// an accounts file that could not be read, and for one that is none unless it may be replaced: the
 /// save keeps that one beside the new file.
-Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, bool replaceUnreadable);
+Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, const Consent& consent);
 
 /// Runs the migration on a private copy of that device. Waits for nobody, and tells nobody.
-Migration previewMigration(DataMigrator& migrator, const HostOptions& host, bool replaceUnreadable);
+Migration previewMigration(DataMigrator& migrator, const HostOptions& host, const Consent& consent);
 
 }  // namespace tallbook::migrate

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <vector>
-
-#include "tools/tallbook-migrate/AccountFates.h"
+#include "tools/tallbook-migrate/Story.h"
 
 namespace tallbook::migrate {
 
@@ -12,7 +10,8 @@ struct ReportOptions {
   bool hidesNewIdentifiers = false;
 };
 
-/// Prints what became of the accounts on standard output.
-void printFates(const std::vector<Fate>& fates, const ReportOptions& options);
+/// Prints what became of the accounts and of the legacy files on standard output. False where an
+/// account is gone for no reason that the migration told.
+bool printStory(const Story& story, const ReportOptions& options);
 
 }  // namespace tallbook::migrate

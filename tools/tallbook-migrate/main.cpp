@@ -4,11 +4,9 @@
 #include "tallbook/Host.h"
 #include "tallbook/Vocabulary.h"
 
-#include "tools/common/LoadFault.h"
 #include "tools/common/Outcome.h"
 #include "tools/common/Output.h"
 #include "tools/common/Program.h"
-#include "tools/tallbook-migrate/AccountFates.h"
 #include "tools/tallbook-migrate/Migration.h"
 #include "tools/tallbook-migrate/Module.h"
 #include "tools/tallbook-migrate/Report.h"
@@ -22,7 +20,6 @@ const char* const kProgram = "tallbook-migrate";
 namespace tallbook::migrate {
 namespace {
 
-using tool::AccountsFile;
 using tool::note;
 
 enum class Exit {
@@ -38,7 +35,7 @@ struct CommandLine {
   std::string className = "AccountsDataMigrator";
   bool isDryRun = false;
   bool json = false;
-  bool replaceUnreadable = false;
+  Consent consent;
   bool verbose = false;
 
   void declare(CLI::App& app);
@@ -53,14 +50,17 @@ void CommandLine::declare(CLI::App& app) {
       ->capture_default_str();
   app.add_flag("--json", json, "Print JSON");
   app.add_flag("--verbose", verbose, "Print the library's log on standard error");
-  app.add_flag("--replace-unreadable", replaceUnreadable,
+  app.add_flag("--replace-unreadable", consent.replaceUnreadable,
                "Replace an accounts file that is none; it is kept beside the new one");
+  app.add_flag("--without-copy", consent.withoutCopy,
+               "Migrate although the accounts file before can be kept nowhere");
   app.add_flag("--trust-modules", host.trustsModules,
                "Load the modules of a device tree that belongs to another user");
 }
 
 /// Says what the table cannot: a migration that did not do what it should have done.
 Exit judge(const Migration& migration) {
+  const Story& story = migration.story;
   if (!migration.failure.empty()) {
     note("the installation is broken: " + migration.failure + "; reinstall it");
     return Exit::NotMigrated;
@@ -71,31 +71,24 @@ Exit judge(const Migration& migration) {
          kAccountMigrationLockFilename + " below the root a file?");
     return Exit::NotMigrated;
   }
-  // An interrupted removal is finished without a save.
-  if (migration.before.isRemovalInterrupted) {
+  if (!story.hasBegun()) {
     note(
         "finished the removal of legacy files that an earlier migration had begun; run the "
         "migration again for the rest");
     return Exit::Migrated;
   }
-  if (migration.isSaved) return Exit::Migrated;
-  note(
-      "the accounts file could not be replaced and is as it was; repeat the command with "
-      "--verbose to see why");
+  if (story.isSaved()) return Exit::Migrated;
+  note(story.whyNotSaved());
   return Exit::NotMigrated;
 }
 
 Exit report(const Migration& migration, const CommandLine& line) {
   const Exit exit = judge(migration);
-  const AccountsFile& after = migration.after.accounts;
-  if (after.isUnusable()) {
-    note("the accounts file cannot be read after the migration: " + after.state.reason +
-         "; what became of the accounts cannot be told");
-    return Exit::NotMigrated;
-  }
-  printFates(fatesOfAccounts(migration.before, migration.after, tool::whyDropped),
-             {line.json, line.isDryRun});
-  return exit;
+  if (printStory(migration.story, {line.json, line.isDryRun})) return exit;
+  note(
+      "accounts are gone for no reason that the migration told; the file before is kept, see "
+      "tallbook history");
+  return Exit::NotMigrated;
 }
 
 Exit answer(int argc, char** argv) {
@@ -113,7 +106,7 @@ Exit answer(int argc, char** argv) {
   try {
     const auto migrator = migratorOfModule(module, line.className);
     const auto migrate = line.isDryRun ? previewMigration : migrateDevice;
-    return report(migrate(*migrator, line.host, line.replaceUnreadable), line);
+    return report(migrate(*migrator, line.host, line.consent), line);
   } catch (const ModuleFailure& failure) {
     note(failure.what());
     return Exit::NoModule;

@@ -8,8 +8,6 @@
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/Dataclasses.h"
-#include "tools/common/KindName.h"
-#include "tools/common/LoadFault.h"
 #include "tools/common/Output.h"
 #include "tools/tallbook/ValueText.h"
 
@@ -93,10 +91,10 @@ class FileCheck {
   void checkTopLevel(const std::string& index, const Value& element) {
     const DictionaryRef record = element.dictionary();
     const std::string place = record ? placeOf(index, *record) : index;
-    const std::string fault = whyDropped(element);
-    if (!fault.empty()) return add("dropped", place, fault);
-
-    const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({record}));
+    const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({element}));
+    if (!store->droppedRecords().empty()) {
+      return add("dropped", place, store->droppedRecords().front().why);
+    }
     const String className = (*record)[kAccountClass].string();
     const String loaded = store->allBasicAccounts()->front()->accountClass();
     if (!(loaded == className)) {
@@ -125,7 +123,7 @@ class FileCheck {
       const Value& element = (*children)[child];
       const DictionaryRef record = element.dictionary();
       const std::string childPlace = record ? placeOf(childIndex, *record) : childIndex;
-      const std::string fault = whyNoRecord(element);
+      const std::string fault = BasicAccount::whyNoRecord(element);
       if (!fault.empty()) {
         add("ignored", childPlace, record ? fault + "; it stays in " + place : fault);
         continue;

@@ -4,7 +4,6 @@
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/Dataclasses.h"
-#include "tools/common/KindName.h"
 #include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/JSONValue.h"

@@ -2,7 +2,6 @@
 
 #include "tallbook/Vocabulary.h"
 
-#include "tools/common/KindName.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/EditableStore.h"
 #include "tools/tallbook/JSONValue.h"

@@ -1,8 +1,8 @@
-#include "tools/common/KindName.h"
+#include "tallbook/Value.h"
 
-namespace tallbook::tool {
+namespace tallbook {
 
-std::string_view nameOfKind(Value::Kind kind) {
+std::string_view nameOfKind(Value::Kind kind) noexcept {
   switch (kind) {
     case Value::Kind::Null:
       return "null";
@@ -28,4 +28,4 @@ std::string_view nameOfKind(Value::Kind kind) {
   return "unknown";
 }
 
-}  // namespace tallbook::tool
+}  // namespace tallbook

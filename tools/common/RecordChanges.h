@@ -5,7 +5,7 @@
 
 #include "tallbook/Value.h"
 
-namespace tallbook::migrate {
+namespace tallbook::tool {
 
 /// One difference between two versions of a record. Lists of dataclasses differ dataclass by
 /// dataclass; where only their order does, or an empty one came or went, the list itself does.
@@ -24,4 +24,4 @@ std::vector<KeyChange> changesBetween(const Dictionary& before, const Dictionary
 /// "Mail on", "Mail provisioned", "Port changed".
 std::string wordsFor(const KeyChange& change);
 
-}  // namespace tallbook::migrate
+}  // namespace tallbook::tool

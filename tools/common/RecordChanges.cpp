@@ -1,10 +1,10 @@
-#include "tools/tallbook-migrate/RecordChanges.h"
+#include "tools/common/RecordChanges.h"
 
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/Dataclasses.h"
 
-namespace tallbook::migrate {
+namespace tallbook::tool {
 namespace {
 
 using Kind = KeyChange::Kind;
@@ -43,7 +43,17 @@ void compareKey(std::vector<KeyChange>& changes, const String& key, const Value&
 
 std::vector<KeyChange> changesBetween(const Dictionary& before, const Dictionary& after) {
   std::vector<KeyChange> changes;
-  for (const auto& [key, value] : before) compareKey(changes, key, value, after[key]);
+  // Most keys stand where they stood, so that few have to be looked for.
+  auto next = after.begin();
+  std::size_t kept = 0;
+  for (const auto& [key, value] : before) {
+    const bool isNext = next != after.end() && next->key == key;
+    const Value* now = isNext ? &next->value : after.find(key);
+    if (isNext) ++next;
+    if (now) ++kept;
+    compareKey(changes, key, value, now ? *now : Value());
+  }
+  if (kept == after.size()) return changes;
   for (const auto& [key, value] : after) {
     if (!before.contains(key)) compareKey(changes, key, {}, value);
   }
@@ -53,7 +63,7 @@ std::vector<KeyChange> changesBetween(const Dictionary& before, const Dictionary
 std::string wordsFor(const KeyChange& change) {
   const bool isAdded = change.kind == Kind::Added;
   if (change.dataclass) {
-    const std::string name = tool::shortName(change.dataclass);
+    const std::string name = shortName(change.dataclass);
     if (change.key == kAccountEnabledDataclasses) return name + (isAdded ? " on" : " off");
     return name + (isAdded ? " provisioned" : " no longer provisioned");
   }
@@ -62,4 +72,4 @@ std::string wordsFor(const KeyChange& change) {
                                                             : " changed");
 }
 
-}  // namespace tallbook::migrate
+}  // namespace tallbook::tool
