@@ -21,6 +21,9 @@ std::error_code whyNotReadable(int file) {
   if (::fstat(file, &status) != 0) return lastError();
   if (S_ISDIR(status.st_mode)) return make_error_code(std::errc::is_a_directory);
   if (!S_ISREG(status.st_mode)) return make_error_code(std::errc::not_supported);
+  if (static_cast<std::size_t>(status.st_size) > kLongestRead) {
+    return make_error_code(std::errc::file_too_large);
+  }
   return {};
 }
 
