@@ -9,6 +9,10 @@
 namespace tallbook::migrate {
 namespace {
 
+[[noreturn]] void fail(const std::string& what, const std::string& advice) {
+  throw ModuleFailure("the " + what + "; give another with " + advice);
+}
+
 std::string lastError() {
   const char* const text = ::dlerror();
   return text ? text : "unknown reason";
@@ -18,34 +22,21 @@ std::string lastError() {
 
 std::unique_ptr<DataMigrator> migratorOfModule(const std::string& path,
                                                const std::string& className) {
-  void* const module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!module) {
-    throw ModuleFailure("the module " + path + " cannot be loaded: " + lastError() +
-                        "; give the path of a migration plug-in with --module");
-  }
+  const std::string module = "module " + path;
+  void* const loaded = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!loaded) fail(module + " cannot be loaded: " + lastError(), "--module");
   using LookUp = const PlugInClass* (*)(const char*);
-  const auto lookUp = reinterpret_cast<LookUp>(::dlsym(module, "tallbookClassNamed"));
-  if (!lookUp) {
-    throw ModuleFailure("the module " + path + " is no migration plug-in: " + lastError() +
-                        "; give another with --module");
-  }
+  const auto lookUp = reinterpret_cast<LookUp>(::dlsym(loaded, "tallbookClassNamed"));
+  if (!lookUp) fail(module + " is no migration plug-in: " + lastError(), "--module");
   // A second library would not know the root that this one was given, and migrate the running
   // system instead.
   if (lookUp != &tallbookClassNamed) {
-    throw ModuleFailure("the module " + path +
-                        " brings a library of its own; link it to the library that this program "
-                        "uses, or run the program that belongs to it");
+    fail(module + " brings a library of its own, not the one that this program uses", "--module");
   }
   const PlugInClass* const found = lookUp(className.c_str());
-  if (!found) {
-    throw ModuleFailure("the module " + path + " has no class \"" + className +
-                        "\"; give the name of its principal class with --class");
-  }
+  if (!found) fail(module + " has no class \"" + className + "\"", "--class");
   auto migrator = found->makeDataMigrator ? found->makeDataMigrator() : nullptr;
-  if (!migrator) {
-    throw ModuleFailure("the class \"" + className +
-                        "\" migrates nothing; give another with --class");
-  }
+  if (!migrator) fail("class \"" + className + "\" migrates nothing", "--class");
   return migrator;
 }
 
