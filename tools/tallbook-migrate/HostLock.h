@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "tools/tallbook-migrate/DeviceTree.h"
+
 namespace tallbook::migrate {
 
 /// Keeps other migration hosts from a device while it lives. The migration's own lock begins later
@@ -15,12 +17,9 @@ class HostLock {
   /// cannot make it, there is no lock: they cannot replace the accounts file either. Throws Failure
   /// where a file is there that they may not open.
   HostLock(const std::string& root, const std::string& path);
-  ~HostLock();
-  HostLock(const HostLock&) = delete;
-  HostLock& operator=(const HostLock&) = delete;
 
  private:
-  int _file;
+  Descriptor _file;
 };
 
 /// What identifies a file's present content, so that a replaced file can be told; empty where there
