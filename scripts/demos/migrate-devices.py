@@ -31,9 +31,22 @@ def mail(class_name, identifier, **more):
             "AccountName": identifier.replace("-", " ").capitalize()} | more
 
 
+def account(identifier, kind, class_name, name, enabled=None, **more):
+    record = {"Type": kind, "Class": class_name, "DisplayName": name} | more
+    if identifier:
+        record["Identifier"] = identifier
+    if enabled is not None:
+        record["Enabled Dataclasses"] = [DATACLASS + each for each in enabled.split()]
+    return record
+
+
 def legacy():
-    """A device of the first release: a mail file and an Exchange file, and no accounts file."""
+    """A device of the first release: most accounts stand in a mail file and an Exchange file."""
     return {
+        ACCOUNTS: {"Version": 0, "Accounts": [
+            account("directory", "LDAP", "LDAPAccount", "Directory", "ContactsSearch"),
+            account("feed", "Subscribed Calendar", "SubscribedCalendar", "Feed", "Calendars"),
+        ]},
         MAIL: {
             "DeliveryAccounts": [
                 {"uniqueId": "smtp-uni", "AccountName": "Uni (out)", "Hostname": "smtp.uni.example"},
@@ -62,15 +75,6 @@ def legacy():
             exchange("odd-switch", Calendar="off"),
         ]},
     }
-
-
-def account(identifier, kind, class_name, name, enabled=None, **more):
-    record = {"Type": kind, "Class": class_name, "DisplayName": name} | more
-    if identifier:
-        record["Identifier"] = identifier
-    if enabled is not None:
-        record["Enabled Dataclasses"] = [DATACLASS + each for each in enabled.split()]
-    return record
 
 
 def cal_dav(identifier, name, server, login, path):

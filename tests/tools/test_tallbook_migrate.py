@@ -26,6 +26,7 @@ SENTINEL = "var/mobile/Library/Preferences/.removingOldAccounts"
 LOCK = "tmp/AccountMigrationInProgress"
 HOST_LOCK = "var/mobile/Library/Preferences/.tallbook-migrate.lock"
 COPIES = "var/mobile/Library/Logs/Dorvix"
+HISTORY = "var/mobile/Library/Preferences/com.orvane.tallbook-history.plist"
 
 
 def dataclasses(names):
@@ -134,6 +135,7 @@ class HostTest(unittest.TestCase):
     def write(self, relative, content, root=None):
         if not isinstance(content, bytes):
             content = plistlib.dumps(content, fmt=plistlib.FMT_BINARY, sort_keys=False)
+        os.makedirs(os.path.dirname(self.path(relative, root)), exist_ok=True)
         with open(self.path(relative, root), "wb") as file:
             file.write(content)
 
@@ -164,7 +166,8 @@ class HostTest(unittest.TestCase):
 
     def rows(self, *arguments, **more):
         """What became of the accounts, children after their parents."""
-        return flat(json.loads(self.migrate("--json", *arguments, **more))["accounts"])
+        output = self.migrate("--json", *arguments, **more)
+        return flat(json.loads(output)["accounts"]) if output else []
 
 
 def flat(rows, parent=None):
@@ -183,7 +186,7 @@ def as_foretold(told, foretold):
 
 
 def untouched(folder, entries=None):
-    """All that lstat and reading tell of a tree, without leaving access times behind."""
+    """What lstat and reading, a MiB a file, tell of a tree, without leaving access times behind."""
     entries = {} if entries is None else entries
     status = os.lstat(folder)
     entries[folder] = [getattr(status, "st_" + field) for field in (
@@ -198,7 +201,7 @@ def untouched(folder, entries=None):
             return entries
         try:
             if stat.S_ISREG(status.st_mode):
-                entries[folder].append(os.read(opened, status.st_size))
+                entries[folder].append(os.read(opened, 1 << 20))
             else:
                 for name in sorted(os.listdir(opened)):
                     untouched(os.path.join(folder, name), entries)
@@ -221,9 +224,10 @@ class WhatBecameOfTheAccounts(HostTest):
                 root = self.device(files)
                 age(root)
                 before = untouched(root)
-                foretold = self.rows("--dry-run", root=root)
+                code = NOT_MIGRATED if "BAD" in str(files) else MIGRATED
+                foretold = self.rows("--dry-run", root=root, expect=code)
                 self.assertEqual(untouched(root), before)
-                told = self.rows(root=root)
+                told = self.rows(root=root, expect=code)
                 self.assertEqual(as_foretold(told, foretold), foretold)
                 if SENTINEL not in files:
                     self.assertEqual({row["identifier"] for row in told if row["now"] == "in the file"},
@@ -232,15 +236,14 @@ class WhatBecameOfTheAccounts(HostTest):
 
     def test_a_second_migration_changes_no_record(self):
         for name, files in DEVICES.items():
-            if SENTINEL in files:
+            if SENTINEL in files or "BAD" in str(files):
                 continue
             with self.subTest(device=name):
                 root = self.device(files)
                 self.migrate(root=root)
                 records = self.accounts(root)
                 self.assertEqual([row for row in self.rows(root=root)
-                                  if row["steps"] or row["now"] not in (
-                                      "in the file", "in the legacy file")], [])
+                                  if row["steps"] or row["now"] != "in the file"], [])
                 self.assertEqual(self.accounts(root), records)
 
     def test_the_table_shows_children_below_their_parents_and_the_reasons(self):
@@ -254,38 +257,61 @@ class WhatBecameOfTheAccounts(HostTest):
         self.assertRegex(table, " IMAP +.*7A150: .*Identifier changed.*; 7A242: Mail on, Notes on")
         self.assertRegex(lines[-1], "^16 accounts: 13 in the file .*, 3 gone$")
         self.assertIn("Migrating accounts\n", self.message)
+        self.assertNotIn("Error", self.message)
 
 
 class DryRuns(HostTest):
     def test_meet_the_obstacles_of_the_device(self):
-        def put(relative, make):
-            path = self.path(relative)
-            os.makedirs(os.path.dirname(path), exist_ok=True)
-            make(path)
+        def instead(make):
+            def put(path):
+                shutil.rmtree(path) if os.path.isdir(path) else os.path.exists(path) and os.remove(path)
+                os.makedirs(os.path.dirname(path), exist_ok=True)
+                make(path)
+            return put
 
-        elsewhere = os.path.join(self.folder, "elsewhere")
-        with open(elsewhere, "wb") as file:
-            plistlib.dump(legacy_mail(), file)
-        for relative, make, code in [
-                (MAIL, os.mkdir, MIGRATED), (MAIL, os.mkfifo, MIGRATED),
-                (MAIL, lambda path: os.symlink("/nowhere", path), MIGRATED),
-                (MAIL, lambda path: os.symlink(elsewhere, path), MIGRATED),
-                (EXCHANGE, os.mkdir, MIGRATED), (SENTINEL, os.mkdir, MIGRATED),
-                (COPIES, os.mkfifo, MIGRATED), (COPIES + "/AccountMigration", os.mkfifo, MIGRATED),
-                (COPIES + "/" + os.path.basename(ACCOUNTS), os.mkdir, MIGRATED),
-                (LOCK, os.mkdir, NOT_MIGRATED),
-                (LOCK, lambda path: os.symlink(elsewhere, path), NOT_MIGRATED),
-                ("var/mobile/Library/Mail", shutil.rmtree, MIGRATED),
-                ("tmp", shutil.rmtree, NOT_MIGRATED),
-                (EXCHANGE, lambda path: os.mknod(path, 0o000), MIGRATED),
-                (COPIES, lambda path: os.mkdir(path, 0o500), MIGRATED),
-                # The superuser is not held up by any mode.
-                ("var/mobile/Library/Preferences", lambda path: os.chmod(path, 0o500),
-                 NOT_MIGRATED if os.geteuid() else MIGRATED)]:
+        def link(target):
+            return instead(lambda path: os.symlink(target, path))
+
+        def mode(bits):
+            return lambda path: os.chmod(path, bits)
+
+        def frozen(flag):
+            def put(path):
+                done = subprocess.run(["chattr", "+" + flag, path], capture_output=True, timeout=60)
+                if done.returncode != 0:
+                    self.skipTest(f"chattr +{flag} cannot be had: {done.stderr.decode()}")
+                self.addCleanup(subprocess.run, ["chattr", "-" + flag, path], check=True)
+            return put
+
+        outside = os.path.join(self.folder, "outside")
+        os.mkdir(outside)
+        # The superuser is not held up by any mode.
+        held = NOT_MIGRATED if os.geteuid() else MIGRATED
+        preferences, logs, passwd = os.path.dirname(ACCOUNTS), os.path.dirname(COPIES), "etc/passwd"
+        for relative, put, code in [
+                (MAIL, instead(os.mkdir), MIGRATED), (MAIL, instead(os.mkfifo), MIGRATED),
+                (MAIL, link("/nowhere"), MIGRATED), (MAIL, link("../../../../mail"), MIGRATED),
+                (MAIL, link("Accounts.plist"), MIGRATED), (SENTINEL, link("/" + SENTINEL), MIGRATED),
+                (os.path.dirname(MAIL), link("Mail"), NOT_MIGRATED),
+                (ACCOUNTS, link("./" + os.path.basename(ACCOUNTS)), NOT_MIGRATED),
+                (EXCHANGE, instead(os.mkdir), MIGRATED), (SENTINEL, instead(os.mkdir), MIGRATED),
+                (COPIES, instead(os.mkfifo), MIGRATED), (COPIES, shutil.rmtree, MIGRATED),
+                (logs, shutil.rmtree, MIGRATED), (logs, link(outside), MIGRATED),
+                (COPIES + "/AccountMigration", instead(os.mkfifo), MIGRATED),
+                (COPIES + "/" + os.path.basename(ACCOUNTS), instead(os.mkdir), MIGRATED),
+                (LOCK, instead(os.mkdir), NOT_MIGRATED), (LOCK, link("../mail"), NOT_MIGRATED),
+                (os.path.dirname(MAIL), shutil.rmtree, MIGRATED), ("tmp", shutil.rmtree, NOT_MIGRATED),
+                (passwd, os.remove, NOT_MIGRATED), (passwd, link("passwd"), NOT_MIGRATED),
+                (EXCHANGE, instead(lambda path: os.mknod(path, 0o000)), MIGRATED),
+                (COPIES, mode(0o500), MIGRATED), (os.path.dirname(MAIL), mode(0o000), held),
+                (preferences, mode(0o500), held), (preferences, mode(0o000), held),
+                (ACCOUNTS, frozen("i"), NOT_MIGRATED), (ACCOUNTS, frozen("a"), NOT_MIGRATED),
+                (preferences, frozen("i"), NOT_MIGRATED), (preferences, frozen("a"), NOT_MIGRATED)]:
             with self.subTest(path=relative, code=code):
-                self.root = self.device({ACCOUNTS: {"Version": 3, "Accounts": [
-                    account("IMAP", "Mail", "IMAPAccount"), account("LDAP", "LDAP", "LDAPAccount")]}})
-                put(relative, make)
+                self.root = self.device({"mail": legacy_mail(), ACCOUNTS: {
+                    "Version": 3, "Accounts": [account("IMAP", "Mail", "IMAPAccount"),
+                                               account("LDAP", "LDAP", "LDAPAccount")]}})
+                put(self.path(relative))
                 before = untouched(self.root)
                 foretold = self.rows("--dry-run", expect=code)
                 self.assertEqual(untouched(self.root), before)
@@ -294,34 +320,45 @@ class DryRuns(HostTest):
                 self.assertEqual(as_foretold(told, foretold), foretold)
                 for line in messages:
                     self.assertIn(line, self.message)
+                self.assertEqual(os.listdir(outside), [])
+
+    def test_refuse_a_temporary_folder_in_the_device(self):
+        self.scratch = self.path("tmp")
+        self.migrate("--dry-run", expect=NOT_MIGRATED)
+        self.assertIn("TMPDIR", self.message)
 
     def test_read_the_device_s_facts_and_resources(self):
-        os.makedirs(self.path("etc/tallbook"))
         self.write("etc/tallbook/HostedService.plist", {"AccountTypeDisplayString": "Cirrus"})
         with open(os.path.join(os.path.dirname(LIBRARY),
                                "../share/tallbook/AccountTypesProperties.plist"), "rb") as file:
             types = plistlib.load(file)
         self.write("usr/share/tallbook/AccountTypesProperties.plist", types | {"Nonsense": {}})
-        os.mkdir(self.path("usr/share/tallbook/en"))
         self.write("usr/share/tallbook/en/DeviceLocalAccount.strings", {})
         self.write(ACCOUNTS, version_0())
         rows = {row["identifier"]: row for row in self.rows("--dry-run")}
         self.assertEqual(rows["PRIMARY"]["name"], "Cirrus")
         self.assertEqual(rows["UNKNOWN"]["now"], "in the file")
 
-    def test_end_only_after_their_copy_is_gone(self):
+    def test_end_only_after_their_copy_is_gone_which_holds_no_more_than_is_read(self):
         self.write(ACCOUNTS, {"Version": 0, "Accounts": [
             account(f"a{number}", "Mail", "IMAPAccount", Filler="x" * 500) for number in range(300)]})
+        for relative, size in [(MAIL, 2 << 30), (HISTORY, 8 << 20), ("etc/tallbook/other", 1 << 20)]:
+            self.write(relative, b"\1" * (1 << 20))
+            os.truncate(self.path(relative), size)
         before = untouched(self.root)
-        host = self.start("--dry-run", "--verbose")
-        while host.stderr.readline() != b"Migrating accounts\n":
-            self.assertIsNone(host.poll())
-        self.assertNotEqual(os.listdir(self.scratch), [])
-        host.terminate()
-        host.communicate(timeout=60)
-        self.assertEqual(host.returncode, -signal.SIGTERM)
-        self.assertEqual(os.listdir(self.scratch), [])
-        self.assertEqual(untouched(self.root), before)
+        for number in (signal.SIGTERM, signal.SIGUSR1, signal.SIGXCPU, signal.SIGIO, signal.SIGPIPE):
+            with self.subTest(signal=number):
+                host = self.start("--dry-run", "--verbose")
+                while host.stderr.readline() != b"Migrating accounts\n":
+                    self.assertIsNone(host.poll())
+                used = [os.lstat(os.path.join(place, name)).st_blocks * 512
+                        for place, _, names in os.walk(self.scratch) for name in names]
+                self.assertTrue(1 << 20 < sum(used) < 2 << 20, used)
+                host.stdout.close() if number == signal.SIGPIPE else host.send_signal(number)
+                host.communicate(timeout=60)
+                self.assertEqual(host.returncode, -number)
+                self.assertEqual(os.listdir(self.scratch), [])
+                self.assertEqual(untouched(self.root), before)
 
 
 class Refusals(HostTest):
@@ -376,11 +413,21 @@ class Refusals(HostTest):
         self.assertEqual({row["now"] for row in rows}, {"not saved"})
         self.assertTrue(os.path.exists(self.path(MAIL)))
         self.write(ACCOUNTS, {"Version": 12, "Accounts": [account("YAHOO", "Yahoo", "YahooAccount")]})
-        self.assertEqual(self.rows(expect=NOT_MIGRATED), [])
-        self.assertIn("--without-copy", self.message)
-        rows = {row["identifier"]: row["now"]
-                for row in self.rows("--without-copy", expect=NOT_MIGRATED)}
+        rows = {row["identifier"]: row["now"] for row in self.rows(expect=NOT_MIGRATED)}
         self.assertEqual(rows["YAHOO"], "in the file as before")
+
+
+    def test_a_file_that_can_be_kept_nowhere_is_not_touched_unasked(self):
+        self.write(ACCOUNTS, {"Version": 9, "Accounts": [account("IMAP", "Mail", "IMAPAccount")]})
+        os.makedirs(self.path(COPIES + "/com.orvane.tallbook.plist/folder"))
+        self.write(os.path.dirname(ACCOUNTS) + "/.tallbook-generations", b"")
+        before = self.accounts()
+        for dry_run in (["--dry-run"], []):
+            self.assertEqual(self.rows(*dry_run, expect=NOT_MIGRATED), [])
+            self.assertIn("--without-copy", self.message)
+            self.assertEqual(self.accounts(), before)
+        self.migrate("--without-copy")
+        self.assertEqual(self.accounts()["Version"], 12)
 
 
 class SeveralHosts(HostTest):

@@ -1,28 +1,19 @@
 #include "tools/common/MobileUser.h"
 
 #include <fstream>
-#include <sstream>
 #include <string>
+// Only the system tells who is who.
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
 
 #include "tools/common/Outcome.h"
 
 namespace tallbook::tool {
 namespace {
 
-/// The effective number under "Uid:" or "Gid:" of the running process.
-std::string ownNumber(const std::string& name) {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (!line.starts_with(name)) continue;
-    std::istringstream numbers(line.substr(name.size()));
-    std::string real;
-    std::string effective;
-    if (numbers >> real >> effective) return effective;
-  }
-  throw Failure(ExitCode::NotSaved, "/proc does not tell who the calling user is; mount it");
-}
-
 void write(const std::filesystem::path& path, const std::string& text) {
+  std::filesystem::create_directories(path.parent_path());
   std::ofstream stream(path);
   stream << text;
   if (!stream.flush()) {
@@ -30,14 +21,25 @@ void write(const std::filesystem::path& path, const std::string& text) {
   }
 }
 
+void writeUser(const std::filesystem::path& root, uid_t user, gid_t group) {
+  write(root / "etc/passwd", "mobile:x:" + std::to_string(user) + ":" + std::to_string(group) +
+                                 ":Mobile:/var/mobile:/bin/sh\n");
+}
+
+void writeGroup(const std::filesystem::path& root, gid_t group) {
+  write(root / "etc/group", "mobile:x:" + std::to_string(group) + ":\n");
+}
+
 }  // namespace
 
 void makeCallerMobile(const std::filesystem::path& root) {
-  const std::string user = ownNumber("Uid:");
-  const std::string group = ownNumber("Gid:");
-  std::filesystem::create_directories(root / "etc");
-  write(root / "etc/passwd", "mobile:x:" + user + ":" + group + ":Mobile:/var/mobile:/bin/sh\n");
-  write(root / "etc/group", "mobile:x:" + group + ":\n");
+  writeUser(root, ::geteuid(), ::getegid());
+  writeGroup(root, ::getegid());
+}
+
+void copyMobile(const std::filesystem::path& root) {
+  if (const passwd* user = ::getpwnam("mobile")) writeUser(root, user->pw_uid, user->pw_gid);
+  if (const group* own = ::getgrnam("mobile")) writeGroup(root, own->gr_gid);
 }
 
 }  // namespace tallbook::tool

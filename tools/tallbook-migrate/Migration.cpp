@@ -17,9 +17,10 @@ namespace {
 using tool::AccountsFile;
 using tool::note;
 
-Migration run(DataMigrator& migrator, const Consent& consent) {
+Migration run(DataMigrator& migrator, const DevicePaths& paths, const Consent& consent) {
   Migration migration(consent);
   migrator.setObserver(&migration.story);
+  makeFolderForCopy(paths);
   note("migrating \"" + migrator.dataClassName().str() + "\"");
   try {
     migration.isAnswered = migrator.performMigration();
@@ -43,19 +44,20 @@ void requireUsable(const AccountsFile& file, const Consent& consent) {
 Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, const Consent& consent) {
   configureHost(host);
   const DevicePaths paths = pathsOfDevice(host.root);
+  requireReplaceable(paths);
   const HostLock lock(paths.root, std::filesystem::path(paths.accounts).parent_path().string());
   // Another program may be migrating without such a lock. Where the migration's own cannot be made,
   // the migration itself will answer NO.
   static_cast<void>(AccountsManager::waitForMigrationToFinish(tool::noteHolderOfMigrationLock));
   requireUsable(tool::readAccountsFile(), consent);
-  return run(migrator, consent);
+  return run(migrator, paths, consent);
 }
 
 Migration previewMigration(DataMigrator& migrator, const HostOptions& host,
                            const Consent& consent) {
   configureHost(host);
   const DevicePaths device = pathsOfDevice(host.root);
-  const DelayedEnd delayed;
+  requireReplaceable(device);
   const PrivateCopy copy(device);
   HostOptions ofCopy = host;
   ofCopy.root = copy.root();
@@ -64,7 +66,7 @@ Migration previewMigration(DataMigrator& migrator, const HostOptions& host,
   file.path = device.accounts;
   requireUsable(file, consent);
   if (file.isUnusable()) note("the unreadable file would be kept beside " + device.accounts);
-  return run(migrator, consent);
+  return run(migrator, pathsOfDevice(ofCopy.root), consent);
 }
 
 }  // namespace tallbook::migrate

@@ -1,43 +1,119 @@
 #include "tools/tallbook-migrate/PrivateCopy.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
+#include <cstring>
+// Only the system's own calls leave access times as they are, and make a pipe.
+#include <fcntl.h>
 #include <system_error>
+#include <unistd.h>
+#include <vector>
 
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/MobileUser.h"
+#include "tools/common/Outcome.h"
 #include "tools/common/Output.h"
-#include "tools/tallbook-migrate/UntouchedFiles.h"
 
 namespace tallbook::migrate {
 namespace {
 
 namespace fs = std::filesystem;
 
-fs::path freshFolder() {
-  std::string name = (fs::temp_directory_path() / "tallbook-migrate-XXXXXX").string();
-  if (!::mkdtemp(name.data())) {
-    throw fs::filesystem_error("making a folder", name,
-                               std::error_code(errno, std::generic_category()));
+// The library reads no longer file.
+constexpr off_t kLongestRead = off_t{1} << 30;
+
+[[noreturn]] void fail(const fs::path& path) {
+  throw fs::filesystem_error("copying", path, std::error_code(errno, std::generic_category()));
+}
+
+fs::path freshFolder(const DevicePaths& device) {
+  const fs::path above = fs::canonical(fs::temp_directory_path());
+  std::error_code unknown;
+  for (fs::path folder = above; folder != "/"; folder = folder.parent_path()) {
+    for (const std::string& own : {device.root, device.home, device.sharedHome}) {
+      if (own.empty() || !fs::equivalent(folder, own, unknown)) continue;
+      throw tool::Failure(tool::ExitCode::NotSaved,
+                          "the temporary folder " + above.string() +
+                              " lies in the device, which a dry run leaves as it is; choose "
+                              "another with TMPDIR");
+    }
   }
+  std::string name = above / "tallbook-migrate-XXXXXX";
+  if (!::mkdtemp(name.data())) fail(name);
   return name;
 }
 
-sigset_t endingSignals() {
-  sigset_t signals;
-  ::sigemptyset(&signals);
-  for (const int number : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM}) {
-    ::sigaddset(&signals, number);
+fs::perms permissionsOfCaller(const Stop& folder) {
+  constexpr int kOwners = 6;
+  int permissions = 0;
+  for (const int one : {R_OK, W_OK, X_OK}) {
+    if (::faccessat(folder.folder, folder.name.c_str(), one, AT_EACCESS) == 0) permissions |= one;
   }
-  return signals;
+  return static_cast<fs::perms>(permissions << kOwners);
+}
+
+// Opens the file itself, whatever has its name by now.
+Descriptor openUntouched(int file) {
+  const std::string path = "/proc/self/fd/" + std::to_string(file);
+  const Descriptor opened = owned(::open(path.c_str(), O_RDONLY | O_NOATIME | O_CLOEXEC));
+  if (opened || errno != EPERM) return opened;
+  return owned(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+// Zeros become holes. The copy of what cannot be read, or is longer than the library reads, is
+// longer than that as well, so that nobody can read it either.
+void copyFile(const Stop& stop, const fs::path& to) {
+  const Descriptor copy =
+      owned(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  if (!copy) fail(to);
+  const Descriptor file = openUntouched(stop.file);
+  if (!file) ::fchmod(*copy, 0);
+  const bool isReadable = file && stop.status.st_size <= kLongestRead;
+  std::vector<char> piece(1 << 16);
+  off_t size = 0;
+  ssize_t got = -1;
+  while (isReadable && size <= kLongestRead &&
+         (got = ::read(*file, piece.data(), piece.size())) > 0) {
+    const auto length = static_cast<std::size_t>(got);
+    const bool isZero =
+        piece[0] == 0 && std::memcmp(piece.data(), piece.data() + 1, length - 1) == 0;
+    if (!isZero && ::pwrite(*copy, piece.data(), length, size) != got) fail(to);
+    size += got;
+  }
+  if (::ftruncate(*copy, got < 0 ? kLongestRead + 1 : size) != 0) fail(to);
+}
+
+// The link's text as it leads to the same place in the copy, whoever follows it.
+fs::path textOfCopy(const Stop& link) {
+  if (link.target.is_relative()) return link.target;
+  return link.target.lexically_relative("/" / link.place.parent_path());
+}
+
+/// What a migration looks for: the catalogues, and one string table in the user's languages.
+std::vector<std::string> namesOfResources() {
+  std::vector<std::string> names = {"AccountTypesProperties.plist", "DataclassesProperties.plist",
+                                    "AccountCreators.plist", "en/DeviceLocalAccount.strings"};
+  for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char* const locale = std::getenv(variable);
+    // "de_AT.UTF-8" is "de_AT" as well, and "de".
+    for (std::string language = locale ? locale : ""; !language.empty();) {
+      names.push_back(language + "/DeviceLocalAccount.strings");
+      const auto end = language.find_last_of("_.@");
+      language.resize(end == std::string::npos ? 0 : end);
+    }
+  }
+  return names;
 }
 
 }  // namespace
 
-PrivateCopy::PrivateCopy(const DevicePaths& device) : _root(freshFolder()) {
+PrivateCopy::PrivateCopy(const DevicePaths& device) {
+  sigset_t all;
+  ::sigfillset(&all);
+  ::sigprocmask(SIG_BLOCK, &all, &_signals);
   try {
+    _root = freshFolder(device);
     copyAll(device);
   } catch (...) {
     remove();
@@ -49,94 +125,6 @@ PrivateCopy::~PrivateCopy() {
   remove();
 }
 
-void PrivateCopy::copyAll(const DevicePaths& device) {
-  const fs::path root = device.root.empty() ? "/" : device.root;
-  const fs::path home = _root / "var/mobile";
-  // Where the home is another folder than the tree's, both come to lie in one.
-  fs::create_directory(_root / "var");
-  copyFolder(device.home, home);
-  for (const char* relative :
-       {"Library/Mail/Accounts.plist", "Library/Mail/Accounts.plist.original",
-        "Library/Mail/AutoFetchEnabled", "Library/Preferences/com.orvane.Syncora.plist",
-        "Library/Preferences/com.orvane.Syncora.plist.original",
-        "Library/Preferences/.removingOldAccounts",
-        "Library/Preferences/com.orvane.tallbook-logging.plist",
-        "Library/Logs/Dorvix/AccountMigration/none"}) {
-    copyBelow(device.home, home, relative);
-  }
-  const std::string name = kAccountsFilename.str();
-  copyBelow(root, _root, "var/mobile/Library/Preferences/" + name);
-  copyBelow(root, _root, "var/mobile/Library/Logs/Dorvix/" + name);
-  copyBelow(root, _root, fs::path(kAccountMigrationLockFilename).relative_path());
-  copyFolderBelow(root, _root, "etc/tallbook", 0);
-  // The running system's resources stand beside the library.
-  if (!device.root.empty()) copyFolderBelow(root, _root, "usr/share/tallbook", 1);
-  tool::makeCallerMobile(_root);
-  for (auto folder = _folders.rbegin(); folder != _folders.rend(); ++folder) {
-    fs::permissions(folder->first, folder->second);
-  }
-}
-
-void PrivateCopy::copyBelow(const Path& source, const Path& target, const Path& relative) {
-  Path below;
-  for (const Path& part : relative.parent_path()) {
-    below /= part;
-    if (!copyFolder(source / below, target / below)) return;
-  }
-  copyEntry(source / relative, target / relative);
-}
-
-void PrivateCopy::copyFolderBelow(const Path& source, const Path& target, const Path& relative,
-                                  int depth) {
-  std::error_code unknown;
-  for (const std::string& name : namesInUntouched((source / relative).string())) {
-    const Path entry = relative / name;
-    if (!fs::is_directory(source / entry, unknown)) {
-      copyBelow(source, target, entry);
-    } else if (depth > 0) {
-      copyFolderBelow(source, target, entry, depth - 1);
-    }
-  }
-}
-
-bool PrivateCopy::copyFolder(const Path& from, const Path& to) {
-  std::error_code unknown;
-  if (fs::exists(fs::symlink_status(to))) return fs::is_directory(to);
-  const fs::file_status status = fs::status(from, unknown);
-  if (status.type() != fs::file_type::directory) {
-    copyEntry(from, to);
-    return false;
-  }
-  fs::create_directory(to);
-  _folders.emplace_back(to, status.permissions() & fs::perms::all);
-  return true;
-}
-
-void PrivateCopy::copyEntry(const Path& from, const Path& to) {
-  std::error_code unknown;
-  if (fs::exists(fs::symlink_status(to))) return;
-  switch (fs::symlink_status(from, unknown).type()) {
-    case fs::file_type::none:  // it may not even be looked at, and its copy not either
-    case fs::file_type::not_found:
-      return;
-    case fs::file_type::regular:
-      return copyUntouched(from.string(), to.string());
-    case fs::file_type::directory:
-      static_cast<void>(copyFolder(from, to));
-      return;
-    case fs::file_type::symlink: {
-      // A link stays one: it is removed and replaced like a file, and read like its target.
-      const Path target = _root / ("linked-" + std::to_string(_linked++));
-      fs::create_symlink(target, to);
-      const Path final = fs::canonical(from, unknown);
-      if (!unknown) copyEntry(final, target);
-      return;
-    }
-    default:
-      return makePipe(to.string());
-  }
-}
-
 void PrivateCopy::remove() noexcept {
   std::error_code failure;
   for (const auto& [folder, permissions] : _folders) {
@@ -144,16 +132,68 @@ void PrivateCopy::remove() noexcept {
   }
   fs::remove_all(_root, failure);
   if (failure) tool::note("the temporary folder " + _root.string() + " could not be removed");
+  ::sigprocmask(SIG_SETMASK, &_signals, nullptr);
 }
 
-DelayedEnd::DelayedEnd() {
-  const sigset_t signals = endingSignals();
-  ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+void PrivateCopy::copyAll(const DevicePaths& device) {
+  const auto copyAt = [&](const std::string& path) {
+    static_cast<void>(openBelow(device.root, path, [this](const Stop& stop) { copy(stop); }));
+  };
+  const bool hasTwoHomes = device.home != device.sharedHome;
+  const std::string home = device.home.substr(device.root.size() + 1);
+  if (hasTwoHomes) {
+    // A tree has one for both.
+    fs::create_directory(_root / "var");
+    fs::create_directory_symlink("../" + home, _root / "var/mobile");
+  }
+  for (const char* name :
+       {"Mail/Accounts.plist", "Mail/Accounts.plist.original", "Mail/AutoFetchEnabled",
+        "Preferences/com.orvane.Syncora.plist", "Preferences/com.orvane.Syncora.plist.original",
+        "Preferences/.removingOldAccounts", "Preferences/com.orvane.tallbook-logging.plist",
+        "Preferences/com.orvane.tallbook-history.plist", "Logs/Dorvix/AccountMigration"}) {
+    copyAt(device.home + "/Library/" + name);
+  }
+  if (hasTwoHomes) fs::create_directories(_root / home);
+  copyAt(device.accounts);
+  copyAt(device.sharedHome + "/Library/Preferences/.tallbook-generations");
+  copyAt(device.copyOfAccounts);
+  copyAt(device.root + kAccountMigrationLockFilename);
+  for (const char* facts :
+       {"DeviceInformation", "Restrictions", "PairingRecords", "SyncSources", "HostedService"}) {
+    copyAt(device.root + "/etc/tallbook/" + facts + ".plist");
+  }
+  if (device.root.empty()) {
+    // Its resources stand beside the library.
+    tool::copyMobile(_root);
+  } else {
+    copyAt(device.root + "/etc/passwd");
+    copyAt(device.root + "/etc/group");
+    for (const std::string& name : namesOfResources()) {
+      copyAt(device.root + "/usr/share/tallbook/" + name);
+    }
+  }
+  for (auto folder = _folders.rbegin(); folder != _folders.rend(); ++folder) {
+    fs::permissions(folder->first, folder->second);
+  }
 }
 
-DelayedEnd::~DelayedEnd() {
-  const sigset_t signals = endingSignals();
-  ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+void PrivateCopy::copy(const Stop& stop) {
+  const fs::path to = _root / stop.place;
+  if (fs::exists(fs::symlink_status(to))) return;
+  if (isFrozen(stop.folder, stop.name)) {
+    tool::note("/" + stop.place.string() +
+               " is immutable or append-only, and the copy is not: a migration may end otherwise");
+  }
+  if (S_ISDIR(stop.status.st_mode)) {
+    fs::create_directory(to);
+    _folders.emplace(to, permissionsOfCaller(stop));
+  } else if (S_ISLNK(stop.status.st_mode)) {
+    fs::create_symlink(textOfCopy(stop), to);
+  } else if (S_ISREG(stop.status.st_mode)) {
+    copyFile(stop, to);
+  } else if (::mkfifo(to.c_str(), S_IRUSR | S_IWUSR) != 0) {  // which is no file either
+    fail(to);
+  }
 }
 
 }  // namespace tallbook::migrate

@@ -1,20 +1,24 @@
 #pragma once
 
+#include <csignal>
 #include <filesystem>
+#include <map>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "tools/tallbook-migrate/Device.h"
+#include "tools/tallbook-migrate/DeviceTree.h"
 
 namespace tallbook::migrate {
 
 /// A device tree in a temporary folder of this process alone, with all that a migration of the
-/// given device would find: the same files, and the same obstacles where something else lies or may
-/// not be read or written. "mobile" is the calling user there. The device is only looked at.
+/// given device by this user would find: the same files, and the same obstacles where something
+/// else lies or may not be read or written. The device is only looked at, and keeps even its access
+/// times where the kernel permits that: it does to a file's owner and to the superuser. Signals
+/// wait until the copy is gone.
 class PrivateCopy {
  public:
-  /// Throws std::filesystem::filesystem_error where the copy cannot be made.
+  /// Throws Failure where the temporary folder is one of the device, and
+  /// std::filesystem::filesystem_error where the copy cannot be made.
   explicit PrivateCopy(const DevicePaths& device);
   ~PrivateCopy();
   PrivateCopy(const PrivateCopy&) = delete;
@@ -23,33 +27,14 @@ class PrivateCopy {
   std::string root() const { return _root.string(); }
 
  private:
-  using Path = std::filesystem::path;
-
   void copyAll(const DevicePaths& device);
-  /// Copies what lies at `relative` below the device's folder to the same place below the copy's,
-  /// and the folders on the way.
-  void copyBelow(const Path& source, const Path& target, const Path& relative);
-  /// The same for what lies in a folder, to the given depth.
-  void copyFolderBelow(const Path& source, const Path& target, const Path& relative, int depth);
-  void copyEntry(const Path& from, const Path& to);
-  /// False where nothing can lie below.
-  bool copyFolder(const Path& from, const Path& to);
+  void copy(const Stop& stop);
   void remove() noexcept;
 
-  Path _root;
-  /// The folders that were made, those above before those in them, with the permissions to set
-  /// once everything is there.
-  std::vector<std::pair<Path, std::filesystem::perms>> _folders;
-  int _linked = 0;
-};
-
-/// While this lives, a signal that would end the process waits, so that nothing is left behind.
-class DelayedEnd {
- public:
-  DelayedEnd();
-  ~DelayedEnd();
-  DelayedEnd(const DelayedEnd&) = delete;
-  DelayedEnd& operator=(const DelayedEnd&) = delete;
+  sigset_t _signals;  ///< those that were held before
+  std::filesystem::path _root;
+  /// The copied folders and the permissions that they get once everything is there.
+  std::map<std::filesystem::path, std::filesystem::perms> _folders;
 };
 
 }  // namespace tallbook::migrate

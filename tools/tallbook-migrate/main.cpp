@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 
 #include "tallbook/Host.h"
@@ -77,9 +78,15 @@ Exit judge(const Migration& migration) {
         "migration again for the rest");
     return Exit::Migrated;
   }
-  if (story.isSaved()) return Exit::Migrated;
-  note(story.whyNotSaved());
-  return Exit::NotMigrated;
+  if (!story.isSaved()) {
+    note(story.whyNotSaved());
+    return Exit::NotMigrated;
+  }
+  const bool isFileKept = std::ranges::any_of(story.legacyFiles(), [](const LegacyFileEnd& end) {
+    return end.kind == LegacyFileEnd::Kind::Kept;
+  });
+  if (isFileKept) note("not all legacy files were migrated; mend what is wrong, and run it again");
+  return isFileKept ? Exit::NotMigrated : Exit::Migrated;
 }
 
 Exit report(const Migration& migration, const CommandLine& line) {

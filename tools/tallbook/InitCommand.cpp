@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 void makeTree(const fs::path& root) {
   for (const char* folder : {"tmp", "usr/share/tallbook", "var/mobile/Library/Preferences",
-                             "var/mobile/Library/Mail", "var/mobile/Library/Logs"}) {
+                             "var/mobile/Library/Mail", "var/mobile/Library/Logs/Dorvix"}) {
     fs::create_directories(root / folder);
   }
   fs::permissions(root / "tmp", fs::perms::all | fs::perms::sticky_bit);
