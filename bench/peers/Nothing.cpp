@@ -1,0 +1,3 @@
+// The floor of every whole-process figure: a C++ program that does nothing.
+
+int main() {}
