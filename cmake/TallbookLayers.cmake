@@ -1,8 +1,8 @@
-# tallbook_add_layer(name): the object library tallbook_<name> of the folder <name>, whose
+# tallbook_add_layer(name folder): the object library tallbook_<name> of the folder, whose
 # CMakeLists.txt lists its sources. A layer may use the layers added before it.
 set(TALLBOOK_LAYERS "")
 
-macro(tallbook_add_layer name)
+macro(tallbook_add_layer name folder)
   add_library(tallbook_${name} OBJECT)
   target_include_directories(
     tallbook_${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
@@ -11,7 +11,7 @@ macro(tallbook_add_layer name)
   # inlined.
   target_compile_options(tallbook_${name} PRIVATE -fno-semantic-interposition)
   list(APPEND TALLBOOK_LAYERS ${name})
-  add_subdirectory(${name})
+  add_subdirectory(${folder})
 endmacro()
 
 # tallbook_layers_up_to(name result): the object libraries of the layer and of all below it.

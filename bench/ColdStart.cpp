@@ -1,0 +1,43 @@
+// A program as a device starts it all day: reads the accounts of a device tree, looks at every
+// value of every record and ends. Prints how many bytes of text it saw, so that nothing can be left
+// out, and how long the first load and the visit took, in nanoseconds.
+//
+//   cold-start ROOT
+
+#include <cstddef>
+#include <cstdio>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/Host.h"
+
+#include "bench/Stopwatch.h"
+
+namespace {
+
+std::size_t textOfAllAccounts() {
+  std::size_t bytes = 0;
+  const auto store = tallbook::AccountsManager::init();
+  for (const auto& account : store->allBasicSyncableAccounts()) {
+    for (const auto& [key, value] : *account->properties()) {
+      bytes += key.view().size();
+      if (const auto text = value.stringView()) bytes += text->size();
+    }
+  }
+  return bytes;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count != 2) {
+    std::fprintf(stderr, "usage: cold-start ROOT\n");
+    return 2;
+  }
+  tallbook::HostOptions options;
+  options.root = words[1];
+  options.log = tallbook::HostOptions::Log::Nowhere;
+  tallbook::configureHost(options);
+  std::size_t text = 0;
+  const double taken = tallbook::bench::nanoseconds([&] { return text = textOfAllAccounts(); });
+  std::printf("text %zu\nload %.0f\n", text, taken);
+}
