@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <fcntl.h>
 #include <memory>
-#include <systemd/sd-bus.h>
+#include <utility>
+
+#include "platform/linux/Systemd.h"
 
 namespace tallbook {
 namespace {
@@ -15,85 +17,99 @@ using std::chrono::microseconds;
 
 constexpr microseconds kPatience = std::chrono::seconds(1);
 
-struct CloseBus {
-  void operator()(sd_bus* bus) const {
-    sd_bus_close(bus);
-    sd_bus_unref(bus);
-  }
-};
-struct DropMessage {
-  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Bus = std::unique_ptr<sd_bus, CloseBus>;
-using Message = std::unique_ptr<sd_bus_message, DropMessage>;
+/// A connection, closed with its owner.
+class Bus {
+ public:
+  Bus(const Systemd& systemd, sd_bus* bus) : _systemd(systemd), _bus(bus, Close{systemd}) {}
 
-Bus connectTo(const std::string& address) {
+  explicit operator bool() const { return _bus != nullptr; }
+
+  /// Connecting, greeting and sending happen here, in steps that never outlast the deadline.
+  void deliver(const DeviceBus::Signal& signal,
+               std::initializer_list<std::string> arguments) const {
+    const Message message = makeSignal(signal, arguments);
+    if (!message || _systemd.bus_send(_bus.get(), message.get(), nullptr) < 0) return;
+    const auto deadline = Clock::now() + kPatience;
+    while (!isDelivered()) {
+      const auto left = std::chrono::duration_cast<microseconds>(deadline - Clock::now());
+      if (left.count() <= 0) return;
+      const int progress = _systemd.bus_process(_bus.get(), nullptr);
+      if (progress < 0) return;
+      if (progress > 0) continue;
+      if (_systemd.bus_wait(_bus.get(), static_cast<std::uint64_t>(left.count())) < 0) return;
+    }
+  }
+
+ private:
+  struct Close {
+    const Systemd& systemd;
+    void operator()(sd_bus* bus) const {
+      systemd.bus_close(bus);
+      systemd.bus_unref(bus);
+    }
+  };
+  struct Drop {
+    const Systemd& systemd;
+    void operator()(sd_bus_message* message) const { systemd.bus_message_unref(message); }
+  };
+  using Message = std::unique_ptr<sd_bus_message, Drop>;
+
+  Message makeSignal(const DeviceBus::Signal& signal,
+                     std::initializer_list<std::string> arguments) const {
+    sd_bus_message* made = nullptr;
+    const bool begun = _systemd.bus_message_new_signal(_bus.get(), &made, signal.path,
+                                                       signal.interface, signal.member) >= 0;
+    Message message(made, Drop{_systemd});
+    const bool complete =
+        begun && std::all_of(arguments.begin(), arguments.end(), [&](const std::string& argument) {
+          return _systemd.bus_message_append_basic(made, 's', argument.c_str()) >= 0;
+        });
+    if (!complete) message.reset();
+    return message;
+  }
+
+  bool isDelivered() const {
+    std::uint64_t waiting = 0;
+    return _systemd.bus_is_ready(_bus.get()) > 0 &&
+           _systemd.bus_get_n_queued_write(_bus.get(), &waiting) >= 0 && waiting == 0;
+  }
+
+  const Systemd& _systemd;
+  std::unique_ptr<sd_bus, Close> _bus;
+};
+
+Bus connectTo(const Systemd& systemd, const std::string& address) {
   sd_bus* made = nullptr;
-  if (sd_bus_new(&made) < 0) return nullptr;
-  Bus bus(made);
-  const bool started = sd_bus_set_address(made, address.c_str()) >= 0 &&
-                       sd_bus_set_bus_client(made, 1) >= 0 && sd_bus_start(made) >= 0;
-  return started ? std::move(bus) : nullptr;
+  systemd.bus_new(&made);
+  Bus bus(systemd, made);
+  const bool started = made && systemd.bus_set_address(made, address.c_str()) >= 0 &&
+                       systemd.bus_set_bus_client(made, 1) >= 0 && systemd.bus_start(made) >= 0;
+  return started ? std::move(bus) : Bus(systemd, nullptr);
 }
 
-Bus connectTo(int (*open)(sd_bus**)) {
+Bus busOfRunningSystem(const Systemd& systemd) {
   sd_bus* bus = nullptr;
-  return open(&bus) >= 0 ? Bus(bus) : nullptr;
-}
-
-Bus busBelow(const DeviceRoot& root) {
-  if (!root.path().empty()) {
-    // By the socket's own inode: a link in the tree must not lead to the bus of the machine around
-    // it.
-    std::error_code error;
-    const FileDescriptor socket =
-        root.open(root.path() + "/run/dbus/system_bus_socket", O_PATH, 0, error);
-    if (!socket) return nullptr;
-    return connectTo("unix:path=/proc/self/fd/" + std::to_string(socket.get()));
-  }
-  Bus system = connectTo(sd_bus_open_system);
-  return system ? std::move(system) : connectTo(sd_bus_open_user);
-}
-
-Message makeSignal(sd_bus* bus, const DeviceBus::Signal& signal,
-                   std::initializer_list<std::string> arguments) {
-  sd_bus_message* made = nullptr;
-  if (sd_bus_message_new_signal(bus, &made, signal.path, signal.interface, signal.member) < 0) {
-    return nullptr;
-  }
-  Message message(made);
-  const bool complete =
-      std::all_of(arguments.begin(), arguments.end(), [&](const std::string& argument) {
-        return sd_bus_message_append_basic(made, 's', argument.c_str()) >= 0;
-      });
-  return complete ? std::move(message) : nullptr;
-}
-
-bool isDelivered(sd_bus* bus) {
-  std::uint64_t waiting = 0;
-  return sd_bus_is_ready(bus) > 0 && sd_bus_get_n_queued_write(bus, &waiting) >= 0 && waiting == 0;
-}
-
-// Connecting, greeting and sending happen here, in steps that never outlast the deadline.
-void runUntilDelivered(sd_bus* bus) {
-  const auto deadline = Clock::now() + kPatience;
-  while (!isDelivered(bus)) {
-    const auto left = std::chrono::duration_cast<microseconds>(deadline - Clock::now());
-    if (left.count() <= 0) return;
-    const int progress = sd_bus_process(bus, nullptr);
-    if (progress < 0) return;
-    if (progress == 0 && sd_bus_wait(bus, static_cast<std::uint64_t>(left.count())) < 0) return;
-  }
+  if (systemd.bus_open_system(&bus) < 0 && systemd.bus_open_user(&bus) < 0) bus = nullptr;
+  return Bus(systemd, bus);
 }
 
 }  // namespace
 
 void DeviceBus::emit(const Signal& signal, std::initializer_list<std::string> arguments) const {
-  const Bus bus = busBelow(_root);
-  if (!bus) return;
-  const Message message = makeSignal(bus.get(), signal, arguments);
-  if (!message || sd_bus_send(bus.get(), message.get(), nullptr) < 0) return;
-  runUntilDelivered(bus.get());
+  // By the socket's own inode: a link in the tree must not lead to the bus of the machine around
+  // it.
+  FileDescriptor socket;
+  if (!_root.path().empty()) {
+    std::error_code error;
+    socket = _root.open(_root.path() + "/run/dbus/system_bus_socket", O_PATH, 0, error);
+    if (!socket) return;
+  }
+  const Systemd* const systemd = Systemd::library();
+  if (!systemd) return;
+  const Bus bus =
+      socket ? connectTo(*systemd, "unix:path=/proc/self/fd/" + std::to_string(socket.get()))
+             : busOfRunningSystem(*systemd);
+  if (bus) bus.deliver(signal, arguments);
 }
 
 }  // namespace tallbook

@@ -4,7 +4,7 @@
 
 namespace tallbook {
 
-/// libuuid, whose random numbers are the kernel's.
+/// Random UUIDs (version 4) of the kernel's random numbers.
 class LinuxUUIDs final : public UUIDSource {
  public:
   String newUUID() override;
