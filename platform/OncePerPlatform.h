@@ -2,15 +2,16 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <mutex>
+#include <utility>
 
 #include "platform/Platform.h"
 
 namespace tallbook {
 
 /// A table made on first use and kept for the life of the process, or until another platform is
-/// installed: what was read through one platform never answers for the next. Thread-safe.
+/// installed: what was read through one platform never answers for the next. Lives in a static
+/// object, and is left to the system at the process's end, which it does not hold up. Thread-safe.
 template <class T>
 class OncePerPlatform {
  public:
@@ -22,7 +23,7 @@ class OncePerPlatform {
     if (_generation.load(std::memory_order_acquire) == wanted) return *_value;
     std::scoped_lock guard(_making);
     if (_generation.load(std::memory_order_relaxed) != wanted) {
-      _value = std::make_unique<T>(make());
+      delete std::exchange(_value, new T(make()));
       _generation.store(wanted, std::memory_order_release);
     }
     return *_value;
@@ -33,7 +34,7 @@ class OncePerPlatform {
 
   std::atomic<std::uint64_t> _generation{kNever};
   std::mutex _making;
-  std::unique_ptr<T> _value;
+  T* _value = nullptr;
 };
 
 }  // namespace tallbook
