@@ -23,23 +23,22 @@ bool isProcessorForMultitasking() {
 
 /// The list without what is no dataclass, or none on this device. A list of nothing else stays as
 /// it is.
-ArrayRef recognisedDataclasses(const ArrayRef& listed) {
+ArrayRef recognisedDataclasses(const ArrayRef& listed, bool hasNotes) {
   if (!listed) return nullptr;
-  const ArrayRef& known = canonicalDataclasses();
   std::vector<Value> recognised;
   for (const Value& dataclass : *listed) {
     const auto name = dataclass.stringView();
-    if (!name || !known->contains(*name)) continue;
-    if (kAccountDataclassNotes == *name && !isProcessorForMultitasking()) continue;
+    if (!name || !canonicalPositionOf(*name)) continue;
+    if (kAccountDataclassNotes == *name && !hasNotes) continue;
     recognised.push_back(dataclass);
   }
   return recognised.empty() ? listed : Array::makeFrozen(std::move(recognised));
 }
 
-AccountTypeEntry entryFrom(const Dictionary& described) {
+AccountTypeEntry entryFrom(const Dictionary& described, bool hasNotes) {
   AccountTypeEntry entry;
   entry.supportedDataclasses =
-      recognisedDataclasses(described[kPropertiesSupportedDataclasses].array());
+      recognisedDataclasses(described[kPropertiesSupportedDataclasses].array(), hasNotes);
   entry.orderedDataclasses = inCanonicalOrder(entry.supportedDataclasses)->frozenCopy();
   entry.enableActions = described[kPropertiesEnableDataclassActions].array();
   entry.disableActions = described[kPropertiesDisableDataclassActions].array();
@@ -79,10 +78,11 @@ AccountTypeCatalogue AccountTypeCatalogue::read() {
   if (!types) {
     throw InternalConsistencyFailure("Could not load the dataclasses configuration file");
   }
+  const bool hasNotes = isProcessorForMultitasking();
   AccountTypeCatalogue catalogue;
   for (const auto& [type, described] : *types) {
     if (const DictionaryRef entry = described.dictionary()) {
-      catalogue._entries.emplace_back(type, entryFrom(*entry));
+      catalogue._entries.emplace_back(type, entryFrom(*entry, hasNotes));
     }
   }
   return catalogue;

@@ -1,5 +1,7 @@
 #include "model/CanonicalDataclasses.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -17,16 +19,34 @@ const ArrayRef& canonicalDataclasses() {
   return dataclasses;
 }
 
+std::optional<std::size_t> canonicalPositionOf(std::string_view dataclass) {
+  const Array& canonical = *canonicalDataclasses();
+  for (std::size_t position = 0; position < canonical.size(); ++position) {
+    if (canonical[position].stringView() == dataclass) return position;
+  }
+  return std::nullopt;
+}
+
 ArrayRef inCanonicalOrder(const ArrayRef& dataclasses) {
   if (!dataclasses) return Array::make();
-  const ArrayRef& canonical = canonicalDataclasses();
-  std::vector<Value> ordered;
-  for (const Value& dataclass : *canonical) {
-    if (dataclasses->contains(dataclass)) ordered.push_back(dataclass);
-  }
+  const Array& canonical = *canonicalDataclasses();
+  std::vector<bool> isListed(canonical.size());
+  std::vector<Value> others;
   for (const Value& dataclass : *dataclasses) {
-    if (dataclass.stringView() && !canonical->contains(dataclass)) ordered.push_back(dataclass);
+    const auto name = dataclass.stringView();
+    if (!name) continue;
+    if (const auto position = canonicalPositionOf(*name)) {
+      isListed[*position] = true;
+    } else {
+      others.push_back(dataclass);
+    }
   }
+  std::vector<Value> ordered;
+  ordered.reserve(dataclasses->size());
+  for (std::size_t position = 0; position < canonical.size(); ++position) {
+    if (isListed[position]) ordered.push_back(canonical[position]);
+  }
+  std::ranges::move(others, std::back_inserter(ordered));
   return Array::make(std::move(ordered));
 }
 

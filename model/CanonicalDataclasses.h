@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
 #include "tallbook/Value.h"
 
 /// What `BasicAccount` answers about the order of dataclasses, for the catalogue as well: it is
@@ -8,6 +12,9 @@ namespace tallbook {
 
 /// The fourteen dataclasses in canonical order; one frozen list for the process.
 const ArrayRef& canonicalDataclasses();
+
+/// Where the dataclass stands in that list; nullopt for what is no dataclass.
+std::optional<std::size_t> canonicalPositionOf(std::string_view dataclass);
 
 /// The strings in canonical order, each dataclass once, then the rest as they came; empty for null.
 ArrayRef inCanonicalOrder(const ArrayRef& dataclasses);

@@ -20,9 +20,10 @@ std::error_code whyNotReadable(const struct stat& status) {
   return {};
 }
 
-// More than the `expected` bytes come where somebody writes meanwhile. Fewer are a file that was
-// cut off under the reader: an error, since its content was another a moment ago. A string's growth
-// writes zeros, so it goes in pieces that are read into while they are still in the caches.
+// More than the `expected` bytes come where somebody writes meanwhile: one more is asked for, and
+// where it does not come, that was all. Fewer are a file that was cut off under the reader: an
+// error, since its content was another a moment ago. A string's growth writes zeros, so it goes in
+// pieces that are read into while they are still in the caches.
 std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
   constexpr std::size_t kPiece = std::size_t{1} << 18;
   std::string bytes;
@@ -40,7 +41,8 @@ std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
       error = make_error_code(std::errc::file_too_large);
       return {};
     }
-    if (got > 0) continue;
+    const bool isEnd = got == 0 || (used == expected && used < bytes.size());
+    if (!isEnd) continue;
     if (used < expected) {
       error = make_error_code(std::errc::io_error);
       return {};
@@ -107,10 +109,13 @@ std::error_code writeAll(int fd, std::string_view bytes) {
 
 std::string readRegularFile(const FileDescriptor& file, std::error_code& error) {
   struct stat status {};
-  if (::fstat(file.get(), &status) != 0) {
-    error = lastSystemError();
-    return {};
-  }
+  if (::fstat(file.get(), &status) == 0) return readRegularFile(file, status, error);
+  error = lastSystemError();
+  return {};
+}
+
+std::string readRegularFile(const FileDescriptor& file, const struct stat& status,
+                            std::error_code& error) {
   error = whyNotReadable(status);
   if (error) return {};
   return readToEnd(file.get(), static_cast<std::size_t>(status.st_size), error);

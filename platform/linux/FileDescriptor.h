@@ -5,6 +5,8 @@
 #include <system_error>
 #include <utility>
 
+struct stat;
+
 namespace tallbook {
 
 /// The error of the last failed system call.
@@ -52,5 +54,8 @@ std::error_code writeAll(int fd, std::string_view bytes);
 /// The content of an open regular file of at most `FileSystem::kLargestFile` bytes; an error and
 /// nothing for everything else, never a wait for a pipe's writer.
 std::string readRegularFile(const FileDescriptor& file, std::error_code& error);
+/// The same, `status` being what the kernel says of the file.
+std::string readRegularFile(const FileDescriptor& file, const struct stat& status,
+                            std::error_code& error);
 
 }  // namespace tallbook

@@ -114,7 +114,7 @@ FileContent LinuxFolder::read(const std::string& name) const {
     return content;
   }
   content.version = versionOf(status);
-  content.bytes = readRegularFile(file, content.error);
+  content.bytes = readRegularFile(file, status, content.error);
   content.held = shared(std::move(file));
   return content;
 }

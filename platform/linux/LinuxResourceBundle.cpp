@@ -18,12 +18,16 @@ constexpr const char* kFallbackLanguage = "en";
 std::string LinuxResourceBundle::folderOfThisLibrary() {
   Dl_info library{};
   if (!::dladdr(kFallbackLanguage, &library) || !library.dli_fname) return {};
-  // The folder's true place: "/lib" may be a link to "/usr/lib", whose neighbours are meant.
-  std::error_code error;
-  const auto folder = std::filesystem::canonical(
-      std::filesystem::absolute(library.dli_fname, error).parent_path(), error);
-  return error ? std::string()
-               : (folder / TALLBOOK_RESOURCES_FROM_LIBRARY).lexically_normal().string();
+  std::string folder = library.dli_fname;
+  // The part after the last slash is the library's name.
+  folder.erase(folder.rfind('/') + 1);
+  if (!folder.starts_with('/')) {
+    std::error_code error;
+    folder = std::filesystem::current_path(error).string() + "/" + folder;
+  }
+  // The kernel takes ".." from the folder's true place: "/lib" may be a link to "/usr/lib", whose
+  // neighbours are meant.
+  return folder + TALLBOOK_RESOURCES_FROM_LIBRARY;
 }
 
 std::optional<std::string> LinuxResourceBundle::fileNamed(const std::string& name) const {
