@@ -1,6 +1,6 @@
 // A program as a device starts it all day: reads the accounts of a device tree, looks at every
-// value of every record and ends. Prints how many bytes of text it saw, so that nothing can be left
-// out, and how long the first load and the visit took, in nanoseconds.
+// value of every account and ends. Prints how many bytes of text it saw, so that nothing can be
+// left out, and how long the first load and the visit took, in nanoseconds.
 //
 //   cold-start ROOT
 
@@ -17,7 +17,7 @@ namespace {
 std::size_t textOfAllAccounts() {
   std::size_t bytes = 0;
   const auto store = tallbook::AccountsManager::init();
-  for (const auto& account : store->allBasicSyncableAccounts()) {
+  for (const auto& account : *store->allBasicAccounts()) {
     for (const auto& [key, value] : *account->properties()) {
       bytes += key.view().size();
       if (const auto text = value.stringView()) bytes += text->size();
@@ -39,5 +39,5 @@ int main(int count, char** words) {
   tallbook::configureHost(options);
   std::size_t text = 0;
   const double taken = tallbook::bench::nanoseconds([&] { return text = textOfAllAccounts(); });
-  std::printf("text %zu\nload %.0f\n", text, taken);
+  std::printf("text %zu\nload %ld\n", text, static_cast<long>(taken));
 }

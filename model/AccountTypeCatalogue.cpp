@@ -39,7 +39,7 @@ AccountTypeEntry entryFrom(const Dictionary& described, bool hasNotes) {
   AccountTypeEntry entry;
   entry.supportedDataclasses =
       recognisedDataclasses(described[kPropertiesSupportedDataclasses].array(), hasNotes);
-  entry.orderedDataclasses = inCanonicalOrder(entry.supportedDataclasses)->frozenCopy();
+  entry.orderedDataclasses = Array::makeFrozen(inCanonicalOrder(entry.supportedDataclasses));
   entry.enableActions = described[kPropertiesEnableDataclassActions].array();
   entry.disableActions = described[kPropertiesDisableDataclassActions].array();
   entry.deleteActions = described[kPropertiesDeleteAccountActions].array();
@@ -80,6 +80,7 @@ AccountTypeCatalogue AccountTypeCatalogue::read() {
   }
   const bool hasNotes = isProcessorForMultitasking();
   AccountTypeCatalogue catalogue;
+  catalogue._entries.reserve(types->size());
   for (const auto& [type, described] : *types) {
     if (const DictionaryRef entry = described.dictionary()) {
       catalogue._entries.emplace_back(type, entryFrom(*entry, hasNotes));

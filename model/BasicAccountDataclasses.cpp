@@ -143,7 +143,7 @@ void BasicAccount::setEnabledForDataclasses(const ArrayRef& dataclasses) {
 
 ArrayRef BasicAccount::_orderedDataclasses(const ArrayRef& dataclasses) {
   initialize();
-  return inCanonicalOrder(dataclasses);
+  return Array::make(inCanonicalOrder(dataclasses));
 }
 
 std::vector<String> BasicAccount::_profileRestrictedDataclasses() {

@@ -27,8 +27,8 @@ std::optional<std::size_t> canonicalPositionOf(std::string_view dataclass) {
   return std::nullopt;
 }
 
-ArrayRef inCanonicalOrder(const ArrayRef& dataclasses) {
-  if (!dataclasses) return Array::make();
+std::vector<Value> inCanonicalOrder(const ArrayRef& dataclasses) {
+  if (!dataclasses) return {};
   const Array& canonical = *canonicalDataclasses();
   std::vector<bool> isListed(canonical.size());
   std::vector<Value> others;
@@ -47,7 +47,7 @@ ArrayRef inCanonicalOrder(const ArrayRef& dataclasses) {
     if (isListed[position]) ordered.push_back(canonical[position]);
   }
   std::ranges::move(others, std::back_inserter(ordered));
-  return Array::make(std::move(ordered));
+  return ordered;
 }
 
 }  // namespace tallbook

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "tallbook/Value.h"
 
@@ -17,6 +18,6 @@ const ArrayRef& canonicalDataclasses();
 std::optional<std::size_t> canonicalPositionOf(std::string_view dataclass);
 
 /// The strings in canonical order, each dataclass once, then the rest as they came; empty for null.
-ArrayRef inCanonicalOrder(const ArrayRef& dataclasses);
+std::vector<Value> inCanonicalOrder(const ArrayRef& dataclasses);
 
 }  // namespace tallbook

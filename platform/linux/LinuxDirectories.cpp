@@ -6,13 +6,13 @@ namespace tallbook {
 
 std::string LinuxDirectories::mobileHome() const {
   // Asking the running system may mean asking a directory server: once is enough.
-  std::call_once(_homeAsked, [this] {
-    _home = _root.path() + "/var/mobile";
-    if (!_root.path().empty()) return;
-    const auto home = AccountDatabase(_root).homeOf("mobile");
-    if (home && home->size() > 1 && home->front() == '/') _home = *home;
-    if (_home.back() == '/') _home.pop_back();
-  });
+  std::scoped_lock guard(_asking);
+  if (!_home.empty()) return _home;
+  _home = _root.path() + "/var/mobile";
+  if (!_root.path().empty()) return _home;
+  const auto home = AccountDatabase(_root).homeOf("mobile");
+  if (home && home->size() > 1 && home->front() == '/') _home = *home;
+  if (_home.back() == '/') _home.pop_back();
   return _home;
 }
 

@@ -19,8 +19,8 @@ class LinuxDirectories final : public WellKnownDirectories {
 
  private:
   const DeviceRoot& _root;
-  mutable std::once_flag _homeAsked;
-  mutable std::string _home;
+  mutable std::mutex _asking;
+  mutable std::string _home;  // empty until it was asked for
 };
 
 }  // namespace tallbook

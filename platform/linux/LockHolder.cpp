@@ -1,8 +1,12 @@
 #include "platform/linux/LockHolder.h"
 
-#include <fstream>
+// Without the standard library's streams: each of their classes would be looked up at the start of
+// every program that has this library.
+#include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
 #include <optional>
-#include <sstream>
+#include <string>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
@@ -11,44 +15,45 @@ namespace {
 
 /// The file as /proc/locks names it: "08:01:1234", the device in hexadecimal.
 std::string nameInTable(const struct stat& status) {
-  std::ostringstream name;
-  name << std::hex;
-  name.fill('0');
-  name.width(2);
-  name << major(status.st_dev) << ':';
-  name.width(2);
-  name << minor(status.st_dev) << ':' << std::dec << status.st_ino;
-  return name.str();
+  char name[64];
+  std::snprintf(name, sizeof name, "%02x:%02x:%llu", major(status.st_dev), minor(status.st_dev),
+                static_cast<unsigned long long>(status.st_ino));
+  return name;
 }
 
 /// A line is "1: FLOCK  ADVISORY  WRITE 4711 08:01:1234 0 EOF"; that of a process which waits has
 /// "->" after the number, and so another second word.
-std::optional<long> holderInTable(std::istream& table, const std::string& file) {
-  for (std::string line; std::getline(table, line);) {
-    std::istringstream words(line);
-    std::string number, kind, strictness, access, place;
+std::optional<long> holderInTable(const std::string& table, const std::string& file) {
+  for (std::size_t at = 0; at < table.size();
+       at = std::min(table.find('\n', at), table.size()) + 1) {
     long process = 0;
-    if (!(words >> number >> kind >> strictness >> access >> process >> place)) continue;
+    char place[64] = "";
+    const int words =
+        std::sscanf(table.c_str() + at, "%*s FLOCK %*s %*s %ld %63s", &process, place);
     // Processes outside the container have the number 0, or -1.
-    if (kind == "FLOCK" && place == file && process > 0) return process;
+    if (words == 2 && place == file && process > 0) return process;
   }
   return std::nullopt;
+}
+
+/// What a file of the kernel's says; empty where it says nothing.
+std::string textOf(const std::string& path) {
+  std::error_code error;
+  const FileDescriptor file = FileDescriptor::open(path, O_RDONLY, 0, error);
+  return file ? readRegularFile(file, error) : std::string();
 }
 
 }  // namespace
 
 std::string holderOfLockOn(const FileDescriptor& file) {
   struct stat status {};
-  std::ifstream table("/proc/locks");
-  const auto process =
-      ::fstat(file.get(), &status) == 0 ? holderInTable(table, nameInTable(status)) : std::nullopt;
+  const auto process = ::fstat(file.get(), &status) == 0
+                           ? holderInTable(textOf("/proc/locks"), nameInTable(status))
+                           : std::nullopt;
   if (!process) return "a process that the kernel does not name";
-  std::string text = "process " + std::to_string(*process);
-  std::string program;
-  if (std::getline(std::ifstream("/proc/" + std::to_string(*process) + "/comm"), program)) {
-    text += " (" + program + ")";
-  }
-  return text;
+  const std::string text = "process " + std::to_string(*process);
+  const std::string program = textOf("/proc/" + std::to_string(*process) + "/comm");
+  return program.empty() ? text : text + " (" + program.substr(0, program.find('\n')) + ")";
 }
 
 }  // namespace tallbook
