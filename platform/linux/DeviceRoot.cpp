@@ -142,6 +142,16 @@ std::string DeviceRoot::readFile(const std::string& path, std::error_code& error
   return file ? readRegularFile(file, error) : std::string();
 }
 
+bool DeviceRoot::hasFile(const std::string& path) const {
+  struct stat status {};
+  if (_path.empty() || !contains(path)) {
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  }
+  std::error_code error;
+  const FileDescriptor file = open(path, O_PATH, 0, error);
+  return file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool DeviceRoot::belongsToCaller() const {
   struct stat status {};
   return ::fstat(_root.get(), &status) == 0 && status.st_uid == ::geteuid();

@@ -27,6 +27,8 @@ class DeviceRoot {
                       std::error_code& error) const;
   /// The content of a regular file, as `FileSystem::readFile`.
   std::string readFile(const std::string& path, std::error_code& error) const;
+  /// Whether a regular file is there, or a link to one.
+  bool hasFile(const std::string& path) const;
   /// Whether the root folder is the calling user's own.
   bool belongsToCaller() const;
   /// The path of the open file as the kernel knows it, links resolved; empty where it has none.

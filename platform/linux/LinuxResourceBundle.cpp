@@ -1,9 +1,7 @@
 #include "platform/linux/LinuxResourceBundle.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <filesystem>
-#include <sys/stat.h>
 
 #include "platform/linux/FactFile.h"
 #include "platform/linux/UserLanguages.h"
@@ -33,10 +31,7 @@ std::string LinuxResourceBundle::folderOfThisLibrary() {
 std::optional<std::string> LinuxResourceBundle::fileNamed(const std::string& name) const {
   for (const std::string& folder : _folders) {
     std::string path = folder + "/" + name;
-    std::error_code error;
-    const FileDescriptor file = _root.open(path, O_PATH, 0, error);
-    struct stat status {};
-    if (file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return path;
+    if (_root.hasFile(path)) return path;
   }
   return std::nullopt;
 }
