@@ -36,15 +36,20 @@ class PlugInRegistry {
     return *registry;
   }
 
+  /// The class is made when one is looked up. Most programs that have the library never do, and
+  /// need not have the pages of all its parts in their memory.
   void add(MakeClass make) {
-    PlugInClass made = make();
     std::scoped_lock guard(_lookingUp);
-    std::string name = made.name;
-    _classes.try_emplace(std::move(name), std::move(made));
+    _unmade.push_back(make);
   }
 
   const PlugInClass* classNamed(std::string_view name) {
     std::scoped_lock guard(_lookingUp);
+    for (const MakeClass make : std::exchange(_unmade, {})) {
+      PlugInClass made = make();
+      std::string ownName = made.name;
+      _classes.try_emplace(std::move(ownName), std::move(made));
+    }
     const auto found = _classes.find(name);
     return found == _classes.end() ? nullptr : &found->second;
   }
@@ -73,6 +78,7 @@ class PlugInRegistry {
 
  private:
   std::mutex _lookingUp;
+  std::vector<MakeClass> _unmade;
   std::map<std::string, PlugInClass, std::less<>> _classes;
   std::recursive_mutex _loading;
   /// Modules of another interface version, by the loader's answer, with that version. Their

@@ -63,7 +63,8 @@ struct PlugInClass {
 ///
 /// `interfaceVersion` is always `kPlugInInterfaceVersion`, so that the module carries the version
 /// that it was built for: a module of another version is refused as one that cannot be loaded,
-/// before `make` is called for any of its classes.
+/// before `make` is called for any of its classes. `make` is called when a class is looked up for
+/// the first time, and looks none up itself.
 class TALLBOOK_EXPORT PlugInRegistration {
  public:
   PlugInRegistration(unsigned interfaceVersion, PlugInClass (*make)());
