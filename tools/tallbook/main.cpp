@@ -1,5 +1,10 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "tallbook/Host.h"
 #include "tallbook/InternalConsistencyFailure.h"
@@ -15,29 +20,50 @@ const char* const kProgram = "tallbook";
 
 namespace {
 
-struct CommandLine {
+class CommandLine {
+ public:
+  explicit CommandLine(std::vector<std::string_view> words) : _words(std::move(words)) {}
+
   HostOptions host;
   Options options;
   bool verbose = false;
-  std::string identifier, key, text, kind, dataclass, type, className, name, parent, folder;
-  std::string before, after, generation;
-  bool forget = false;
-  std::vector<std::string> types;
   /// What the chosen command does; set by parsing.
   std::function<ExitCode()> run;
 
   void declare(CLI::App& app);
 
  private:
+  using Declare = std::function<void(CLI::App& command)>;
+
+  bool isAmongWords(std::string_view word) const {
+    return std::ranges::find(_words, word) != _words.end();
+  }
+  void declareCommands(CLI::App& app) {
+    declareReading(app);
+    declareChanging(app);
+  }
   void declareReading(CLI::App& app);
   void declareChanging(CLI::App& app);
-  CLI::App* command(CLI::App& app, const char* words, const char* summary,
-                    std::function<ExitCode()> action) {
-    return app.add_subcommand(words, summary)->callback([this, action = std::move(action)] {
-      run = action;
-    });
-  }
+  void command(CLI::App& app, const char* name, const char* summary,
+               std::function<ExitCode()> action, const Declare& declareArguments = {});
+
+  std::vector<std::string_view> _words;
+  bool _declaresAll = false;
+  std::string identifier, key, text, kind, dataclass, type, className, name, parent, folder;
+  std::string before, after, generation;
+  bool forget = false;
+  std::vector<std::string> types;
 };
+
+// Declaring all commands takes longer than reading an account, so it is only those that the words
+// can mean; all of them for the help, and for words that mean none.
+void CommandLine::command(CLI::App& app, const char* commandName, const char* summary,
+                          std::function<ExitCode()> action, const Declare& declareArguments) {
+  if (!_declaresAll && !isAmongWords(commandName)) return;
+  CLI::App* const declared = app.add_subcommand(commandName, summary);
+  declared->callback([this, action = std::move(action)] { run = action; });
+  if (declareArguments) declareArguments(*declared);
+}
 
 void CommandLine::declare(CLI::App& app) {
   app.add_option("--root", host.root, "Root of the device tree; the running system without it")
@@ -52,97 +78,128 @@ void CommandLine::declare(CLI::App& app) {
                "Load the modules of a device tree that belongs to another user");
   app.require_subcommand(1);
   app.fallthrough();
-  declareReading(app);
-  declareChanging(app);
+  _declaresAll = isAmongWords("-h") || isAmongWords("--help");
+  declareCommands(app);
+  if (_declaresAll || !app.get_subcommands([](CLI::App*) { return true; }).empty()) return;
+  _declaresAll = true;
+  declareCommands(app);
 }
 
 void CommandLine::declareReading(CLI::App& app) {
-  CLI::App* sub = command(app, "list", "The accounts", [this] { return list(options, types); });
-  sub->add_option("--type", types, "Only those of the account type")->expected(1)->take_all();
+  command(
+      app, "list", "The accounts", [this] { return list(options, types); },
+      [this](CLI::App& sub) {
+        sub.add_option("--type", types, "Only those of the account type")->expected(1)->take_all();
+      });
 
-  sub = command(app, "show", "Everything about one account",
-                [this] { return show(options, identifier); });
-  sub->add_option("ID", identifier)->required();
+  command(
+      app, "show", "Everything about one account", [this] { return show(options, identifier); },
+      [this](CLI::App& sub) { sub.add_option("ID", identifier)->required(); });
 
-  sub = command(app, "get", "One value of an account",
-                [this] { return get(options, identifier, key); });
-  sub->add_option("ID", identifier)->required();
-  sub->add_option("KEY", key)->required();
+  command(
+      app, "get", "One value of an account", [this] { return get(options, identifier, key); },
+      [this](CLI::App& sub) {
+        sub.add_option("ID", identifier)->required();
+        sub.add_option("KEY", key)->required();
+      });
 
-  sub = command(app, "types", "The account type catalogue",
-                [this] { return tool::types(options, type); });
-  sub->add_option("TYPE", type);
+  command(
+      app, "types", "The account type catalogue", [this] { return tool::types(options, type); },
+      [this](CLI::App& sub) { sub.add_option("TYPE", type); });
 
   command(app, "dump", "The accounts file as XML, or as JSON", [this] { return dump(options); });
 
-  sub = command(app, "diff", "What differs between two accounts files, or generations of them",
-                [this] { return diff(options, before, after); });
-  sub->add_option("A", before)->required();
-  sub->add_option("B", after, "The present accounts file without it");
+  command(
+      app, "diff", "What differs between two accounts files, or generations of them",
+      [this] { return diff(options, before, after); },
+      [this](CLI::App& sub) {
+        sub.add_option("A", before)->required();
+        sub.add_option("B", after, "The present accounts file without it");
+      });
 
-  sub = command(app, "history", "The last generations of the accounts file",
-                [this] { return history(options, forget); });
-  sub->add_flag("--forget", forget, "Remove them all, with what they hold of removed accounts");
+  command(
+      app, "history", "The last generations of the accounts file",
+      [this] { return history(options, forget); },
+      [this](CLI::App& sub) {
+        sub.add_flag("--forget", forget,
+                     "Remove them all, with what they hold of removed accounts");
+      });
 
   command(app, "check", "What the next load would drop, repair or ignore",
           [this] { return check(options); });
 
-  sub = command(app, "explain", "Why a dataclass of an account is on or off",
-                [this] { return explain(options, identifier, dataclass); });
-  sub->add_option("ID", identifier)->required();
-  sub->add_option("DATACLASS", dataclass)->required();
+  command(
+      app, "explain", "Why a dataclass of an account is on or off",
+      [this] { return explain(options, identifier, dataclass); },
+      [this](CLI::App& sub) {
+        sub.add_option("ID", identifier)->required();
+        sub.add_option("DATACLASS", dataclass)->required();
+      });
 
   command(app, "wait", "Wait until no migration runs", [] { return wait(); });
 }
 
 void CommandLine::declareChanging(CLI::App& app) {
-  CLI::App* sub = command(app, "set", "Store a value in an account",
-                          [this] { return set(options, identifier, key, text, kind); });
-  sub->add_option("ID", identifier)->required();
-  sub->add_option("KEY", key)->required();
-  sub->add_option("VALUE", text)->required();
-  sub->add_option("--type", kind, "Kind of the value; else that of the present one, or string")
-      ->check(CLI::IsMember(writableKinds()));
+  command(
+      app, "set", "Store a value in an account",
+      [this] { return set(options, identifier, key, text, kind); },
+      [this](CLI::App& sub) {
+        sub.add_option("ID", identifier)->required();
+        sub.add_option("KEY", key)->required();
+        sub.add_option("VALUE", text)->required();
+        sub.add_option("--type", kind, "Kind of the value; else that of the present one, or string")
+            ->check(CLI::IsMember(writableKinds()));
+      });
 
-  sub = command(app, "unset", "Remove a value from an account",
-                [this] { return unset(options, identifier, key); });
-  sub->add_option("ID", identifier)->required();
-  sub->add_option("KEY", key)->required();
+  command(
+      app, "unset", "Remove a value from an account",
+      [this] { return unset(options, identifier, key); },
+      [this](CLI::App& sub) {
+        sub.add_option("ID", identifier)->required();
+        sub.add_option("KEY", key)->required();
+      });
 
   for (const bool enabled : {true, false}) {
-    sub = command(
+    command(
         app, enabled ? "enable" : "disable",
         enabled ? "Turn a dataclass of an account on" : "Turn a dataclass of an account off",
-        [this, enabled] { return setEnabled(options, identifier, dataclass, enabled); });
-    sub->add_option("ID", identifier)->required();
-    sub->add_option("DATACLASS", dataclass)->required();
+        [this, enabled] { return setEnabled(options, identifier, dataclass, enabled); },
+        [this](CLI::App& sub) {
+          sub.add_option("ID", identifier)->required();
+          sub.add_option("DATACLASS", dataclass)->required();
+        });
   }
 
-  sub = command(app, "add", "Add an account, and print its identifier",
-                [this] { return add(options, type, className, name, parent); });
-  sub->add_option("TYPE", type)->required();
-  sub->add_option("CLASS", className)->required();
-  sub->add_option("--name", name, "Name shown to the user");
-  sub->add_option("--parent", parent, "Identifier of the account to add it to as a child");
+  command(
+      app, "add", "Add an account, and print its identifier",
+      [this] { return add(options, type, className, name, parent); },
+      [this](CLI::App& sub) {
+        sub.add_option("TYPE", type)->required();
+        sub.add_option("CLASS", className)->required();
+        sub.add_option("--name", name, "Name shown to the user");
+        sub.add_option("--parent", parent, "Identifier of the account to add it to as a child");
+      });
 
-  sub = command(app, "remove", "Remove an account, with its children",
-                [this] { return remove(options, identifier); });
-  sub->add_option("ID", identifier)->required();
+  command(
+      app, "remove", "Remove an account, with its children",
+      [this] { return remove(options, identifier); },
+      [this](CLI::App& sub) { sub.add_option("ID", identifier)->required(); });
 
-  sub = command(app, "restore", "Put the accounts of a generation back",
-                [this] { return restore(options, generation); });
-  sub->add_option("GENERATION", generation)->required();
+  command(
+      app, "restore", "Put the accounts of a generation back",
+      [this] { return restore(options, generation); },
+      [this](CLI::App& sub) { sub.add_option("GENERATION", generation)->required(); });
 
   command(app, "undo", "Restore the newest generation", [this] { return undo(options); });
 
-  sub = command(app, "init", "Make an empty device tree to develop against",
-                [this] { return init(folder); });
-  sub->add_option("DIR", folder)->required();
+  command(
+      app, "init", "Make an empty device tree to develop against", [this] { return init(folder); },
+      [this](CLI::App& sub) { sub.add_option("DIR", folder)->required(); });
 }
 
 ExitCode answer(int argc, char** argv) {
   CLI::App app("Looks at the accounts of a device and changes them.", "tallbook");
-  CommandLine line;
+  CommandLine line({argv + 1, argv + argc});
   line.declare(app);
   try {
     app.parse(argc, argv);
