@@ -1,11 +1,13 @@
 #pragma once
 
-#include <libsmartcols/libsmartcols.h>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "tools/common/Output.h"
+
+struct libscols_line;
+struct libscols_table;
 
 namespace tallbook::tool {
 
@@ -26,7 +28,7 @@ class Table {
 
  private:
   struct Release {
-    void operator()(libscols_table* table) const noexcept { scols_unref_table(table); }
+    void operator()(libscols_table* table) const noexcept;
   };
 
   std::unique_ptr<libscols_table, Release> _table;
