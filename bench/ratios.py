@@ -11,9 +11,11 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
 PROCESSES = 31
 REPEATS = 3
+SHORT_PROCESSES = 301
 
 
 def figures(*command):
@@ -37,6 +39,35 @@ def store(measure, records, children=0):
     return {name: statistics.median(run[name] for run in runs) for name in runs[0]}
 
 
+def whole_processes(commands):
+    """Medians of the time from the start of a process to its end; the commands take turns."""
+    with open(os.devnull, "wb") as nowhere:
+        def run(command):
+            start = time.perf_counter()
+            silent = [(os.POSIX_SPAWN_DUP2, nowhere.fileno(), 1)]
+            process = os.posix_spawn(command[0], command, {}, file_actions=silent)
+            status = os.waitpid(process, 0)[1]
+            if status != 0:
+                sys.exit(f"{command[0]} failed")
+            return time.perf_counter() - start
+
+        rounds = [[run(command) for command in commands] for _ in range(SHORT_PROCESSES)]
+    return [statistics.median(times) for times in zip(*rounds)]
+
+
+def small_device(folder, root):
+    """Rows of what programs cost that read ten accounts, against one that does nothing."""
+    path = os.path.join(root, "var/mobile/Library/Preferences/com.orvane.tallbook.plist")
+    subprocess.run([os.path.join(folder, "tallbook-measure"), "make", path, "10", "0"], check=True)
+    first = "00000000-5EED-4ACC-8000-000000000000"
+    nothing, reading, getting = whole_processes([
+        [os.path.join(folder, "do-nothing")],
+        [os.path.join(folder, "cold-start"), root],
+        [os.path.join(folder, "tallbook"), "--root", root, "get", first, "Username"]])
+    yield "process that reads 10 accounts / one that does nothing", reading / nothing, 1.45, False
+    yield "tallbook get, 10 accounts / one that does nothing", getting / nothing, 1.75, False
+
+
 def migration(measure, kind, accounts):
     """Medians of a migration's measures over several processes."""
     runs = [figures(measure, kind, str(accounts)) for _ in range(REPEATS)]
@@ -53,7 +84,12 @@ def ratios(folder):
         for work, bound in (("decode", 6), ("encode", 5)):
             speed = against_libplist(measure, compare, work, path)
             yield f"{work}, 1,000 records: times as fast as libplist", speed, bound, True
-    small, large = store(measure, 1000), store(measure, 100000)
+        yield from small_device(folder, os.path.join(temporary, "device"))
+    for size in 10, 100:
+        run = store(measure, size)
+        share = run["save"] / run["replace-barely"]
+        yield f"save / bare write, flush, rename, flush, {size} records", share, 1.5, False
+    small, middle, large = (store(measure, size) for size in (1000, 10000, 100000))
     yield "load / decode, 1,000 records", small["load"] / small["decode"], 2, False
     yield "load / decode, 100,000 records", large["load"] / large["decode"], 2, False
     for size, run in (("1,000", small), ("100,000", large)):
@@ -61,9 +97,11 @@ def ratios(folder):
         yield f"save / (load + encode + write), {size} records", run["save"] / parts, 1.5, False
         share = run["save-changes"] / parts
         yield f"saving changes / (load + encode + write), {size} records", share, 1.6, False
-    for work in ("decode", "encode", "load", "save"):
+    for work, bound in (("decode", 1.5), ("encode", 2), ("load", 1.5), ("save", 1.5)):
         growth = large[work] / small[work] / 100
-        yield f"{work}: time a record, 100,000 / 1,000 records", growth, 1.5, False
+        yield f"{work}: time a record, 100,000 / 1,000 records", growth, bound, False
+    growth = large["encode"] / middle["encode"] / 10
+    yield "encode: time a record, 100,000 / 10,000 records", growth, 1.2, False
     parents = store(measure, 10000, 5)
     fewer = store(measure, 1000, 5)
     growth = parents["load"] / fewer["load"] / 10

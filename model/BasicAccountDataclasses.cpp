@@ -149,7 +149,7 @@ ArrayRef BasicAccount::_orderedDataclasses(const ArrayRef& dataclasses) {
 std::vector<String> BasicAccount::_profileRestrictedDataclasses() {
   initialize();
   std::vector<Feature> features;
-  features.reserve(std::size(kRestrictions));
+  features.reserve(kRestrictions.size());
   for (const Restriction& restriction : kRestrictions) features.push_back(restriction.feature);
   const std::vector<int> answers =
       Platform::current().restrictions().restrictionsOfFeatures(features);
