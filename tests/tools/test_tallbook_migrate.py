@@ -7,6 +7,7 @@ import fcntl
 import json
 import os
 import plistlib
+import re
 import resource
 import shutil
 import signal
@@ -178,6 +179,11 @@ def flat(rows, parent=None):
     return listed
 
 
+def words(table):
+    """A table's words, the identifiers that a migration made as a dry run shows them."""
+    return re.sub("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}", "(new)", table).split()
+
+
 def as_foretold(told, foretold):
     """Rows of a migration as a dry run shows them: a new identifier is another one every time."""
     news = {row["identifier"] for row in told} - {row["identifier"] for row in foretold}
@@ -308,16 +314,15 @@ class DryRuns(HostTest):
                 (ACCOUNTS, frozen("i"), NOT_MIGRATED), (ACCOUNTS, frozen("a"), NOT_MIGRATED),
                 (preferences, frozen("i"), NOT_MIGRATED), (preferences, frozen("a"), NOT_MIGRATED)]:
             with self.subTest(path=relative, code=code):
-                self.root = self.device({"mail": legacy_mail(), ACCOUNTS: {
+                self.root = self.device({"mail": legacy_mail(), MAIL + ".unreadable-1": b"", ACCOUNTS: {
                     "Version": 3, "Accounts": [account("IMAP", "Mail", "IMAPAccount"),
                                                account("LDAP", "LDAP", "LDAPAccount")]}})
                 put(self.path(relative))
                 before = untouched(self.root)
-                foretold = self.rows("--dry-run", expect=code)
+                foretold = words(self.migrate("--dry-run", expect=code))
                 self.assertEqual(untouched(self.root), before)
                 messages = [line for line in self.message.splitlines() if self.scratch not in line]
-                told = self.rows(expect=code)
-                self.assertEqual(as_foretold(told, foretold), foretold)
+                self.assertEqual(words(self.migrate(expect=code)), foretold)
                 for line in messages:
                     self.assertIn(line, self.message)
                 self.assertEqual(os.listdir(outside), [])

@@ -4,7 +4,6 @@
 // The library's lock is the migration's own; this one has to be taken around it.
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -46,19 +45,6 @@ HostLock::HostLock(const std::string& root, const std::string& path) {
   tool::note("another migration host is at work; waiting until it has finished");
   while (::flock(*_file, LOCK_EX) != 0 && errno == EINTR) {
   }
-}
-
-std::string stampOfFile(const std::string& path) {
-  struct stat status {};
-  if (::lstat(path.c_str(), &status) != 0) return {};
-  std::string stamp;
-  for (const auto part : {static_cast<unsigned long long>(status.st_dev),
-                          static_cast<unsigned long long>(status.st_ino),
-                          static_cast<unsigned long long>(status.st_ctim.tv_sec),
-                          static_cast<unsigned long long>(status.st_ctim.tv_nsec)}) {
-    stamp += std::to_string(part) + "/";
-  }
-  return stamp;
 }
 
 }  // namespace tallbook::migrate

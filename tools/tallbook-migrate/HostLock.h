@@ -22,8 +22,4 @@ class HostLock {
   Descriptor _file;
 };
 
-/// What identifies a file's present content, so that a replaced file can be told; empty where there
-/// is none.
-std::string stampOfFile(const std::string& path);
-
 }  // namespace tallbook::migrate

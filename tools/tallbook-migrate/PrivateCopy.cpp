@@ -5,6 +5,7 @@
 #include <cstring>
 // Only the system's own calls leave access times as they are, and make a pipe.
 #include <fcntl.h>
+#include <fstream>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -146,12 +147,19 @@ void PrivateCopy::copyAll(const DevicePaths& device) {
     fs::create_directory(_root / "var");
     fs::create_directory_symlink("../" + home, _root / "var/mobile");
   }
+  const std::string library = device.home + "/Library/";
   for (const char* name :
        {"Mail/Accounts.plist", "Mail/Accounts.plist.original", "Mail/AutoFetchEnabled",
         "Preferences/com.orvane.Syncora.plist", "Preferences/com.orvane.Syncora.plist.original",
         "Preferences/.removingOldAccounts", "Preferences/com.orvane.tallbook-logging.plist",
         "Preferences/com.orvane.tallbook-history.plist", "Logs/Dorvix/AccountMigration"}) {
-    copyAt(device.home + "/Library/" + name);
+    copyAt(library + name);
+    // Nobody reads what was moved aside before, but its names are taken.
+    std::string aside = library + name + ".unreadable-1";
+    for (int next = 2; openBelow(device.root, aside); ++next) {
+      const std::ofstream taken(_root / aside.substr(device.root.size() + 1));
+      aside = library + name + ".unreadable-" + std::to_string(next);
+    }
   }
   if (hasTwoHomes) fs::create_directories(_root / home);
   copyAt(device.accounts);
