@@ -162,8 +162,10 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
       cause = _savesOfMigration->causeToKeep(file);
     }
     AccountsFileSave save = file.replace(*std::move(records), cause);
-    if (_savesOfMigration) _savesOfMigration->known = save.version;
     replacement = save.end;
+    if (_savesOfMigration && replacement == Replacement::Done) {
+      _savesOfMigration->known = save.version;
+    }
     _saveFailure = std::move(save.failure);
     _generationFailure = std::move(save.generationFailure);
   }

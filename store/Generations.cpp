@@ -91,28 +91,20 @@ std::unique_ptr<Folder> Generations::make(std::error_code& error) {
   return error && error != errc::file_exists ? nullptr : open(error);
 }
 
-bool Generations::hasContent(const Folder& folder, const GenerationName& name,
-                             const FileVersion& version) const {
-  std::error_code error;
-  if (folder.look(name.text(), error).version.size != version.size) return false;
-  const FileContent present = _folder.read(kAccountsFilename.str());
-  const FileContent kept = folder.read(name.text());
-  return !present.error && !kept.error && present.version == version && present.bytes == kept.bytes;
-}
-
 std::error_code Generations::keepIn(Folder& folder, Names& names, GenerationName::Time now,
                                     const FileVersion& version, Cause cause) {
   GenerationName name{now, cause == Cause::Migration};
   std::error_code error;
   if (!names.empty()) {
     const GenerationName& newest = names.front();
-    // A save that failed has kept it already.
-    const bool isKept = folder.look(newest.text(), error).version == version;
-    if (isKept && (newest.isOfMigration || cause != Cause::Migration)) return {};
-    // So has a migration that found nothing to do: these must not push everything else out.
-    if (cause == Cause::Migration && newest.isOfMigration && hasContent(folder, newest, version)) {
-      return {};
-    }
+    // A save that failed has kept it already; so has a migration that found nothing to do, and many
+    // of these must not push everything else out.
+    const bool isKept =
+        cause == Cause::Migration
+            ? newest.isOfMigration && VersionToKeep(_folder, kAccountsFilename.str(), version)
+                                          .isKeptAs(folder, newest.text())
+            : folder.look(newest.text(), error).version == version;
+    if (isKept) return {};
     name.kept = std::max(name.kept, newest.kept + 1ns);
   }
   SecondName kept;

@@ -35,9 +35,6 @@ class Generations {
 
  private:
   std::unique_ptr<Folder> make(std::error_code& error);
-  /// Whether the generation has the same bytes as the version.
-  bool hasContent(const Folder& folder, const GenerationName& name,
-                  const FileVersion& version) const;
   /// Adds the new generation to `names`, those that are there.
   std::error_code keepIn(Folder& folder, std::vector<GenerationName>& names,
                          GenerationName::Time now, const FileVersion& version, Cause cause);

@@ -70,20 +70,11 @@ class KeptFiles {
     return numbers;
   }
 
-  /// Whether the content is kept already. What cannot be compared is not the same.
+  /// Whether the content is kept already.
   bool isAmong(const std::vector<Number>& numbers) const {
-    std::optional<FileContent> present;
-    return std::ranges::any_of(numbers, [&](Number number) {
-      std::error_code error;
-      const FileLook kept = _folder.look(nameOf(number), error);
-      if (error || kept.kind != FileKind::Regular) return false;
-      if (kept.version == _version) return true;
-      if (!present) present = _folder.read(_name);
-      if (present->error || present->version != _version) return false;
-      if (kept.version.size != present->bytes.size()) return false;
-      const FileContent content = _folder.read(nameOf(number));
-      return !content.error && content.bytes == present->bytes;
-    });
+    VersionToKeep version(_folder, _name, _version);
+    return std::ranges::any_of(
+        numbers, [&](Number number) { return version.isKeptAs(_folder, nameOf(number)); });
   }
 
   void removeOldest(const std::vector<Number>& numbers) {

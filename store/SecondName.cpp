@@ -59,4 +59,16 @@ SecondName giveSecondName(Folder& folder, const std::string& name, const FileVer
   return copy(folder, name, version, to, second, error);
 }
 
+bool VersionToKeep::isKeptAs(const Folder& to, const std::string& second) {
+  std::error_code error;
+  const FileLook kept = to.look(second, error);
+  if (error || kept.kind != FileKind::Regular) return false;
+  if (kept.version == _version) return true;
+  if (!_content) _content = _folder.read(_name);
+  if (_content->error || _content->version != _version) return false;
+  if (kept.version.size != _content->bytes.size()) return false;
+  const FileContent content = to.read(second);
+  return !content.error && content.bytes == _content->bytes;
+}
+
 }  // namespace tallbook

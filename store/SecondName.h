@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -19,5 +20,23 @@ enum class SecondName {
 /// belongs to "mobile". What a link leads to is copied, since it is the link that gets replaced.
 SecondName giveSecondName(Folder& folder, const std::string& name, const FileVersion& version,
                           Folder& to, const std::string& second, std::error_code& error);
+
+/// Compares a version of the file `name` with what is kept under other names. Reads it at most
+/// once.
+class VersionToKeep {
+ public:
+  VersionToKeep(const Folder& folder, const std::string& name, const FileVersion& version)
+      : _folder(folder), _name(name), _version(version) {}
+
+  /// Whether the folder `to` has it, or its bytes, under the second name. What cannot be compared
+  /// is not the same.
+  bool isKeptAs(const Folder& to, const std::string& second);
+
+ private:
+  const Folder& _folder;
+  std::string _name;
+  FileVersion _version;
+  std::optional<FileContent> _content;
+};
 
 }  // namespace tallbook
