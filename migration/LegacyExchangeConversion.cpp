@@ -67,7 +67,7 @@ bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
       [this](const DictionaryRef& each) { return _convertExchangeAccountDescription(each); },
       "-[AccountsDataMigrator(Internal) _migrateSyncoraAccounts:]. Could not convert the "
       "description for the Exchange account ");
-  const bool isConverted = accounts && !file.isRefused();
+  const bool isConverted = accounts.has_value();
   if (isConverted) {
     replaceAccounts(store, {kExchangeAccountType}, *accounts,
                     "replaced by the accounts of the legacy Exchange file",
@@ -75,8 +75,7 @@ bool AccountsDataMigrator::_migrateSyncoraAccounts(const Store& store) {
   } else {
     tellNotConverted(file, kAccounts, propertiesOf);
   }
-  _oldSyncoraFile = file.end(isConverted);
-  if (isConverted) _oldSyncoraFile.accounts = *std::move(accounts);
+  _oldSyncoraFile = file.end(std::move(accounts));
   file.removeOriginal();
   endStage("legacy Exchange file", store);
   return isConverted;

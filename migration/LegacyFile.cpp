@@ -57,17 +57,16 @@ void LegacyFile::read(const Folder& folder, const std::string& name) {
   if (!root) return;
   _contents = root->dictionary();
   if (!_contents) {
-    _whyNotUnderstood = "its top level is of the kind " + std::string(nameOfKind(root->kind())) +
-                        ", not dictionary";
+    _whyNotUnderstood = "its top level " + textOfWrongKind(*root, "dictionary");
   }
 }
 
 std::optional<AccountsManager::AccountList> LegacyFile::accountsMadeOf(
     std::string_view key, const Convert& convert, const std::string& complaint) {
+  if (_refusal) return std::nullopt;
   const Value* found = _contents ? _contents->find(key) : nullptr;
   if (found && !found->array()) {
-    _whyNotUnderstood = "its \"" + std::string(key) + "\" is of the kind " +
-                        std::string(nameOfKind(found->kind())) + ", not array";
+    _whyNotUnderstood = "its \"" + std::string(key) + "\" " + textOfWrongKind(*found, "array");
   }
   AccountsManager::AccountList accounts;
   const ArrayRef elements = descriptions(key);
@@ -88,12 +87,12 @@ ArrayRef LegacyFile::descriptions(std::string_view key) const {
   return array ? array : Array::make();
 }
 
-OldFile LegacyFile::end(bool isConverted) const {
+OldFile LegacyFile::end(std::optional<AccountsManager::AccountList> accounts) const {
   using Fate = OldFile::Fate;
   if (_refusal) return {Fate::Stays, "it cannot be read: " + _refusal.message(), {}, {}};
-  if (!isConverted) return {Fate::Stays, "an account of it cannot be converted", {}, {}};
-  if (!_whyNotUnderstood.empty()) return {Fate::GoesAside, _whyNotUnderstood, _version, {}};
-  return {Fate::MayGo, {}, _version, {}};
+  if (!accounts) return {Fate::Stays, "an account of it cannot be converted", {}, {}};
+  const Fate fate = _whyNotUnderstood.empty() ? Fate::MayGo : Fate::GoesAside;
+  return {fate, _whyNotUnderstood, _version, *std::move(accounts)};
 }
 
 void LegacyFile::removeOriginal() const {

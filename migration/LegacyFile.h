@@ -41,19 +41,18 @@ class LegacyFile {
   /// Its top level; null when it is missing or holds no dictionary.
   const DictionaryRef& contents() const noexcept { return _contents; }
   bool hasEntries() const noexcept { return _contents && !_contents->empty(); }
-  /// Whether the system refused to give it: what it holds is not known.
-  bool isRefused() const noexcept { return static_cast<bool>(_refusal); }
   using Convert = std::function<std::shared_ptr<BasicAccount>(const DictionaryRef& description)>;
   /// The accounts that `convert` makes of the descriptions in the array under the key; none where
   /// there is no array. Nullopt when it makes null of one, which the console learns of after
-  /// `complaint`.
+  /// `complaint`, and when the system does not let the file be read.
   std::optional<AccountsManager::AccountList> accountsMadeOf(std::string_view key,
                                                              const Convert& convert,
                                                              const std::string& complaint);
   /// The array under the key; empty where there is none.
   ArrayRef descriptions(std::string_view key) const;
-  /// What is to become of it. `isConverted` tells whether accounts were made of all descriptions.
-  OldFile end(bool isConverted) const;
+  /// What is to become of it, given the accounts that were made of all that it describes; nullopt
+  /// where that could not be done.
+  OldFile end(std::optional<AccountsManager::AccountList> accounts) const;
   /// Removes the file of the same name that ends in ".original", where there is one.
   void removeOriginal() const;
 

@@ -123,13 +123,14 @@ bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
   };
   auto outgoing = converted(delivery);
   auto incoming = outgoing ? converted(mail) : std::nullopt;
-  const bool isConverted = incoming && !file.isRefused();
+  const bool isConverted = incoming.has_value();
   if (isConverted) {
     leaveOutWrapped(*store, *incoming);
     constexpr const char* kReplaced = "replaced by the accounts of the legacy mail file";
     constexpr const char* kMet = "an account of the legacy mail file has its identifier";
     replaceAccounts(store, {kSMTPAccountType}, *outgoing, kReplaced, kMet);
     replaceAccounts(store, {kMailAccountType}, *incoming, kReplaced, kMet);
+    std::ranges::move(*outgoing, std::back_inserter(*incoming));
   } else {
     for (const Kind& kind : {delivery, mail}) {
       tellNotConverted(file, kind.key, [&](const DictionaryRef& description) {
@@ -137,11 +138,7 @@ bool AccountsDataMigrator::_migrateMailAccounts(const Store& store) {
       });
     }
   }
-  _oldMailFile = file.end(isConverted);
-  if (isConverted) {
-    _oldMailFile.accounts = *std::move(incoming);
-    std::ranges::move(*outgoing, std::back_inserter(_oldMailFile.accounts));
-  }
+  _oldMailFile = file.end(std::move(incoming));
   file.removeOriginal();
   endStage("legacy mail file", store);
   return isConverted;

@@ -206,6 +206,8 @@ class TALLBOOK_EXPORT Value {
 
 /// "string", "integer", ...
 TALLBOOK_EXPORT std::string_view nameOfKind(Value::Kind kind) noexcept;
+/// "is of the kind string, not array", of a string where `wanted` is "array".
+TALLBOOK_EXPORT std::string textOfWrongKind(const Value& value, std::string_view wanted);
 
 /// The deepest nesting of containers that is read, written, copied or compared.
 inline constexpr int kMaximumNesting = 512;

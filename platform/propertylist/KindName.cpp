@@ -28,4 +28,11 @@ std::string_view nameOfKind(Value::Kind kind) noexcept {
   return "unknown";
 }
 
+std::string textOfWrongKind(const Value& value, std::string_view wanted) {
+  return std::string("is of the kind ")
+      .append(nameOfKind(value.kind()))
+      .append(", not ")
+      .append(wanted);
+}
+
 }  // namespace tallbook

@@ -39,10 +39,6 @@ std::string quoted(std::string_view text) {
   return "\"" + std::string(text) + "\"";
 }
 
-std::string kindText(const Value& value, std::string_view wanted) {
-  return "is of the kind " + std::string(nameOfKind(value.kind())) + ", not " + std::string(wanted);
-}
-
 class FileCheck {
  public:
   std::vector<Finding> run(const Dictionary& content) {
@@ -70,7 +66,7 @@ class FileCheck {
     const std::uint64_t current = AccountsManager::currentVersion();
     if (version.kind() != Kind::Integer) {
       add("ambiguous", kPlistVersionKey.str(),
-          (version.isNull() ? "it is missing" : "it " + kindText(version, "integer")) +
+          (version.isNull() ? "it is missing" : "it " + textOfWrongKind(version, "integer")) +
               ", and reads as " + std::to_string(version.unsignedValue()));
     } else if (version.unsignedValue() != current) {
       add("ambiguous", kPlistVersionKey.str(),
@@ -152,7 +148,7 @@ class FileCheck {
     for (const auto& [key, kind] : kindsOfKeys()) {
       const Value& value = record[key];
       if (!value.isNull() && value.kind() != kind) {
-        add("ignored", place, quoted(key) + " " + kindText(value, nameOfKind(kind)));
+        add("ignored", place, quoted(key) + " " + textOfWrongKind(value, nameOfKind(kind)));
       }
     }
     checkDataclasses(place, record, kAccountEnabledDataclasses);
