@@ -50,10 +50,8 @@ DevicePaths pathsOfDevice(const std::string& root) {
   paths.sharedHome = paths.root + "/var/mobile";
   paths.accounts = tallbookAccountsPath();
   paths.copyOfAccounts = paths.sharedHome + "/Library/Logs/Dorvix/" + kAccountsFilename.str();
-  paths.legacyMail = mailAccountsPath();
-  paths.legacyExchange = syncoraAccountPath();
   // ~/Library/Mail/Accounts.plist
-  paths.home = fs::path(paths.legacyMail).parent_path().parent_path().parent_path().string();
+  paths.home = fs::path(mailAccountsPath()).parent_path().parent_path().parent_path().string();
   return paths;
 }
 

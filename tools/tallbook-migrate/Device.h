@@ -10,7 +10,6 @@ struct DevicePaths {
   std::string home;        ///< of the account "mobile"
   std::string sharedHome;  ///< of the accounts file and its copy put aside
   std::string accounts, copyOfAccounts;
-  std::string legacyMail, legacyExchange;
 };
 
 DevicePaths pathsOfDevice(const std::string& root);

@@ -92,7 +92,6 @@ void Story::descriptionNotConverted(const Value& description, const std::string&
 
 Story::Account& Story::addTold(const Value& record, const std::string& why) {
   Account& account = _accounts.emplace_back();
-  account.record = record;
   if (const DictionaryRef dictionary = record.dictionary()) {
     account.snapshot = dictionary->frozenCopy();
   }
@@ -139,7 +138,7 @@ Story::Row Story::visit(const DictionaryRef& record, std::optional<Row> parent) 
 
 void Story::visitChildren(Row row) {
   _accounts[row].walked = stage();
-  const DictionaryRef record = _accounts[row].record.dictionary();
+  const DictionaryRef record = _accounts[row].record;
   const ArrayRef children = (*record)[kAccountChildAccounts].array();
   if (!children) return;
   for (const Value& element : *children) {

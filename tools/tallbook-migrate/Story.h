@@ -67,7 +67,7 @@ class Story final : public MigrationObserver {
  private:
   using Row = std::size_t;
   struct Account {
-    Value record;            ///< what it is known by, where that is a dictionary
+    DictionaryRef record;    ///< what it is known by; null for one that no store had
     DictionaryRef snapshot;  ///< the record at the end of the last stage; null for none
     std::size_t born = 0;    ///< the stage that it comes from
     std::size_t changed = 0;

@@ -42,6 +42,13 @@ class CommandLine {
     declareReading(app);
     declareChanging(app);
   }
+  /// The arguments of a command about one value of one account.
+  Declare identifierAnd(const char* what, std::string& value) {
+    return [this, what, &value](CLI::App& sub) {
+      sub.add_option("ID", identifier)->required();
+      sub.add_option(what, value)->required();
+    };
+  }
   void declareReading(CLI::App& app);
   void declareChanging(CLI::App& app);
   void command(CLI::App& app, const char* name, const char* summary,
@@ -98,10 +105,7 @@ void CommandLine::declareReading(CLI::App& app) {
 
   command(
       app, "get", "One value of an account", [this] { return get(options, identifier, key); },
-      [this](CLI::App& sub) {
-        sub.add_option("ID", identifier)->required();
-        sub.add_option("KEY", key)->required();
-      });
+      identifierAnd("KEY", key));
 
   command(
       app, "types", "The account type catalogue", [this] { return tool::types(options, type); },
@@ -131,10 +135,7 @@ void CommandLine::declareReading(CLI::App& app) {
   command(
       app, "explain", "Why a dataclass of an account is on or off",
       [this] { return explain(options, identifier, dataclass); },
-      [this](CLI::App& sub) {
-        sub.add_option("ID", identifier)->required();
-        sub.add_option("DATACLASS", dataclass)->required();
-      });
+      identifierAnd("DATACLASS", dataclass));
 
   command(app, "wait", "Wait until no migration runs", [] { return wait(); });
 }
@@ -153,21 +154,14 @@ void CommandLine::declareChanging(CLI::App& app) {
 
   command(
       app, "unset", "Remove a value from an account",
-      [this] { return unset(options, identifier, key); },
-      [this](CLI::App& sub) {
-        sub.add_option("ID", identifier)->required();
-        sub.add_option("KEY", key)->required();
-      });
+      [this] { return unset(options, identifier, key); }, identifierAnd("KEY", key));
 
   for (const bool enabled : {true, false}) {
     command(
         app, enabled ? "enable" : "disable",
         enabled ? "Turn a dataclass of an account on" : "Turn a dataclass of an account off",
         [this, enabled] { return setEnabled(options, identifier, dataclass, enabled); },
-        [this](CLI::App& sub) {
-          sub.add_option("ID", identifier)->required();
-          sub.add_option("DATACLASS", dataclass)->required();
-        });
+        identifierAnd("DATACLASS", dataclass));
   }
 
   command(
