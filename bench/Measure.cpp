@@ -11,7 +11,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -20,7 +19,6 @@
 #include <map>
 #include <stdexcept>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include "tallbook/AccountsManager.h"
@@ -31,6 +29,7 @@
 #include "bench/PropertyListFiles.h"
 #include "bench/QuietConsole.h"
 #include "bench/Stopwatch.h"
+#include "bench/peers/WholeFile.h"
 #include "migration/AccountsDataMigrator.h"
 #include "platform/Platform.h"
 #include "tools/common/Output.h"
@@ -74,22 +73,15 @@ double writeAndFlush(const std::string& bytes) {
   return taken;
 }
 
-// What no save can do without, by the system's bare calls: write, flush, rename, flush the folder.
+// What no save can do without, by the system's bare calls.
 double replaceBarely(const std::string& bytes) {
-  const std::string path = AccountsManager::fullPathToTallbookPlist() + ".bare";
-  const std::string folder = std::filesystem::path(path).parent_path();
-  return nanosecondsOnATidyHeap([&] {
-    const std::string fresh = path + ".new";
-    const int file = ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    const bool isWritten =
-        ::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) &&
-        ::fsync(file) == 0 && ::close(file) == 0 && ::rename(fresh.c_str(), path.c_str()) == 0;
-    const int entries = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (!isWritten || ::fsync(entries) != 0 || ::close(entries) != 0) {
-      throw std::runtime_error("nothing was replaced");
-    }
-    return isWritten;
-  });
+  const std::string folder =
+      std::filesystem::path(AccountsManager::fullPathToTallbookPlist()).parent_path();
+  bool isReplaced = false;
+  const double taken = nanosecondsOnATidyHeap(
+      [&] { return isReplaced = peers::replaceFile(folder.c_str(), "replaced", bytes); });
+  if (!isReplaced) throw std::runtime_error("nothing was replaced");
+  return taken;
 }
 
 template <class Save>

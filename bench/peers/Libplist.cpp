@@ -41,7 +41,7 @@ void save(plist_t records) {
   char* bytes = nullptr;
   std::uint32_t size = 0;
   plist_to_bin(records, &bytes, &size);
-  replaceFile(kFile, {bytes, size});
+  if (!replaceFile(".", kFile, {bytes, size})) fail("cannot save");
 }
 
 void make() {

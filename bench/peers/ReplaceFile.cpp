@@ -10,6 +10,6 @@ int main(int count, char** words) {
   if (count < 3 || chdir(words[2]) != 0) fail("no folder");
   const std::string_view bytes = readFile("../records.plist");
   const std::int64_t start = nanosecondsNow();
-  replaceFile("replaced", bytes);
+  if (!replaceFile(".", "replaced", bytes)) fail("cannot replace the file");
   std::printf("program %" PRId64 "\n", nanosecondsNow() - start);
 }

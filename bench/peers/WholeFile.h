@@ -22,17 +22,17 @@ inline std::string_view readFile(const char* name) {
   return {bytes, size};
 }
 
-/// Replaces a file of the working directory so that it survives a loss of power: write, flush,
-/// rename, flush of the folder, and nothing else.
-inline void replaceFile(const char* name, std::string_view bytes) {
+/// Replaces a file of the folder so that it survives a loss of power: write, flush, rename, flush
+/// of the folder, and nothing else. Whether it could.
+[[nodiscard]] inline bool replaceFile(const char* folder, const char* name,
+                                      std::string_view bytes) {
   constexpr const char* kWritten = "written";
-  const int file = open(kWritten, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (file < 0 || write(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()) ||
-      fsync(file) != 0 || close(file) != 0 || std::rename(kWritten, name) != 0) {
-    fail("cannot write the file");
-  }
-  const int folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0 || fsync(folder) != 0 || close(folder) != 0) fail("cannot flush the folder");
+  const int entries = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int file = openat(entries, kWritten, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  return file >= 0 &&
+         write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) &&
+         fsync(file) == 0 && close(file) == 0 && renameat(entries, kWritten, entries, name) == 0 &&
+         fsync(entries) == 0 && close(entries) == 0;
 }
 
 }  // namespace tallbook::peers

@@ -1,3 +1,0 @@
-// The floor of every whole-process figure: a C++ program that does nothing.
-
-int main() {}
