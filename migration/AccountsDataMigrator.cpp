@@ -77,8 +77,11 @@ bool AccountsDataMigrator::executeMigrationSteps() {
   bool newInfo = false;
   AccountsManager::shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(&mail, &syncora,
                                                                              &newInfo);
-  if (!mail) _oldMailFile = notFound(mailAccountsPath());
-  if (!syncora) _oldSyncoraFile = notFound(syncoraAccountPath());
+  if (!mail) _oldMailFile.fate = OldFile::Fate::Absent;
+  if (!syncora) _oldSyncoraFile.fate = OldFile::Fate::Absent;
+  // Of a file whose look failed the reason is asked now: it may be gone by the end.
+  lookAgain(mailAccountsPath(), _oldMailFile);
+  lookAgain(syncoraAccountPath(), _oldSyncoraFile);
   Store store = AccountsManager::initInsideOfMigration();
   if (store->fileState().kind == AccountsFileState::Kind::Unreadable) {
     return refuse(AccountsManager::fullPathToTallbookPlist(), store->fileState().error);
@@ -104,6 +107,8 @@ bool AccountsDataMigrator::executeMigrationSteps() {
   keepIfUnloadable(*store, _oldMailFile);
   keepIfUnloadable(*store, _oldSyncoraFile);
   store.reset();
+  lookAgain(mailAccountsPath(), _oldMailFile);
+  lookAgain(syncoraAccountPath(), _oldSyncoraFile);
   // Converted accounts that did not reach the accounts file stand in the legacy files alone.
   if (!result || !isSaved || (!mail && !syncora)) {
     tellBothKept(result ? "the accounts file was not replaced" : "a version step failed");
@@ -121,6 +126,18 @@ bool AccountsDataMigrator::mayGoOn(AccountsManager& store) {
   if (why.empty() || !_copyAsideFailure || !_observer) return true;
   return _observer->mayGoOnWithoutCopy(
       why + "; it cannot be copied aside: " + _copyAsideFailure.message());
+}
+
+void AccountsDataMigrator::prepareDevice() {
+  std::error_code error;
+  for (const auto& [above, name] : {std::pair("/Library", "Logs"), {"/Library/Logs", "Dorvix"}}) {
+    const std::string path = Platform::current().directories().sharedResources() + above;
+    const auto folder = Platform::current().fileSystem().openFolder(path, error);
+    if (folder) error = folder->makeFolder(name, "mobile", "mobile");
+    if (!error || error == std::errc::file_exists) continue;
+    consoleLog("Could not make the folder " + (path + "/" + name) + ". " + error.message());
+    return;
+  }
 }
 
 void AccountsDataMigrator::_copyAsideAccountsPlist() {

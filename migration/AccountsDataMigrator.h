@@ -31,6 +31,8 @@ class AccountsDataMigrator final : public DataMigrator {
   /// to go on.
   bool performMigration() override;
   void setObserver(MigrationObserver* observer) override { _observer = observer; }
+  /// Makes Library/Logs/Dorvix, the folder for the copy of the accounts file, for "mobile" alone.
+  void prepareDevice() override;
 
   // Internal
 
@@ -143,8 +145,8 @@ class AccountsDataMigrator final : public DataMigrator {
   /// Leaves the accounts out that are children of an umbrella account since an earlier, interrupted
   /// migration.
   void leaveOutWrapped(const AccountsManager& store, AccountsManager::AccountList& accounts);
-  /// Settles what is known of a legacy file that was not found.
-  static OldFile notFound(const std::string& path);
+  /// Looks whether one that was not found has come to lie there, or cannot be looked at.
+  static void lookAgain(const std::string& path, OldFile& file);
   /// Moves a file that holds an account which no load accepts aside rather than removing it.
   static void keepIfUnloadable(const AccountsManager& store, OldFile& file);
   /// Gives what lies at the path the first free name that ends in ".unreadable-N".

@@ -37,11 +37,12 @@ bool AccountsDataMigrator::_failedToRemoveOldAccountsInfo(std::error_code& error
   return fileSystem().exists(_absolutePathToOldAccountsInfoRemovalSentinel(), error);
 }
 
-OldFile AccountsDataMigrator::notFound(const std::string& path) {
+void AccountsDataMigrator::lookAgain(const std::string& path, OldFile& file) {
+  if (file.fate != Fate::Absent || !file.why.empty()) return;
   std::error_code error;
   const bool isThere = fileSystem().exists(path, error);
-  if (error) return {Fate::Absent, "it cannot be looked at: " + error.message(), {}, {}};
-  return {Fate::Absent, isThere ? "it came to lie there during the migration" : "", {}, {}};
+  if (error) file.why = "it cannot be looked at: " + error.message();
+  if (isThere) file.why = "it came to lie there during the migration";
 }
 
 void AccountsDataMigrator::keepIfUnloadable(const AccountsManager& store, OldFile& file) {

@@ -17,6 +17,9 @@ class TALLBOOK_EXPORT DataMigrator {
   /// The observer, which outlives the migration, hears of what the migration does, on its thread;
   /// null for nobody. A migrator that tells nothing ignores it.
   virtual void setObserver([[maybe_unused]] MigrationObserver* observer) {}
+  /// Makes what the migration wants to find on the device and does not make itself. That it cannot
+  /// be made is only logged. A host calls it before the migration.
+  virtual void prepareDevice() {}
   /// Runs the migration; true when it succeeded or had nothing to do.
   virtual bool performMigration() = 0;
 };

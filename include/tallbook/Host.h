@@ -23,6 +23,11 @@ struct HostOptions {
   /// Loads the modules of a device tree although it belongs to another user than the process's:
   /// they are that user's code. The running system's modules are always loaded.
   bool trustsModules = false;
+  /// Leaves the device as it is: what the process changes in files is changed in memory, where it
+  /// alone sees it; it takes no lock, loads no module and sends no notice. A change that the system
+  /// would refuse fails as it would. Reading leaves not even access times behind where the kernel
+  /// permits that (`O_NOATIME`: to a file's owner and to the superuser).
+  bool isPreview = false;
 };
 
 /// Sets the process up. Records and stores made before must not be used any more. Throws

@@ -96,6 +96,7 @@ Bus busOfRunningSystem(const Systemd& systemd) {
 }  // namespace
 
 void DeviceBus::emit(const Signal& signal, std::initializer_list<std::string> arguments) const {
+  if (_isMute) return;
   // By the socket's own inode: a link in the tree must not lead to the bus of the machine around
   // it.
   FileDescriptor socket;

@@ -9,7 +9,8 @@ namespace tallbook {
 
 /// The message bus of the device, for one-way notices: the running system's bus (else the user's)
 /// for an empty root, else the bus that listens at run/dbus/system_bus_socket below the root. A
-/// tree in which no bus runs hears nothing, and neither does the machine around it.
+/// tree in which no bus runs hears nothing, and neither does the machine around it. A mute one
+/// sends nothing.
 class DeviceBus {
  public:
   struct Signal {
@@ -18,7 +19,7 @@ class DeviceBus {
     const char* member;
   };
 
-  explicit DeviceBus(const DeviceRoot& root) : _root(root) {}
+  explicit DeviceBus(const DeviceRoot& root, bool isMute = false) : _root(root), _isMute(isMute) {}
 
   /// Sends the signal with string arguments, over a connection of its own, and waits at most a
   /// second until the bus has it. Failures are not reported: a notice has no receipt.
@@ -26,6 +27,7 @@ class DeviceBus {
 
  private:
   const DeviceRoot& _root;
+  bool _isMute;
 };
 
 }  // namespace tallbook

@@ -113,7 +113,8 @@ FileDescriptor openToRead(const std::function<FileDescriptor(int flags, std::err
   return FileDescriptor::open("/proc/self/fd/" + std::to_string(found.get()), O_RDONLY, 0, error);
 }
 
-DeviceRoot::DeviceRoot(std::string path) : _path(std::move(path)) {
+DeviceRoot::DeviceRoot(std::string path, bool keepsAccessTimes)
+    : _path(std::move(path)), _keepsAccessTimes(keepsAccessTimes) {
   std::error_code error;
   if (!_path.empty()) _root = FileDescriptor::open(_path, O_PATH | O_DIRECTORY, 0, error);
 }
@@ -122,8 +123,31 @@ bool DeviceRoot::contains(std::string_view path) const noexcept {
   return path.starts_with(_path) && (path.size() == _path.size() || path[_path.size()] == '/');
 }
 
+template <class Open>
+FileDescriptor DeviceRoot::openKeepingAccessTime(int flags, std::error_code& error,
+                                                 const Open& open) const {
+  if (_keepsAccessTimes && (flags & (O_ACCMODE | O_PATH)) == O_RDONLY) {
+    FileDescriptor file = open(flags | O_NOATIME);
+    if (error != std::errc::operation_not_permitted) return file;
+  }
+  return open(flags);
+}
+
 FileDescriptor DeviceRoot::open(const std::string& path, int flags, unsigned mode,
                                 std::error_code& error) const {
+  return openKeepingAccessTime(flags, error,
+                               [&](int wanted) { return openAnywhere(path, wanted, mode, error); });
+}
+
+FileDescriptor DeviceRoot::openAt(const FileDescriptor& folder, const std::string& name, int flags,
+                                  std::error_code& error) const {
+  return openKeepingAccessTime(flags, error, [&](int wanted) {
+    return FileDescriptor::openAt(folder, name, wanted, 0, error);
+  });
+}
+
+FileDescriptor DeviceRoot::openAnywhere(const std::string& path, int flags, unsigned mode,
+                                        std::error_code& error) const {
   if (_path.empty()) return FileDescriptor::open(path, flags, mode, error);
   if (contains(path)) {
     const std::string below = path.substr(_path.size());

@@ -16,7 +16,9 @@ namespace tallbook {
 /// outside the root, such as the resources beside the library, can be read but not written.
 class DeviceRoot {
  public:
-  explicit DeviceRoot(std::string path);
+  /// `keepsAccessTimes` reads files and folders without leaving access times behind, where the
+  /// kernel permits that: it does to a file's owner and to the superuser.
+  explicit DeviceRoot(std::string path, bool keepsAccessTimes = false);
 
   /// Without a slash at its end; empty for the running system.
   const std::string& path() const noexcept { return _path; }
@@ -25,6 +27,9 @@ class DeviceRoot {
   /// Opens as `open` does, close-on-exec.
   FileDescriptor open(const std::string& path, int flags, unsigned mode,
                       std::error_code& error) const;
+  /// The same below an open folder, whose entry `name` is.
+  FileDescriptor openAt(const FileDescriptor& folder, const std::string& name, int flags,
+                        std::error_code& error) const;
   /// The content of a regular file, as `FileSystem::readFile`.
   std::string readFile(const std::string& path, std::error_code& error) const;
   /// Whether a regular file is there, or a link to one.
@@ -35,8 +40,14 @@ class DeviceRoot {
   static std::string placeOf(const FileDescriptor& file);
 
  private:
+  template <class Open>
+  FileDescriptor openKeepingAccessTime(int flags, std::error_code& error, const Open& open) const;
+  FileDescriptor openAnywhere(const std::string& path, int flags, unsigned mode,
+                              std::error_code& error) const;
+
   std::string _path;
   FileDescriptor _root;
+  bool _keepsAccessTimes;
 };
 
 /// Opens a file for reading: at once, also a pipe without a writer, but waits for another program's

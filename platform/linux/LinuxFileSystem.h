@@ -11,6 +11,8 @@ class LinuxFileSystem final : public FileSystem {
  public:
   explicit LinuxFileSystem(const DeviceRoot& root) : _root(root), _accounts(root) {}
 
+  const AccountDatabase& accounts() const noexcept { return _accounts; }
+
   std::string readFile(const std::string& path, std::error_code& error) const override;
   std::unique_ptr<Folder> openFolder(const std::string& path,
                                      std::error_code& error) const override;

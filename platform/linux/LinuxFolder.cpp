@@ -6,6 +6,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <random>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,6 +31,19 @@ FileVersion versionOf(const struct stat& status) {
 /// A descriptor that lives with those who share it.
 std::shared_ptr<const void> shared(FileDescriptor file) {
   return std::make_shared<const FileDescriptor>(std::move(file));
+}
+
+std::error_code notPermitted() {
+  return make_error_code(std::errc::operation_not_permitted);
+}
+
+/// What the kernel says of an entry of the folder; nothing, with an empty mask, where it says none.
+struct statx statusOf(const FileDescriptor& folder, const std::string& name) {
+  struct statx status {};
+  if (::statx(folder.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0) {
+    status = {};
+  }
+  return status;
 }
 
 std::error_code give(const FileDescriptor& file, const AccountDatabase& accounts,
@@ -83,6 +97,12 @@ class LinuxNewFile final : public NewFile {
 
 }  // namespace
 
+std::error_code obstacleToGiving(const AccountDatabase& accounts, const std::string& owner,
+                                 const std::string& group) {
+  const FileDescriptor file(::memfd_create("tallbook", MFD_CLOEXEC));
+  return file ? give(file, accounts, owner, group) : lastSystemError();
+}
+
 std::error_code makeFolder(const FileDescriptor& above, const std::string& name, unsigned mode) {
   if (::mkdirat(above.get(), name.c_str(), S_IRWXU) != 0) return lastSystemError();
   // The process's mask must not take bits away; the folder is opened so that they go to the one
@@ -97,7 +117,7 @@ FileContent LinuxFolder::read(const std::string& name) const {
   FileContent content;
   FileDescriptor file = openToRead(
       [&](int flags, std::error_code& error) {
-        return FileDescriptor::openAt(_folder, name, flags | O_NOFOLLOW, 0, error);
+        return _root.openAt(_folder, name, flags | O_NOFOLLOW, error);
       },
       content.error);
   if (content.error == std::errc::too_many_symbolic_link_levels) {
@@ -149,11 +169,15 @@ std::vector<std::string> LinuxFolder::names(std::error_code& error) const {
   return names;
 }
 
-std::string LinuxFolder::freshName() const {
+std::string freshFileName() {
   std::random_device random;
   char name[32];
   std::snprintf(name, sizeof name, ".tallbook-%08x%08x", random(), random());
   return name;
+}
+
+std::string LinuxFolder::freshName() const {
+  return freshFileName();
 }
 
 std::unique_ptr<NewFile> LinuxFolder::create(const std::string& name, std::error_code& error) {
@@ -205,7 +229,7 @@ std::string LinuxFolder::noteText(const std::string& name, std::error_code& erro
 }
 
 std::unique_ptr<Folder> LinuxFolder::folder(const std::string& name, std::error_code& error) {
-  auto found = FileDescriptor::openAt(_folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW, 0, error);
+  auto found = _root.openAt(_folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW, error);
   if (!found) return nullptr;
   return std::make_unique<LinuxFolder>(std::move(found), _path + "/" + name, _root, _accounts);
 }
@@ -220,6 +244,25 @@ std::error_code LinuxFolder::makeFolder(const std::string& name, const std::stri
   // A folder of the wrong owner would keep the right one out for good.
   if (error) ::unlinkat(_folder.get(), name.c_str(), AT_REMOVEDIR);
   return error;
+}
+
+std::error_code LinuxFolder::obstacleToMaking() const {
+  if (::faccessat(_folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) return lastSystemError();
+  const struct statx folder = statusOf(_folder, ".");
+  return folder.stx_attributes & STATX_ATTR_IMMUTABLE ? notPermitted() : std::error_code();
+}
+
+std::error_code LinuxFolder::obstacleToTaking(const std::string& name) const {
+  if (const auto error = obstacleToMaking()) return error;
+  // Attributes that keep even the superuser out, and a folder whose files are their owners' own.
+  constexpr auto kFrozen = std::uint64_t{STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND};
+  const struct statx folder = statusOf(_folder, ".");
+  const struct statx file = statusOf(_folder, name);
+  if ((folder.stx_attributes | file.stx_attributes) & kFrozen) return notPermitted();
+  const uid_t caller = ::geteuid();
+  const bool isOwn = caller == 0 || caller == folder.stx_uid || caller == file.stx_uid;
+  const bool isThere = file.stx_mask != 0;
+  return isThere && !isOwn && (folder.stx_mode & S_ISVTX) ? notPermitted() : std::error_code();
 }
 
 std::error_code LinuxFolder::flush() {

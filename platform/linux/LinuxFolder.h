@@ -30,12 +30,26 @@ class LinuxFolder final : public Folder {
                              const std::string& group) override;
   std::error_code flush() override;
 
+  // No error where the system tells of nothing before it is tried.
+
+  /// Why the caller can make nothing here.
+  std::error_code obstacleToMaking() const;
+  /// Why they cannot replace, remove or rename what has the name, or would have it.
+  std::error_code obstacleToTaking(const std::string& name) const;
+
  private:
   FileDescriptor _folder;
   std::string _path;
   const DeviceRoot& _root;
   const AccountDatabase& _accounts;
 };
+
+/// A name that nothing has.
+std::string freshFileName();
+
+/// Why the caller cannot give a file of theirs to that account and group.
+std::error_code obstacleToGiving(const AccountDatabase& accounts, const std::string& owner,
+                                 const std::string& group);
 
 /// Makes a folder in the open one `above`, with exactly the permission bits `mode`.
 std::error_code makeFolder(const FileDescriptor& above, const std::string& name, unsigned mode);

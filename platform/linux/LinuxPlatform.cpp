@@ -14,6 +14,7 @@
 #include "platform/linux/LinuxPreferences.h"
 #include "platform/linux/LinuxResourceBundle.h"
 #include "platform/linux/LinuxUUIDs.h"
+#include "platform/linux/PreviewServices.h"
 
 namespace tallbook {
 namespace {
@@ -36,13 +37,13 @@ std::vector<std::string> resourceFolders(const std::string& root) {
   return folders;
 }
 
-class LinuxPlatform final : public Platform {
+class LinuxPlatform : public Platform {
  public:
   LinuxPlatform(const std::string& root, const LinuxPlatformOptions& options)
-      : _root(root),
+      : _root(root, options.isPreview),
         _fileSystem(_root),
         _directories(_root),
-        _bus(_root),
+        _bus(_root, options.isPreview),
         _preferences(_root, _directories, _bus),
         _namedLock(_root),
         _systemLog(makeSystemLog(options.log)),
@@ -72,9 +73,11 @@ class LinuxPlatform final : public Platform {
   BookmarksLibrary& bookmarksLibrary() override { return _bookmarksLibrary; }
   LocalClock& clock() override { return _clock; }
 
- private:
+ protected:
   DeviceRoot _root;
   LinuxFileSystem _fileSystem;
+
+ private:
   LinuxDirectories _directories;
   DeviceBus _bus;
   LinuxPreferences _preferences;
@@ -93,10 +96,28 @@ class LinuxPlatform final : public Platform {
   LinuxClock _clock;
 };
 
+/// The same device, of which nothing is changed.
+class PreviewPlatform final : public LinuxPlatform {
+ public:
+  PreviewPlatform(const std::string& root, const LinuxPlatformOptions& options)
+      : LinuxPlatform(root, options), _files(_fileSystem), _lock(_root, _files) {}
+
+  FileSystem& fileSystem() override { return _files; }
+  NamedLock& namedLock() override { return _lock; }
+  ModuleLoader& moduleLoader() override { return _modules; }
+
+ private:
+  PreviewFileSystem _files;
+  PreviewNamedLock _lock;
+  PreviewModuleLoader _modules;
+};
+
 }  // namespace
 
 std::unique_ptr<Platform> makeLinuxPlatform(const LinuxPlatformOptions& options) {
-  return std::make_unique<LinuxPlatform>(normalRoot(options.root), options);
+  const std::string root = normalRoot(options.root);
+  if (options.isPreview) return std::make_unique<PreviewPlatform>(root, options);
+  return std::make_unique<LinuxPlatform>(root, options);
 }
 
 }  // namespace tallbook

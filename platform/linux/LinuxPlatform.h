@@ -19,6 +19,8 @@ struct LinuxPlatformOptions {
   } log = LogSink::JournalElseStandardError;
   /// Whether modules of a device tree that belongs to another user are loaded.
   bool trustsModules = false;
+  /// Whether the device stays as it is: changes are kept in memory, and nobody else hears of them.
+  bool isPreview = false;
 };
 
 std::unique_ptr<Platform> makeLinuxPlatform(const LinuxPlatformOptions& options);

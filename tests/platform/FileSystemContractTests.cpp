@@ -2,7 +2,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/PreviewFileSystem.h"
 #include "tests/support/Device.h"
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
@@ -19,6 +19,14 @@ struct Real {
   std::string folder;
   DeviceRoot root;
   LinuxFileSystem files;
+};
+
+/// The files of a device as a preview changes them.
+struct Previewed {
+  explicit Previewed(const std::string& path) : real(path), folder(path), files(real.files) {}
+  Real real;
+  std::string folder;
+  PreviewFileSystem files;
 };
 
 struct InMemory {
@@ -67,7 +75,7 @@ class AFileSystem : public ThrowAwayDevice {
   FileSystem& files = kind.files;
 };
 
-using Kinds = ::testing::Types<Real, InMemory, Wrapped>;
+using Kinds = ::testing::Types<Real, Previewed, InMemory, Wrapped>;
 TYPED_TEST_SUITE(AFileSystem, Kinds);
 
 TYPED_TEST(AFileSystem, KeepsBytesAsTheyAre) {

@@ -307,7 +307,9 @@ INSTANTIATE_TEST_SUITE_P(
                };
              },
              {"stored Mail <- accounts file -> in the file",
-              "work Exchange <- legacy Exchange file -> in the file", "The mail file is there"}},
+              "work Exchange <- legacy Exchange file -> in the file",
+              "~/Library/Mail/Accounts.plist kept: it came to lie there during the migration",
+              "The mail file is there"}},
         Case{"AFileThatIsReplacedAfterItWasRead",
              [](Device& device) {
                device.write(device.legacyMail(), mailFile({mail("POPAccount", "pop")}));

@@ -25,9 +25,7 @@ MAIL = "var/mobile/Library/Mail/Accounts.plist"
 EXCHANGE = "var/mobile/Library/Preferences/com.orvane.Syncora.plist"
 SENTINEL = "var/mobile/Library/Preferences/.removingOldAccounts"
 LOCK = "tmp/AccountMigrationInProgress"
-HOST_LOCK = "var/mobile/Library/Preferences/.tallbook-migrate.lock"
 COPIES = "var/mobile/Library/Logs/Dorvix"
-HISTORY = "var/mobile/Library/Preferences/com.orvane.tallbook-history.plist"
 
 
 def dataclasses(names):
@@ -119,8 +117,6 @@ class HostTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = folder.name
-        self.scratch = os.path.join(self.folder, "scratch")
-        os.mkdir(self.scratch)
         self.root = self.device({})
 
     def device(self, files):
@@ -153,8 +149,7 @@ class HostTest(unittest.TestCase):
 
     def environment(self):
         # One case loads a second library on purpose, which a sanitizer need not report.
-        return os.environ | {"LC_ALL": "C.UTF-8", "TMPDIR": self.scratch,
-                             "ASAN_OPTIONS": "detect_odr_violation=0"}
+        return os.environ | {"LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_odr_violation=0"}
 
     def migrate(self, *arguments, expect=MIGRATED, root=None):
         """Runs the host and answers its output; the messages go to self.message."""
@@ -162,7 +157,6 @@ class HostTest(unittest.TestCase):
                               env=self.environment())
         self.message = done.stderr.decode()
         self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
-        self.assertEqual(os.listdir(self.scratch), [], "a private copy stayed behind")
         return done.stdout.decode()
 
     def rows(self, *arguments, **more):
@@ -308,7 +302,7 @@ class DryRuns(HostTest):
                 (LOCK, instead(os.mkdir), NOT_MIGRATED), (LOCK, link("../mail"), NOT_MIGRATED),
                 (os.path.dirname(MAIL), shutil.rmtree, MIGRATED), ("tmp", shutil.rmtree, NOT_MIGRATED),
                 (passwd, os.remove, NOT_MIGRATED), (passwd, link("passwd"), NOT_MIGRATED),
-                (EXCHANGE, instead(lambda path: os.mknod(path, 0o000)), MIGRATED),
+                (EXCHANGE, instead(lambda path: os.mknod(path, 0o000)), held),
                 (COPIES, mode(0o500), MIGRATED), (os.path.dirname(MAIL), mode(0o000), held),
                 (preferences, mode(0o500), held), (preferences, mode(0o000), held),
                 (ACCOUNTS, frozen("i"), NOT_MIGRATED), (ACCOUNTS, frozen("a"), NOT_MIGRATED),
@@ -321,16 +315,10 @@ class DryRuns(HostTest):
                 before = untouched(self.root)
                 foretold = words(self.migrate("--dry-run", expect=code))
                 self.assertEqual(untouched(self.root), before)
-                messages = [line for line in self.message.splitlines() if self.scratch not in line]
+                messages = self.message
                 self.assertEqual(words(self.migrate(expect=code)), foretold)
-                for line in messages:
-                    self.assertIn(line, self.message)
+                self.assertEqual(self.message, messages)
                 self.assertEqual(os.listdir(outside), [])
-
-    def test_refuse_a_temporary_folder_in_the_device(self):
-        self.scratch = self.path("tmp")
-        self.migrate("--dry-run", expect=NOT_MIGRATED)
-        self.assertIn("TMPDIR", self.message)
 
     def test_read_the_device_s_facts_and_resources(self):
         self.write("etc/tallbook/HostedService.plist", {"AccountTypeDisplayString": "Cirrus"})
@@ -343,27 +331,6 @@ class DryRuns(HostTest):
         rows = {row["identifier"]: row for row in self.rows("--dry-run")}
         self.assertEqual(rows["PRIMARY"]["name"], "Cirrus")
         self.assertEqual(rows["UNKNOWN"]["now"], "in the file")
-
-    def test_end_only_after_their_copy_is_gone_which_holds_no_more_than_is_read(self):
-        self.write(ACCOUNTS, {"Version": 0, "Accounts": [
-            account(f"a{number}", "Mail", "IMAPAccount", Filler="x" * 500) for number in range(300)]})
-        for relative, size in [(MAIL, 2 << 30), (HISTORY, 8 << 20), ("etc/tallbook/other", 1 << 20)]:
-            self.write(relative, b"\1" * (1 << 20))
-            os.truncate(self.path(relative), size)
-        before = untouched(self.root)
-        for number in (signal.SIGTERM, signal.SIGUSR1, signal.SIGXCPU, signal.SIGIO, signal.SIGPIPE):
-            with self.subTest(signal=number):
-                host = self.start("--dry-run", "--verbose")
-                while host.stderr.readline() != b"Migrating accounts\n":
-                    self.assertIsNone(host.poll())
-                used = [os.lstat(os.path.join(place, name)).st_blocks * 512
-                        for place, _, names in os.walk(self.scratch) for name in names]
-                self.assertTrue(1 << 20 < sum(used) < 2 << 20, used)
-                host.stdout.close() if number == signal.SIGPIPE else host.send_signal(number)
-                host.communicate(timeout=60)
-                self.assertEqual(host.returncode, -number)
-                self.assertEqual(os.listdir(self.scratch), [])
-                self.assertEqual(untouched(self.root), before)
 
 
 class Refusals(HostTest):
@@ -410,8 +377,8 @@ class Refusals(HostTest):
         _, message = host.communicate(timeout=60)
         self.assertEqual(host.returncode, NOT_MIGRATED, message)
         self.assertIn(b"could not be replaced", message)
-        self.assertEqual(os.listdir(os.path.dirname(self.path(ACCOUNTS))),
-                         [os.path.basename(HOST_LOCK)], "a temporary file stayed behind")
+        self.assertEqual(os.listdir(os.path.dirname(self.path(ACCOUNTS))), [],
+                         "a temporary file stayed behind")
         os.remove(self.path("etc/passwd"))
         rows = self.rows(expect=NOT_MIGRATED)
         self.assertIn("could not be replaced", self.message)
@@ -448,46 +415,6 @@ class SeveralHosts(HostTest):
         self.assertEqual(sorted(origins, key=len), [{"accounts file"}] * 3 + [
             {"legacy Exchange file", "legacy mail file", "7A153", "8B117"}])
         self.assertFalse(os.path.exists(self.path(MAIL)) or os.path.exists(self.path(EXCHANGE)))
-
-    def test_one_that_waits_looks_at_the_device_after_the_other(self):
-        self.migrate()
-        self.write(MAIL, legacy_mail())
-        lock = os.open(self.path(HOST_LOCK), os.O_RDONLY)
-        fcntl.flock(lock, fcntl.LOCK_EX)
-        host = self.start("--json")
-        self.assertIn(b"another migration host is at work", host.stderr.readline())
-        # This is the other host, and the device is as a migration leaves it.
-        os.remove(self.path(MAIL))
-        self.write(ACCOUNTS, {"Version": 12, "Accounts": [account("YAHOO", "Yahoo", "YahooAccount")]})
-        os.close(lock)
-        output, _ = host.communicate(timeout=60)
-        self.assertEqual([row["identifier"] for row in json.loads(output)["accounts"]], ["YAHOO"])
-
-    def test_other_users_hold_none_up(self):
-        # All that another user can open: the folder, which they may read, and not the lock's file.
-        folder = os.open(os.path.dirname(self.path(ACCOUNTS)), os.O_RDONLY)
-        fcntl.flock(folder, fcntl.LOCK_EX)
-        for umask in (0o000, 0o777):
-            with self.subTest(umask=umask):
-                if os.path.exists(self.path(HOST_LOCK)):
-                    os.remove(self.path(HOST_LOCK))
-                before = os.umask(umask)
-                host = self.start()
-                os.umask(before)
-                _, message = host.communicate(timeout=60)
-                self.assertEqual(stat.S_IMODE(os.stat(self.path(HOST_LOCK)).st_mode), 0o600, message)
-        os.close(folder)
-        os.remove(self.path(HOST_LOCK))
-        os.symlink("/nowhere", self.path(HOST_LOCK))
-        self.migrate(expect=NOT_MIGRATED)
-        self.assertIn(self.path(HOST_LOCK), self.message)
-
-    def test_of_the_superuser_leave_the_lock_to_the_owner_of_its_folder(self):
-        if os.geteuid() != 0:
-            self.skipTest("needs the superuser")
-        os.chown(os.path.dirname(self.path(HOST_LOCK)), 4711, 4711)
-        self.migrate()
-        self.assertEqual(os.stat(self.path(HOST_LOCK)).st_uid, 4711)
 
     def test_say_who_holds_the_migration_s_own_lock(self):
         with open(self.path(LOCK), "wb") as lock:

@@ -24,12 +24,9 @@ struct Migration {
   std::string failure;      ///< why it gave no answer at all; empty where it did
 };
 
-/// Runs the migration on the device of `host`, once no other host works on it. Throws Failure for
-/// an accounts file that could not be read, and for one that is none unless it may be replaced: the
-/// save keeps that one beside the new file.
+/// Runs the migration on the device of `host`. Throws Failure for an accounts file that could not
+/// be read, and for one that is none unless it may be replaced: the save keeps that one beside the
+/// new file.
 Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, const Consent& consent);
-
-/// Runs the migration on a private copy of that device. Waits for nobody, and tells nobody.
-Migration previewMigration(DataMigrator& migrator, const HostOptions& host, const Consent& consent);
 
 }  // namespace tallbook::migrate

@@ -34,7 +34,6 @@ struct CommandLine {
   HostOptions host;
   std::string module;
   std::string className = "AccountsDataMigrator";
-  bool isDryRun = false;
   bool json = false;
   Consent consent;
   bool verbose = false;
@@ -45,7 +44,7 @@ struct CommandLine {
 void CommandLine::declare(CLI::App& app) {
   app.add_option("--root", host.root, "Root of the device tree; the running system without it")
       ->check(CLI::ExistingDirectory);
-  app.add_flag("--dry-run", isDryRun, "Migrate a private copy, and leave the device as it is");
+  app.add_flag("--dry-run", host.isPreview, "Migrate in memory, and leave the device as it is");
   app.add_option("--module", module, "Path of the migration plug-in; the library without it");
   app.add_option("--class", className, "Name of the plug-in's principal class")
       ->capture_default_str();
@@ -91,7 +90,7 @@ Exit judge(const Migration& migration) {
 
 Exit report(const Migration& migration, const CommandLine& line) {
   const Exit exit = judge(migration);
-  if (printStory(migration.story, {line.json, line.isDryRun})) return exit;
+  if (printStory(migration.story, {line.json, line.host.isPreview})) return exit;
   note(
       "accounts are gone for no reason that the migration told; the file before is kept, see "
       "tallbook history");
@@ -112,16 +111,12 @@ Exit answer(int argc, char** argv) {
       line.module.empty() ? TALLBOOK_LIBRARY : std::filesystem::absolute(line.module).string();
   try {
     const auto migrator = migratorOfModule(module, line.className);
-    const auto migrate = line.isDryRun ? previewMigration : migrateDevice;
-    return report(migrate(*migrator, line.host, line.consent), line);
+    return report(migrateDevice(*migrator, line.host, line.consent), line);
   } catch (const ModuleFailure& failure) {
     note(failure.what());
     return Exit::NoModule;
   } catch (const tool::Failure& failure) {
     note(failure.what());
-  } catch (const std::filesystem::filesystem_error& error) {
-    note(std::string("the device cannot be copied: ") + error.what() +
-         "; choose another temporary folder with TMPDIR");
   }
   return Exit::NotMigrated;
 }

@@ -1,8 +1,10 @@
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <string>
+// Only the system tells who the caller is.
+#include <unistd.h>
 
-#include "tools/common/MobileUser.h"
 #include "tools/common/Program.h"
 #include "tools/tallbook/Commands.h"
 
@@ -11,13 +13,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
+void write(const fs::path& path, const std::string& text) {
+  fs::create_directories(path.parent_path());
+  std::ofstream stream(path);
+  stream << text;
+  if (!stream.flush()) {
+    throw Failure(ExitCode::NotSaved, path.string() + " cannot be written; choose another folder");
+  }
+}
+
 void makeTree(const fs::path& root) {
   for (const char* folder : {"tmp", "usr/share/tallbook", "var/mobile/Library/Preferences",
                              "var/mobile/Library/Mail", "var/mobile/Library/Logs/Dorvix"}) {
     fs::create_directories(root / folder);
   }
   fs::permissions(root / "tmp", fs::perms::all | fs::perms::sticky_bit);
-  makeCallerMobile(root);
+  // The caller is "mobile" there.
+  const std::string user = std::to_string(::geteuid());
+  const std::string group = std::to_string(::getegid());
+  write(root / "etc/passwd", "mobile:x:" + user + ":" + group + ":Mobile:/var/mobile:/bin/sh\n");
+  write(root / "etc/group", "mobile:x:" + group + ":\n");
 }
 
 }  // namespace
