@@ -112,11 +112,13 @@ def ratios(folder):
         few, many = (migration(measure, kind, count) for count in (1000, 10000))
         growth = many["migration"] / few["migration"] / 10
         yield f"migration of {name}: time an account, 10,000 / 1,000", growth, 1.5, False
-        for count, run in (("1,000", few), ("10,000", many)):
+        # The report's snapshots of 10,000 accounts do not fit into the caches, which makes its share
+        # of the time larger than that of the instructions (1.08).
+        for count, run, bound in (("1,000", few, 1.1), ("10,000", many, 1.25)):
             share = run["migration"] / run["loads-and-saves"]
             yield f"migration of {name} / its loads and saves, {count}", share, 1.3, False
             share = run["migration-with-report"] / run["migration"]
-            yield f"migration of {name} with a report / without, {count}", share, 1.1, False
+            yield f"migration of {name} with a report / without, {count}", share, bound, False
     # Its time is to stay the same; the bound leaves room for the caches' share of it.
     look_up = "picoseconds-a-look-up"
     growth = large[look_up] / small[look_up]

@@ -16,6 +16,8 @@ using Place = AccountStory::Place;
 
 // What loading does to a record is a repair.
 constexpr std::string_view kLoading = "loading";
+// The last stage; also what a save does to a record by merging it with the file.
+constexpr std::string_view kSaving = "saving";
 
 std::vector<std::string> wordsForChanges(const Dictionary& before, const Dictionary& after) {
   std::vector<std::string> words;
@@ -51,11 +53,16 @@ bool Story::mayGoOnWithoutCopy(const std::string& why) {
 
 void Story::stageEnded(const MigrationStage& ended) {
   const auto accounts = ended.store.allBasicAccounts();
-  _order.clear();
+  const std::vector<Row> before = std::exchange(_order, {});
   _order.reserve(accounts->size());
   for (const auto& account : *accounts) {
     const std::size_t known = _accounts.size();
-    const Row row = visit(account->properties(), std::nullopt);
+    const DictionaryRef& record = account->properties();
+    // Most are where they were.
+    const std::size_t place = _order.size();
+    const bool isInPlace = place < before.size() && _accounts[before[place]].record == record;
+    const Row row = isInPlace ? before[place] : rowOf(record);
+    visit(row, std::nullopt);
     if (row >= known) lookAtGiven(row, *account, ended.isSaved);
     _order.push_back(row);
   }
@@ -63,7 +70,6 @@ void Story::stageEnded(const MigrationStage& ended) {
   _saveFailure.clear();
   if (ended.isSaved) {
     _lastSaved = stage();
-    _written = ended.store._recordsAsSaved();
     _writtenOrder = _order;
     _unloadable.clear();
     for (const RecordFault& fault : ended.store.unloadableRecords()) {
@@ -73,6 +79,8 @@ void Story::stageEnded(const MigrationStage& ended) {
   } else if (ended.store.saveFailure()) {
     _saveFailure = ended.store.saveFailure().text();
   }
+  // Those of the last save that succeeded. Kept any longer, they would cost the saves memory.
+  if (ended.name == kSaving) _written = ended.store._recordsAsSaved();
   _stages.push_back(ended.name);
 }
 
@@ -109,12 +117,16 @@ void Story::recordReplaced(const DictionaryRef& before, const DictionaryRef& now
   _accounts[row].record = now;
 }
 
-Story::Row Story::visit(const DictionaryRef& record, std::optional<Row> parent) {
+Story::Row Story::rowOf(const DictionaryRef& record) {
   const auto [known, isNew] = _rows.try_emplace(record.get(), _accounts.size());
-  const Row row = known->second;
-  if (isNew) {
-    Account& account = _accounts.emplace_back();
-    account.record = record;
+  if (isNew) _accounts.emplace_back().record = record;
+  return known->second;
+}
+
+void Story::visit(Row row, std::optional<Row> parent) {
+  const DictionaryRef record = _accounts[row].record;
+  if (!_accounts[row].snapshot) {
+    Account& account = _accounts[row];
     account.snapshot = record->frozenCopy();
     account.born = account.changed = stage();
     account.parent = parent;
@@ -133,7 +145,6 @@ Story::Row Story::visit(const DictionaryRef& record, std::optional<Row> parent) 
   account.seen = stage();
   account.left.reset();
   account.why.clear();
-  return row;
 }
 
 void Story::visitChildren(Row row) {
@@ -142,7 +153,7 @@ void Story::visitChildren(Row row) {
   const ArrayRef children = (*record)[kAccountChildAccounts].array();
   if (!children) return;
   for (const Value& element : *children) {
-    if (const DictionaryRef child = element.dictionary()) visit(child, row);
+    if (const DictionaryRef child = element.dictionary()) visit(rowOf(child), row);
   }
 }
 
@@ -240,7 +251,7 @@ AccountStory Story::told(Row row, const Picture& picture) const {
     }
     if (const DictionaryRef& written = picture.written[row]) {
       std::vector<std::string> words = wordsForMerge(*record, *written);
-      if (!words.empty()) story.steps.push_back({"saving", std::move(words)});
+      if (!words.empty()) story.steps.push_back({std::string(kSaving), std::move(words)});
       record = written;
     }
   }

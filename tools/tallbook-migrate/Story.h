@@ -94,7 +94,9 @@ class Story final : public MigrationObserver {
   };
 
   Account& addTold(const Value& record, const std::string& why);
-  Row visit(const DictionaryRef& record, std::optional<Row> parent);
+  /// The account whose record it is, made where nobody had it before.
+  Row rowOf(const DictionaryRef& record);
+  void visit(Row row, std::optional<Row> parent);
   void visitChildren(Row row);
   void lookAtGiven(Row row, const BasicAccount& account, bool isSaved);
   void note(Account& account, const DictionaryRef& before, std::string moved = {});
