@@ -128,6 +128,17 @@ bool AccountsDataMigrator::mayGoOn(AccountsManager& store) {
       why + "; it cannot be copied aside: " + _copyAsideFailure.message());
 }
 
+bool AccountsDataMigrator::isNeeded() {
+  for (const std::string& path :
+       {std::string(mailAccountsPath()), std::string(syncoraAccountPath()),
+        _absolutePathToOldAccountsInfoRemovalSentinel()}) {
+    std::error_code error;
+    if (Platform::current().fileSystem().exists(path, error) || error) return true;
+  }
+  return AccountsManager::stateOfAccountsFile().kind == AccountsFileState::Kind::Unreadable ||
+         AccountsManager::tallbookNeedsToBeMigrated();
+}
+
 void AccountsDataMigrator::prepareDevice() {
   std::error_code error;
   for (const auto& [above, name] : {std::pair("/Library", "Logs"), {"/Library/Logs", "Dorvix"}}) {

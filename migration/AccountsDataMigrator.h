@@ -31,6 +31,8 @@ class AccountsDataMigrator final : public DataMigrator {
   /// to go on.
   bool performMigration() override;
   void setObserver(MigrationObserver* observer) override { _observer = observer; }
+  /// Looks for a legacy file, an interrupted removal and an older accounts file.
+  bool isNeeded() override;
   /// Makes Library/Logs/Dorvix, the folder for the copy of the accounts file, for "mobile" alone.
   void prepareDevice() override;
 

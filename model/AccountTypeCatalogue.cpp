@@ -167,6 +167,11 @@ bool BasicAccount::userConfirmationIsRequiredByDataclass(std::string_view datacl
   return dataclassProperty(dataclass, kDataclassRequiresUserConfirmation);
 }
 
+ArrayRef BasicAccount::accountClassesForAccountType(std::string_view type) {
+  const DictionaryRef classes = dictionaryFromResource("AccountClasses");
+  return classes ? (*classes)[type].array() : nullptr;
+}
+
 DictionaryRef BasicAccount::_dataclassesProperties() {
   initialize();
   return dictionaryFromResource("DataclassesProperties");

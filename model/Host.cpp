@@ -29,8 +29,8 @@ void configureHost(const HostOptions& options) {
   if (!options.root.empty() && !std::filesystem::is_directory(options.root, error)) {
     throw InternalConsistencyFailure("The root of the device tree is no folder: " + options.root);
   }
-  Platform::install(makeLinuxPlatform(
-      {options.root, sinkFor(options.log), options.trustsModules, options.isPreview}));
+  Platform::install(makeLinuxPlatform({options.root, sinkFor(options.log), options.isSilent,
+                                       options.trustsModules, options.isPreview}));
 }
 
 }  // namespace tallbook

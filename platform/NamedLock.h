@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -25,9 +26,13 @@ class NamedLock {
   /// Hears who holds a lock: "process 4711 (name of its program)", or that nobody can tell.
   using LongWait = std::function<void(std::string_view holder)>;
 
-  /// Waits, without limit, until no other holder has the name, and holds it. Null when the lock
-  /// cannot be made. A wait that gets long is told to `longWait` once, on the waiting thread.
-  virtual std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait = {}) = 0;
+  using Deadline = std::chrono::steady_clock::time_point;
+
+  /// Waits until no other holder has the name, or the deadline is over, and holds it. Null when the
+  /// lock cannot be made, and after the deadline. A wait that gets long is told to `longWait` once,
+  /// on the waiting thread.
+  virtual std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait = {},
+                                         Deadline deadline = Deadline::max()) = 0;
 };
 
 }  // namespace tallbook

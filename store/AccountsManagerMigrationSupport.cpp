@@ -41,14 +41,16 @@ void requireOutParameter(const bool* parameter, const char* failure) {
 }
 
 /// Whoever waits long is told in the library log, and by `longWait`, who holds the lock.
-std::unique_ptr<LockHold> holdMigrationLock(std::string_view operation,
-                                            const AccountsManager::LongWait& longWait) {
-  return Platform::current().namedLock().lock(kMigrationLockName, [&](std::string_view holder) {
+std::unique_ptr<LockHold> holdMigrationLock(
+    std::string_view operation, const AccountsManager::LongWait& longWait,
+    NamedLock::Deadline deadline = NamedLock::Deadline::max()) {
+  const auto tell = [&](std::string_view holder) {
     logMessage(operation, [&] {
       return std::string("Waiting for the migration lock, held by ").append(holder);
     });
     if (longWait) longWait(holder);
-  });
+  };
+  return Platform::current().namedLock().lock(kMigrationLockName, tell, deadline);
 }
 
 }  // namespace
@@ -72,9 +74,12 @@ void AccountsManager::releaseMigrationLock(const std::shared_ptr<LockHold>& lock
   if (lock) lock->release();
 }
 
-bool AccountsManager::waitForMigrationToFinish(const LongWait& longWait) {
+bool AccountsManager::waitForMigrationToFinish(const LongWait& longWait,
+                                               std::optional<std::chrono::milliseconds> timeout) {
+  const auto deadline =
+      timeout ? std::chrono::steady_clock::now() + *timeout : NamedLock::Deadline::max();
   return holdMigrationLock("+[AccountsManager(MigrationSupport) waitForMigrationToFinish]",
-                           longWait) != nullptr;
+                           longWait, deadline) != nullptr;
 }
 
 bool AccountsManager::tallbookNeedsToBeMigrated() {

@@ -157,14 +157,16 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
     if (isReadable) records = makeRecords(file);
     if (!records) return true;
     std::optional<Cause> cause = keep == KeepGeneration::Always ? Cause::Restore : Cause::Save;
+    std::vector<Value> written;
     if (_savesOfMigration) {
-      _savesOfMigration->records = *records;
+      written = *records;
       cause = _savesOfMigration->causeToKeep(file);
     }
     AccountsFileSave save = file.replace(*std::move(records), cause);
     replacement = save.end;
     if (_savesOfMigration && replacement == Replacement::Done) {
       _savesOfMigration->known = save.version;
+      _savesOfMigration->records = std::move(written);
     }
     _saveFailure = std::move(save.failure);
     _generationFailure = std::move(save.generationFailure);

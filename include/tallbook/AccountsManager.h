@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -218,7 +219,9 @@ class TALLBOOK_EXPORT AccountsManager {
   using LongWait = std::function<void(std::string_view holder)>;
   /// Blocks while a migration runs. False, at once, when the lock cannot be made: whether one runs
   /// cannot be told then. After a second of waiting `longWait` is called, once, on this thread.
-  static bool waitForMigrationToFinish(const LongWait& longWait = {});
+  /// False as well where a migration still runs after the time-out.
+  static bool waitForMigrationToFinish(const LongWait& longWait = {},
+                                       std::optional<std::chrono::milliseconds> timeout = {});
   /// Whether the accounts file's version is older than `currentVersion`.
   [[nodiscard]] static bool tallbookNeedsToBeMigrated();
   /// Sets which migration work is needed. Throws InternalConsistencyFailure for a null pointer.

@@ -57,6 +57,9 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   static bool multipleStoresSupportedByDataclass(std::string_view dataclass);
   static bool displayToggleForDataclass(std::string_view dataclass);
   static bool userConfirmationIsRequiredByDataclass(std::string_view dataclass);
+  /// The classes that accounts of the type usually have, the most usual first, from the resource
+  /// "AccountClasses"; null for a type that it does not list.
+  static ArrayRef accountClassesForAccountType(std::string_view type);
   /// The dataclass properties, read afresh; null when they cannot be read.
   static DictionaryRef _dataclassesProperties();
 

@@ -17,6 +17,8 @@ class TALLBOOK_EXPORT DataMigrator {
   /// The observer, which outlives the migration, hears of what the migration does, on its thread;
   /// null for nobody. A migrator that tells nothing ignores it.
   virtual void setObserver([[maybe_unused]] MigrationObserver* observer) {}
+  /// Whether there is something to migrate. True where the system does not let it be told.
+  virtual bool isNeeded() { return true; }
   /// Makes what the migration wants to find on the device and does not make itself. That it cannot
   /// be made is only logged. A host calls it before the migration.
   virtual void prepareDevice() {}

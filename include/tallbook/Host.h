@@ -20,6 +20,8 @@ struct HostOptions {
   /// there, user names and hosts included: a program whose accounts are nobody's business in the
   /// journal says `Nowhere`.
   Log log = Log::System;
+  /// Drops the messages that a migration writes for whoever sits at the console.
+  bool isSilent = false;
   /// Loads the modules of a device tree although it belongs to another user than the process's:
   /// they are that user's code. The running system's modules are always loaded.
   bool trustsModules = false;

@@ -75,6 +75,7 @@ std::unique_ptr<SystemLog> makeSystemLog(LinuxPlatformOptions::LogSink sink) {
 }
 
 void StandardErrorConsoleLog::write(std::string_view line) {
+  if (_isSilent) return;
   writeToStandardError(std::string(line));
 }
 

@@ -62,14 +62,18 @@ bool tryLock(const FileDescriptor& file, int howToWait) {
 // The kernel's own wait has no end, and ending it by a signal would meddle with the program's. So
 // the first while goes by in short sleeps, and whoever waits longer hears for whom.
 bool waitForLock(const FileDescriptor& file, std::chrono::milliseconds patience,
-                 const NamedLock::LongWait& longWait) {
+                 const NamedLock::LongWait& longWait, NamedLock::Deadline deadline) {
   constexpr std::chrono::milliseconds kPause{5};
   const auto end = std::chrono::steady_clock::now() + patience;
+  bool isTold = false;
   while (!tryLock(file, LOCK_NB)) {
     if (errno != EWOULDBLOCK) return false;
-    if (std::chrono::steady_clock::now() >= end) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= deadline) return false;
+    if (now >= end && !isTold) {
       if (longWait) longWait(holderOfLockOn(file));
-      return tryLock(file, 0);
+      if (deadline == NamedLock::Deadline::max()) return tryLock(file, 0);
+      isTold = true;
     }
     std::this_thread::sleep_for(kPause);
   }
@@ -93,7 +97,8 @@ bool isStillIn(const FileDescriptor& folder, const std::string& name, const File
 
 }  // namespace
 
-std::unique_ptr<LockHold> LinuxNamedLock::lock(std::string_view name, const LongWait& longWait) {
+std::unique_ptr<LockHold> LinuxNamedLock::lock(std::string_view name, const LongWait& longWait,
+                                               Deadline deadline) {
   if (name.empty() || name.find('/') != std::string_view::npos) return nullptr;
   const std::string fileName(name);
   std::error_code error;
@@ -101,7 +106,9 @@ std::unique_ptr<LockHold> LinuxNamedLock::lock(std::string_view name, const Long
   if (!folder) return nullptr;
   for (;;) {
     FileDescriptor file = openOrCreate(folder, fileName);
-    if (!file || !isRegular(file) || !waitForLock(file, _patience, longWait)) return nullptr;
+    if (!file || !isRegular(file) || !waitForLock(file, _patience, longWait, deadline)) {
+      return nullptr;
+    }
     if (isStillIn(folder, fileName, file)) return std::make_unique<FileLockHold>(std::move(file));
   }
 }

@@ -20,7 +20,8 @@ class LinuxNamedLock final : public NamedLock {
                           std::chrono::milliseconds patience = std::chrono::seconds(1))
       : _root(root), _patience(patience) {}
 
-  std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait) override;
+  std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait,
+                                 Deadline deadline) override;
 
  private:
   const DeviceRoot& _root;

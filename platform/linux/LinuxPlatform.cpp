@@ -47,6 +47,7 @@ class LinuxPlatform : public Platform {
         _preferences(_root, _directories, _bus),
         _namedLock(_root),
         _systemLog(makeSystemLog(options.log)),
+        _consoleLog(options.isSilent),
         _moduleLoader(_root, options.trustsModules),
         _resourceBundle(_root, resourceFolders(root)),
         _deviceInformation(_root),

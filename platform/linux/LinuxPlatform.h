@@ -17,6 +17,8 @@ struct LinuxPlatformOptions {
     StandardError,
     Nowhere
   } log = LogSink::JournalElseStandardError;
+  /// Whether the console log is dropped.
+  bool isSilent = false;
   /// Whether modules of a device tree that belongs to another user are loaded.
   bool trustsModules = false;
   /// Whether the device stays as it is: changes are kept in memory, and nobody else hears of them.

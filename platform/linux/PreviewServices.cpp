@@ -10,7 +10,7 @@ class PreviewHold final : public LockHold {
 
 }  // namespace
 
-std::unique_ptr<LockHold> PreviewNamedLock::lock(std::string_view name, const LongWait&) {
+std::unique_ptr<LockHold> PreviewNamedLock::lock(std::string_view name, const LongWait&, Deadline) {
   std::error_code error;
   const auto folder = _files.openFolder(_root.path() + "/tmp", error);
   if (!folder) return nullptr;

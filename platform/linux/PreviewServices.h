@@ -15,7 +15,8 @@ class PreviewNamedLock final : public NamedLock {
   PreviewNamedLock(const DeviceRoot& root, const PreviewFileSystem& files)
       : _root(root), _files(files) {}
 
-  std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait) override;
+  std::unique_ptr<LockHold> lock(std::string_view name, const LongWait& longWait,
+                                 Deadline deadline) override;
 
  private:
   const DeviceRoot& _root;

@@ -8,6 +8,7 @@ import json
 import os
 import plistlib
 import pty
+import re
 import resource
 import subprocess
 import sys
@@ -92,7 +93,9 @@ class Outcomes(ToolTest):
                 (USAGE, "set", "m1", "Class", "NoMailClass"), (USAGE, "set", "m1", "Key", b"\xff"),
                 (NOT_FOUND, "unset", "m1", "Nothing"), (USAGE, "unset", "m1", "Identifier"),
                 (USAGE, "enable", "m1", "Nonsense"), (USAGE, "enable", "m1", "Backup"),
-                (USAGE, "add", "Nonsense", "Class"), (USAGE, "add", "Mail", ""),
+                (USAGE, "add", "Nonsense"), (USAGE, "add", "Mail", ""), (USAGE, "list", "more"),
+                (DONE, "--version"), (DONE, "help"), (DONE, "help", "set"), (USAGE, "help", "nonsense"),
+                (DONE, "get", "m1", "Nothing", "--default", "x"), (DONE, "explain", "m1"),
                 (USAGE, "add", "CalDAV", "CalDAVAccount", "--parent", "c1"),
                 (NOT_FOUND, "remove", "m9"), (DONE, "types"), (DONE, "types", "Mail"),
                 (USAGE, "types", "Nonsense"), (NOT_FOUND, "explain", "m9", "Mail"),
@@ -102,10 +105,42 @@ class Outcomes(ToolTest):
                 self.run_tool(*arguments, expect=code)
         self.assertEqual(self.read(), family(), "a refused command changed the file")
 
+    def test_accounts_are_found_by_what_people_call_them(self):
+        self.write([*family(), mail("m12", DisplayName="Workshop"), mail("ABC-1", Username="ada@x")])
+        for name, kind, message in [
+                ("M1", "Mail", ""), ("büro", "Mail", ""), ("abc", "Mail", ""), ("ADA@X", "Mail", ""),
+                ("umbrella", "OrvaneAccount", ""), ("C1", "CalDAV", ""),
+                ("", None, "no account is called"), ("Worksop", None, "did you mean Workshop?"),
+                ("c", None, "may be any of Umbrella (CalDAV, c1), Umbrella (CalDAV, c2)"), ("m", None, "Büro (Mail, m1)")]:
+            with self.subTest(name=name):
+                found = self.run_tool("get", name, "Type", expect=DONE if kind else NOT_FOUND).strip()
+                self.assertEqual(found, kind or "")
+                self.assertIn(message, self.message)
+        self.run_tool("remove", "workshop")
+        self.assertNotIn("m12", [record["Identifier"] for record in self.read()])
+
+    def test_the_help_lists_the_commands_of_the_manual(self):
+        manual = os.path.join(os.path.dirname(__file__), "../../docs/tallbook.md")
+        with open(manual, encoding="utf-8") as file:
+            rows = re.findall(r"^\| (`.*?`) \| ", file.read().split("## Commands")[1].split("## Values")[0],
+                              re.MULTILINE)
+        told = re.findall("`([a-z]+)", " ".join(rows))
+        listed = re.findall(r"^  ([a-z]+) ", self.run_tool("--help").split("Subcommands:")[1], re.MULTILINE)
+        self.assertEqual(sorted(told), sorted(listed))
+
+    def test_errors_are_json_where_results_are(self):
+        self.write([{"Type": "Mail", "Class": "IMAPAccount"}])
+        self.assertIsNone(self.json("list")[0]["identifier"])
+        for code, *arguments in [(NOT_FOUND, "get", "m9", "Port"), (USAGE, "lits"), (USAGE, "get")]:
+            self.run_tool("--json", *arguments, expect=code)
+            self.assertEqual(json.loads(self.message)["code"], code, arguments)
+        self.run_tool("lits", expect=USAGE)
+        self.assertIn("did you mean list?", self.message)
+
     def test_a_device_without_a_file_is_empty_and_gets_one_with_the_first_account(self):
         self.assertEqual(self.json("list"), [])
         self.run_tool("dump", expect=NOT_FOUND)
-        identifier = self.run_tool("add", "Gmail", "GmailAccount", "--name", "Work").strip()
+        identifier = self.run_tool("add", "Gmail", "--name", "Work").strip()
         self.assertEqual([(r["Identifier"], r["DisplayName"]) for r in self.read()],
                          [(identifier, "Work")])
 

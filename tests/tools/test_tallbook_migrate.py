@@ -18,7 +18,7 @@ import tempfile
 import unittest
 
 MIGRATE = TALLBOOK = LIBRARY = OTHER_MODULE = ""
-MIGRATED, NOT_MIGRATED, USAGE, NO_MODULE = range(4)
+MIGRATED, NOT_MIGRATED, USAGE, NO_MODULE, NOT_NEEDED = range(5)
 
 ACCOUNTS = "var/mobile/Library/Preferences/com.orvane.tallbook.plist"
 MAIL = "var/mobile/Library/Mail/Accounts.plist"
@@ -240,8 +240,10 @@ class WhatBecameOfTheAccounts(HostTest):
                 continue
             with self.subTest(device=name):
                 root = self.device(files)
-                self.migrate(root=root)
+                self.migrate("--needed", root=root, expect=NOT_NEEDED if name in ("nothing", "no version") else MIGRATED)
+                self.assertEqual((self.migrate("--quiet", root=root), self.message), ("", ""))
                 records = self.accounts(root)
+                self.migrate("--needed", root=root, expect=NOT_NEEDED)
                 self.assertEqual([row for row in self.rows(root=root)
                                   if row["steps"] or row["now"] != "in the file"], [])
                 self.assertEqual(self.accounts(root), records)
@@ -419,8 +421,11 @@ class SeveralHosts(HostTest):
     def test_say_who_holds_the_migration_s_own_lock(self):
         with open(self.path(LOCK), "wb") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
-            waiting = [subprocess.Popen([TALLBOOK, "--root", self.root, "wait"],
-                                        stderr=subprocess.PIPE), self.start()]
+            tallbook = [TALLBOOK, "--root", self.root]
+            self.assertEqual(subprocess.run([*tallbook, "wait", "--timeout", "0"]).returncode, 1)
+            subprocess.run([*tallbook, "--no-wait", "add", "Mail"], check=True, timeout=60)
+            waiting = [subprocess.Popen([*tallbook, *command], stderr=subprocess.PIPE)
+                       for command in (["wait"], ["add", "Mail"])] + [self.start()]
             for program in waiting:
                 self.assertIn(f"process {os.getpid()} (".encode(), program.stderr.readline())
         for program in waiting:

@@ -1,20 +1,14 @@
 #include "tools/common/Dataclasses.h"
 
-#include <algorithm>
-
 #include "tallbook/BasicAccount.h"
 
+#include "tools/common/Nearest.h"
 #include "tools/common/Outcome.h"
 
 namespace tallbook::tool {
 namespace {
 
 constexpr std::string_view kPrefix = "com.orvane.Dataclass.";
-
-bool isSameLetter(char a, char b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  return lower(a) == lower(b);
-}
 
 }  // namespace
 
@@ -37,11 +31,7 @@ String dataclassNamed(std::string_view name) {
   const ArrayRef all = BasicAccount::allSupportedDataclasses();
   for (const Value& dataclass : *all) {
     const String full = dataclass.string();
-    const std::string brief = shortName(full);
-    if (full == name ||
-        std::equal(brief.begin(), brief.end(), name.begin(), name.end(), isSameLetter)) {
-      return full;
-    }
+    if (full == name || isSameWord(shortName(full), name)) return full;
   }
   throw Failure(ExitCode::Usage, "there is no dataclass \"" + std::string(name) +
                                      "\"; there are: " + shortNames(all));

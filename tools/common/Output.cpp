@@ -7,6 +7,9 @@
 namespace tallbook::tool {
 namespace {
 
+// A process tells its errors in one way.
+bool areErrorsJSON = false;
+
 bool isTerminal(const char* descriptor) {
   std::error_code unknown;
   const std::string device = std::filesystem::read_symlink(descriptor, unknown).string();
@@ -70,6 +73,21 @@ void printJSON(const JSON& json) {
 
 void note(std::string_view text) {
   std::cerr << kProgram << ": " << printable(text) << '\n';
+}
+
+void tellErrorsInJSON() {
+  areErrorsJSON = true;
+}
+
+int fail(std::string_view text, int code) {
+  if (areErrorsJSON) {
+    const JSON error{{"error", text}, {"code", code}};
+    // A name in a message may be no UTF-8.
+    std::cerr << error.dump(-1, ' ', false, JSON::error_handler_t::replace) << '\n';
+  } else {
+    note(text);
+  }
+  return code;
 }
 
 void noteHolderOfMigrationLock(std::string_view holder) {

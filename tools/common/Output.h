@@ -25,6 +25,10 @@ void printJSON(const JSON& json);
 extern const char* const kProgram;
 /// A line for the person at the keyboard, kept apart from what a program reads.
 void note(std::string_view text);
+/// From here on errors are JSON: {"error": ..., "code": ...}.
+void tellErrorsInJSON();
+/// Says on standard error why the program ends early, and answers its exit code.
+int fail(std::string_view text, int code);
 /// Says for whom the program is waiting.
 void noteHolderOfMigrationLock(std::string_view holder);
 

@@ -32,12 +32,12 @@ int runProgram(const std::function<int()>& answer, int failed) {
     const int code = answer();
     // Tables are printed through C's stream, which remembers a failure.
     if (std::cout.flush() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
-    note("the result could not be printed");
+    fail("the result could not be printed", codeOfFailure);
   } catch (const std::bad_alloc&) {
     // Without note, which may need memory itself.
     std::cerr << kProgram << ": there is not enough memory; run it again where there is more\n";
   } catch (const std::exception& error) {
-    note(std::string("ended early: ") + error.what());
+    fail(std::string("ended early: ") + error.what(), codeOfFailure);
   }
   return codeOfFailure;
 }

@@ -23,15 +23,13 @@ void requireUsable(const tool::AccountsFile& file, const Consent& consent) {
 
 }  // namespace
 
-Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, const Consent& consent) {
-  configureHost(host);
+Migration migrateDevice(DataMigrator& migrator, const Consent& consent) {
   // Only to say whom it waits for. Where the lock cannot be made, the migration itself answers NO.
   static_cast<void>(AccountsManager::waitForMigrationToFinish(tool::noteHolderOfMigrationLock));
   requireUsable(tool::readAccountsFile(), consent);
   Migration migration(consent);
   migrator.setObserver(&migration.story);
   migrator.prepareDevice();
-  tool::note("migrating \"" + migrator.dataClassName().str() + "\"");
   try {
     migration.isAnswered = migrator.performMigration();
   } catch (const InternalConsistencyFailure& failure) {

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "tallbook/DataMigrator.h"
-#include "tallbook/Host.h"
 
 #include "tools/tallbook-migrate/Story.h"
 
@@ -24,9 +23,9 @@ struct Migration {
   std::string failure;      ///< why it gave no answer at all; empty where it did
 };
 
-/// Runs the migration on the device of `host`. Throws Failure for an accounts file that could not
+/// Runs the migration on the process's device. Throws Failure for an accounts file that could not
 /// be read, and for one that is none unless it may be replaced: the save keeps that one beside the
 /// new file.
-Migration migrateDevice(DataMigrator& migrator, const HostOptions& host, const Consent& consent);
+Migration migrateDevice(DataMigrator& migrator, const Consent& consent);
 
 }  // namespace tallbook::migrate

@@ -161,6 +161,7 @@ bool printStory(const Story& story, const ReportOptions& options) {
   const std::vector<AccountStory> accounts = story.accounts();
   Totals totals;
   totals.count(accounts, story.nameOfLoading());
+  if (options.isQuiet) return !totals.hasUnexplained();
   if (options.json) {
     tool::printJSON({{"accounts", jsonOf(accounts, options)},
                      {"legacyFiles", jsonOf(story.legacyFiles())},

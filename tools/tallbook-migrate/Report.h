@@ -8,6 +8,7 @@ struct ReportOptions {
   bool json = false;
   /// Identifiers that the migration made are another time's others.
   bool hidesNewIdentifiers = false;
+  bool isQuiet = false;  ///< only looks whether all is explained
 };
 
 /// Prints what became of the accounts and of the legacy files on standard output. False where an

@@ -1,10 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 
-#include "tallbook/Host.h"
 #include "tallbook/Vocabulary.h"
 
+#include "tools/common/CommandLine.h"
 #include "tools/common/Outcome.h"
 #include "tools/common/Output.h"
 #include "tools/common/Program.h"
@@ -21,104 +20,111 @@ const char* const kProgram = "tallbook-migrate";
 namespace tallbook::migrate {
 namespace {
 
-using tool::note;
-
 enum class Exit {
   Migrated = 0,     ///< or there was nothing to do
   NotMigrated = 1,  ///< the migration answered NO, could not save, or was not begun
   Usage = 2,
-  NoModule = 3
+  NoModule = 3,
+  NotNeeded = 4  ///< the answer to --needed
 };
 
 struct CommandLine {
-  HostOptions host;
+  tool::SharedOptions shared;
   std::string module;
   std::string className = "AccountsDataMigrator";
-  bool json = false;
-  Consent consent;
-  bool verbose = false;
+  bool withoutCopy = false;
+  bool asksWhetherNeeded = false;
+  bool quiet = false;
 
   void declare(CLI::App& app);
 };
 
 void CommandLine::declare(CLI::App& app) {
-  app.add_option("--root", host.root, "Root of the device tree; the running system without it")
-      ->check(CLI::ExistingDirectory);
-  app.add_flag("--dry-run", host.isPreview, "Migrate in memory, and leave the device as it is");
+  shared.declare(app);
+  app.add_flag("--dry-run", shared.host.isPreview,
+               "Migrate in memory, and leave the device as it is");
+  app.add_flag("--needed", asksWhetherNeeded,
+               "Only answer whether there is something to migrate: 0, or 4 where there is nothing");
+  app.add_flag("--quiet", quiet, "Print no table and no messages but errors");
   app.add_option("--module", module, "Path of the migration plug-in; the library without it");
   app.add_option("--class", className, "Name of the plug-in's principal class")
       ->capture_default_str();
-  app.add_flag("--json", json, "Print JSON");
-  app.add_flag("--verbose", verbose, "Print the library's log on standard error");
-  app.add_flag("--replace-unreadable", consent.replaceUnreadable,
-               "Replace an accounts file that is none; it is kept beside the new one");
-  app.add_flag("--without-copy", consent.withoutCopy,
+  app.add_flag("--without-copy", withoutCopy,
                "Migrate although the accounts file before can be kept nowhere");
-  app.add_flag("--trust-modules", host.trustsModules,
-               "Load the modules of a device tree that belongs to another user");
 }
 
-/// Says what the table cannot: a migration that did not do what it should have done.
-Exit judge(const Migration& migration) {
+/// How a migration ended, and what there is to say of it that the table cannot.
+struct Verdict {
+  Exit exit = Exit::Migrated;
+  std::string message = "";
+};
+
+Verdict judge(const Migration& migration) {
   const Story& story = migration.story;
   if (!migration.failure.empty()) {
-    note("the installation is broken: " + migration.failure + "; reinstall it");
-    return Exit::NotMigrated;
+    return {Exit::NotMigrated,
+            "the installation is broken: " + migration.failure + "; reinstall it"};
   }
   if (!migration.isAnswered) {
-    note(std::string("the migration answered NO; see the messages above, and --verbose. Without "
-                     "any, its lock could not be made: is ") +
-         kAccountMigrationLockFilename + " below the root a file?");
-    return Exit::NotMigrated;
+    return {Exit::NotMigrated,
+            std::string("the migration answered NO; see the messages above, and --verbose. Without "
+                        "any, its lock could not be made: is ") +
+                kAccountMigrationLockFilename + " below the root a file?"};
   }
   if (!story.hasBegun()) {
-    note(
-        "finished the removal of legacy files that an earlier migration had begun; run the "
-        "migration again for the rest");
-    return Exit::Migrated;
+    return {Exit::Migrated,
+            "finished the removal of legacy files that an earlier migration had begun; run the "
+            "migration again for the rest"};
   }
-  if (!story.isSaved()) {
-    note(story.whyNotSaved());
-    return Exit::NotMigrated;
-  }
+  if (!story.isSaved()) return {Exit::NotMigrated, story.whyNotSaved()};
   const bool isFileKept = std::ranges::any_of(story.legacyFiles(), [](const LegacyFileEnd& end) {
     return end.kind == LegacyFileEnd::Kind::Kept;
   });
-  if (isFileKept) note("not all legacy files were migrated; mend what is wrong, and run it again");
-  return isFileKept ? Exit::NotMigrated : Exit::Migrated;
+  if (!isFileKept) return {};
+  return {Exit::NotMigrated,
+          "not all legacy files were migrated; mend what is wrong, and run it again"};
 }
 
-Exit report(const Migration& migration, const CommandLine& line) {
-  const Exit exit = judge(migration);
-  if (printStory(migration.story, {line.json, line.host.isPreview})) return exit;
-  note(
-      "accounts are gone for no reason that the migration told; the file before is kept, see "
-      "tallbook history");
-  return Exit::NotMigrated;
+int report(const Migration& migration, const CommandLine& line) {
+  Verdict verdict = judge(migration);
+  const ReportOptions options{line.shared.json, line.shared.host.isPreview, line.quiet};
+  if (!printStory(migration.story, options)) {
+    verdict = {Exit::NotMigrated,
+               "accounts are gone for no reason that the migration told; the file before is kept, "
+               "see tallbook history"};
+  }
+  const int code = static_cast<int>(verdict.exit);
+  if (code != 0) return tool::fail(verdict.message, code);
+  if (!verdict.message.empty() && !line.quiet) tool::note(verdict.message);
+  return code;
 }
 
-Exit answer(int argc, char** argv) {
+int run(const CommandLine& line) {
+  configureHost(line.shared.host);
+  const std::string module =
+      line.module.empty() ? TALLBOOK_LIBRARY : std::filesystem::absolute(line.module).string();
+  const auto migrator = migratorOfModule(module, line.className);
+  if (line.asksWhetherNeeded) {
+    return static_cast<int>(migrator->isNeeded() ? Exit::Migrated : Exit::NotNeeded);
+  }
+  return report(migrateDevice(*migrator, {line.shared.replaceUnreadable, line.withoutCopy}), line);
+}
+
+int answer(int argc, char** argv) {
   CLI::App app("Migrates the accounts of a device to this release.", "tallbook-migrate");
   CommandLine line;
   line.declare(app);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? Exit::Migrated : Exit::Usage;
+  if (const auto end = tool::parse(app, argc, argv, line.shared, static_cast<int>(Exit::Usage))) {
+    return *end;
   }
-  line.host.log = line.verbose ? HostOptions::Log::StandardError : HostOptions::Log::Nowhere;
-  const std::string module =
-      line.module.empty() ? TALLBOOK_LIBRARY : std::filesystem::absolute(line.module).string();
+  line.shared.host.isSilent = line.quiet;
   try {
-    const auto migrator = migratorOfModule(module, line.className);
-    return report(migrateDevice(*migrator, line.host, line.consent), line);
+    return run(line);
   } catch (const ModuleFailure& failure) {
-    note(failure.what());
-    return Exit::NoModule;
+    return tool::fail(failure.what(), static_cast<int>(Exit::NoModule));
   } catch (const tool::Failure& failure) {
-    note(failure.what());
+    return tool::fail(failure.what(), static_cast<int>(Exit::NotMigrated));
   }
-  return Exit::NotMigrated;
 }
 
 }  // namespace
@@ -126,6 +132,6 @@ Exit answer(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace tallbook::migrate;
-  return tallbook::tool::runProgram([&] { return static_cast<int>(answer(argc, argv)); },
+  return tallbook::tool::runProgram([&] { return answer(argc, argv); },
                                     static_cast<int>(Exit::NotMigrated));
 }

@@ -1,3 +1,5 @@
+#include <chrono>
+#include <cstdint>
 #include <iostream>
 
 #include "tallbook/AccountsManager.h"
@@ -19,6 +21,14 @@ namespace {
 bool isStoredAsEnabled(const BasicAccount& record, const String& dataclass) {
   const ArrayRef enabled = (*record.properties())[kAccountEnabledDataclasses].array();
   return enabled && enabled->contains(dataclass.view());
+}
+
+std::string usualClass(const std::string& type) {
+  const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
+  const String first = usual && !usual->empty() ? (*usual)[0].string() : nullptr;
+  if (!first.empty()) return first.str();
+  throw Failure(ExitCode::Usage,
+                "nobody knows what class accounts of the type " + type + " usually have; give one");
 }
 
 std::shared_ptr<BasicAccount> newRecord(const AccountsManager& store, const std::string& type,
@@ -64,9 +74,11 @@ ExitCode setEnabled(const Options& options, const std::string& identifier,
   return ExitCode::Done;
 }
 
-ExitCode add(const Options& options, const std::string& type, const std::string& className,
-             const std::string& name, const std::string& parent) {
+ExitCode add(const Options& options, const std::string& type,
+             const std::optional<std::string>& wantedClass, const std::string& name,
+             const std::string& parent) {
   requireAccountType(type);
+  const std::string className = wantedClass ? *wantedClass : usualClass(type);
   requireUnicode(className);
   requireUnicode(name);
   if (className.empty()) {
@@ -89,6 +101,11 @@ ExitCode add(const Options& options, const std::string& type, const std::string&
     store->addChildToAccount(record, above);
   }
   store.save();
+  const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
+  if (usual && !usual->contains(std::string_view(className))) {
+    note("accounts of the type " + type + " usually have one of the classes " + joined(usual) +
+         ", not " + className);
+  }
   if (options.json) {
     printJSON(JSON{{"identifier", record->identifier().str()}});
   } else {
@@ -100,17 +117,27 @@ ExitCode add(const Options& options, const std::string& type, const std::string&
 ExitCode remove(const Options& options, const std::string& identifier) {
   const EditableStore store(options);
   const auto record = recordNamed(*store, identifier);
+  const String own = record->identifier();
   if (const auto parent = record->parentAccount()) {
-    store->removeChildWithIdentifierFromAccount(identifier, parent);
+    store->removeChildWithIdentifierFromAccount(own, parent);
   } else {
-    store->deleteAccountWithIdentifier(identifier);
+    store->deleteAccountWithIdentifier(own);
   }
   store.save();
   return ExitCode::Done;
 }
 
-ExitCode wait() {
-  if (AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock)) return ExitCode::Done;
+ExitCode wait(const std::optional<double>& seconds) {
+  using Clock = std::chrono::steady_clock;
+  std::optional<std::chrono::milliseconds> timeout;
+  if (seconds) timeout.emplace(static_cast<std::int64_t>(*seconds * 1000));
+  const auto begin = Clock::now();
+  if (AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock, timeout)) {
+    return ExitCode::Done;
+  }
+  if (timeout && Clock::now() - begin >= *timeout) {
+    throw Failure(ExitCode::NotFound, "a migration still runs");
+  }
   throw Failure(ExitCode::NotSaved,
                 std::string("the migration lock cannot be made, so nobody can tell whether a "
                             "migration runs; make ") +

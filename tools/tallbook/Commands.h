@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,23 +13,29 @@ struct Options {
   bool json = false;               ///< print for a program
   bool replaceUnreadable = false;  ///< a file that is no accounts file may be replaced
   bool givesUpUpgrade = false;  ///< a file of an older version may be saved, which ends its upgrade
+  bool waitsForMigration = true;  ///< before a change, which a running migration may overwrite
 };
 
-// Each command prints its result on standard output, and throws Failure where there is none.
+// Each command prints its result on standard output, and throws Failure where there is none. An
+// account may be called by whatever `recordNamed` takes.
 
 /// The accounts, children below their parents; only those of the types where some are given.
 ExitCode list(const Options& options, const std::vector<std::string>& types);
 ExitCode show(const Options& options, const std::string& identifier);
-ExitCode get(const Options& options, const std::string& identifier, const std::string& key);
+/// The text `otherwise` is printed for a key that the account lacks.
+ExitCode get(const Options& options, const std::string& identifier, const std::string& key,
+             const std::optional<std::string>& otherwise);
 /// `kind` as `valueFromText` takes it; empty for the kind that the key has now, else a string.
 ExitCode set(const Options& options, const std::string& identifier, const std::string& key,
              const std::string& text, const std::string& kind);
 ExitCode unset(const Options& options, const std::string& identifier, const std::string& key);
 ExitCode setEnabled(const Options& options, const std::string& identifier,
                     const std::string& dataclass, bool enabled);
-/// Prints the new record's identifier. `name` and `parent` may be empty.
-ExitCode add(const Options& options, const std::string& type, const std::string& className,
-             const std::string& name, const std::string& parent);
+/// Prints the new record's identifier. Without a class it has the type's usual one. `name` and
+/// `parent` may be empty.
+ExitCode add(const Options& options, const std::string& type,
+             const std::optional<std::string>& className, const std::string& name,
+             const std::string& parent);
 ExitCode remove(const Options& options, const std::string& identifier);
 /// The whole catalogue for an empty type.
 ExitCode types(const Options& options, const std::string& type);
@@ -42,9 +49,11 @@ ExitCode restore(const Options& options, const std::string& generation);
 /// Restores the newest generation, and undone in turn the state before it.
 ExitCode undo(const Options& options);
 ExitCode check(const Options& options);
+/// All dataclasses of the account's type for an empty one.
 ExitCode explain(const Options& options, const std::string& identifier,
                  const std::string& dataclass);
 ExitCode init(const std::string& folder);
-ExitCode wait();
+/// Gives up after so many seconds.
+ExitCode wait(const std::optional<double>& seconds);
 
 }  // namespace tallbook::tool

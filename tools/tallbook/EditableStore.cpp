@@ -21,7 +21,12 @@ void requireUsable(const AccountsFile& file, const Options& options) {
 
 }  // namespace
 
-EditableStore::EditableStore(const Options& options) : _file(readAccountsFile()) {
+EditableStore::EditableStore(const Options& options) {
+  // Where the lock cannot be made, there is no migration either.
+  if (options.waitsForMigration) {
+    static_cast<void>(AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock));
+  }
+  _file = readAccountsFile();
   requireUsable(_file, options);
   requireNoUpgradeAhead(_file, options);
   _store = AccountsManager::initWithAccountsFile(_file);

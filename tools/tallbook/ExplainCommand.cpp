@@ -46,23 +46,28 @@ Explanation explanation(const BasicAccount& record, std::string_view dataclass) 
 
 ExitCode explain(const Options& options, const std::string& identifier,
                  const std::string& dataclass) {
-  const String full = dataclassNamed(dataclass);
+  const ArrayRef named =
+      dataclass.empty() ? nullptr : Array::make({Value(dataclassNamed(dataclass))});
   const auto store = storeToRead();
   const auto record = recordNamed(*store, identifier);
-  const Explanation why = explanation(*record, full);
-  if (options.json) {
-    JSON object = JSON::object();
-    object["identifier"] = identifier;
-    object["dataclass"] = full.str();
-    object["on"] = why.isOn;
-    object["reason"] = why.reason;
-    object["text"] = why.text;
-    printJSON(object);
-  } else {
-    std::cout << shortName(full) << " is "
-              << (why.isOn ? styled(Style::Added, "on") : styled(Style::Removed, "off")) << ": "
-              << why.text << ".\n";
+  JSON array = JSON::array();
+  const ArrayRef asked = named ? named : record->supportedDataclasses();
+  for (const Value& each : *asked) {
+    const String full = each.string();
+    const Explanation why = explanation(*record, full);
+    if (options.json) {
+      array.push_back({{"identifier", record->identifier().str()},
+                       {"dataclass", full.str()},
+                       {"on", why.isOn},
+                       {"reason", why.reason},
+                       {"text", why.text}});
+    } else {
+      std::cout << shortName(full) << " is "
+                << (why.isOn ? styled(Style::Added, "on") : styled(Style::Removed, "off")) << ": "
+                << printable(why.text) << ".\n";
+    }
   }
+  if (options.json) printJSON(named ? array.front() : array);
   return ExitCode::Done;
 }
 

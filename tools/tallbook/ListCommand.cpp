@@ -34,7 +34,8 @@ std::vector<Family> families(const AccountsManager& store,
 
 JSON summary(const BasicAccount& record) {
   JSON object = JSON::object();
-  object["identifier"] = storedIdentifier(record);
+  const std::string identifier = storedIdentifier(record);
+  object["identifier"] = identifier.empty() ? JSON() : JSON(identifier);
   object["name"] = nameOf(record);
   object["type"] = record.type().str();
   object["class"] = record.accountClass().str();

@@ -1,12 +1,53 @@
 #include "tools/tallbook/Records.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/AccountsFile.h"
+#include "tools/common/Nearest.h"
 #include "tools/common/Outcome.h"
 #include "tools/common/Output.h"
 
 namespace tallbook::tool {
+
+namespace {
+
+/// A record and what a person may call it by: its own names, not those that it has from a parent.
+struct Named {
+  std::shared_ptr<BasicAccount> record;
+  std::string identifier;
+  std::string name;
+};
+
+std::vector<Named> namedRecords(const AccountsManager& store) {
+  AccountsManager::AccountList records = *store.allBasicAccounts();
+  for (const auto& record : store.allBasicSyncableAccounts()) {
+    if (record->parentAccount()) records.push_back(record);
+  }
+  std::vector<Named> named;
+  named.reserve(records.size());
+  for (const auto& record : records) {
+    const DictionaryRef own = record->properties();
+    String name = (*own)[kAccountDisplayName].string();
+    if (name.empty()) name = (*own)[kAccountUsername].string();
+    named.push_back({record, record->identifier().str(), name.str()});
+  }
+  return named;
+}
+
+std::shared_ptr<BasicAccount> recordWithIdentifier(const AccountsManager& store,
+                                                   std::string_view identifier) {
+  const auto topLevel = store.accountWithIdentifier(identifier);
+  if (!topLevel || topLevel->identifier() == identifier) return topLevel;
+  for (const auto& record : store.allBasicSyncableAccounts()) {
+    if (record->parentAccount() && record->identifier() == identifier) return record;
+  }
+  return nullptr;
+}
+
+}  // namespace
 
 std::shared_ptr<AccountsManager> storeToRead() {
   const AccountsFile file = readAccountsFile();
@@ -18,17 +59,35 @@ std::shared_ptr<AccountsManager> storeToRead() {
   return AccountsManager::initWithAccountsFile(file);
 }
 
-std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store,
-                                          const std::string& identifier) {
-  const std::string_view wanted = identifier;
-  if (const auto topLevel = store.accountWithIdentifier(wanted)) {
-    if (topLevel->identifier() == wanted) return topLevel;
-    for (const auto& record : store.allBasicSyncableAccounts()) {
-      if (record->parentAccount() && record->identifier() == wanted) return record;
-    }
+std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const std::string& name) {
+  if (auto record = recordWithIdentifier(store, name)) return record;
+  const std::vector<Named> all = namedRecords(store);
+  // The first way of naming that fits any account is meant.
+  const auto isIdentifier = [&](const Named& each) { return isSameWord(each.identifier, name); };
+  const auto isNear = [&](const Named& each) {
+    return isSameWord(each.name, name) || beginsWith(each.identifier, name);
+  };
+  std::vector<Named> fitting;
+  std::ranges::copy_if(all, std::back_inserter(fitting), isIdentifier);
+  if (fitting.empty() && !name.empty()) {
+    std::ranges::copy_if(all, std::back_inserter(fitting), isNear);
   }
-  throw Failure(ExitCode::NotFound, "no account has the identifier \"" + identifier +
-                                        "\"; \"tallbook list\" shows those there are");
+  if (fitting.size() == 1) return fitting.front().record;
+  if (fitting.empty()) {
+    std::vector<std::string> known;
+    for (const Named& each : all) known.insert(known.end(), {each.name, each.identifier});
+    const std::string advice = adviceOnMisspelt(name, known);
+    throw Failure(ExitCode::NotFound,
+                  "no account is called " + shortened(name) +
+                      (advice.empty() ? "; \"tallbook list\" shows those there are" : advice));
+  }
+  std::string candidates;
+  for (const Named& each : fitting) {
+    candidates += (candidates.empty() ? "" : ", ") + shortened(nameOf(*each.record)) + " (" +
+                  each.record->type().str() + ", " + shortened(each.identifier) + ")";
+  }
+  throw Failure(ExitCode::NotFound,
+                shortened(name) + " may be any of " + candidates + "; give more of the identifier");
 }
 
 std::string nameOf(const BasicAccount& record) {
@@ -42,6 +101,14 @@ std::string nameOf(const BasicAccount& record) {
 
 std::string storedIdentifier(const BasicAccount& record) {
   return (*record.originalProperties())[kAccountIdentifier].string().str();
+}
+
+std::string joined(const ArrayRef& strings) {
+  std::string text;
+  if (strings) {
+    for (const Value& each : *strings) text += (text.empty() ? "" : ", ") + each.string().str();
+  }
+  return text.empty() ? "none" : text;
 }
 
 std::vector<String> accountTypes() {

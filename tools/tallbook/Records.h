@@ -11,9 +11,11 @@ namespace tallbook::tool {
 /// A store of the device's accounts, for looking at them; empty where there is no file. Throws
 /// Failure for a file that is none.
 std::shared_ptr<AccountsManager> storeToRead();
-/// The top-level or child record with that identifier. Throws Failure where nobody has it.
-std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store,
-                                          const std::string& identifier);
+/// The top-level or child record of that identifier, else the only one with that identifier in
+/// other capitals, else the only one whose identifier begins so or whose display name, or user name
+/// where it has none, is this, whatever the capitals. Throws Failure, with those that may be meant,
+/// where there is none or several are.
+std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const std::string& name);
 
 /// The name that a person knows the record by: display name, user name, kind, type.
 std::string nameOf(const BasicAccount& record);
@@ -21,6 +23,8 @@ std::string nameOf(const BasicAccount& record);
 /// that the record then receives is another at every load.
 std::string storedIdentifier(const BasicAccount& record);
 
+/// The strings of a list with commas between them; "none" for none.
+std::string joined(const ArrayRef& strings);
 /// All account types there are.
 std::vector<String> accountTypes();
 /// Throws Failure, with the list of them, for a text that is no account type.

@@ -9,16 +9,6 @@
 namespace tallbook::tool {
 namespace {
 
-std::string joined(const ArrayRef& actions) {
-  std::string text;
-  if (actions) {
-    for (const Value& action : *actions) {
-      text += (text.empty() ? "" : ", ") + action.string().str();
-    }
-  }
-  return text.empty() ? "none" : text;
-}
-
 JSON description(const String& type) {
   JSON dataclasses = JSON::array();
   if (const ArrayRef supported = BasicAccount::supportedDataclassesForAccountType(type)) {
@@ -38,6 +28,7 @@ JSON description(const String& type) {
   }
   JSON object = JSON::object();
   object["type"] = type.str();
+  object["classes"] = jsonFromValue(BasicAccount::accountClassesForAccountType(type));
   object["dataclasses"] = std::move(dataclasses);
   object["deleteActions"] = jsonFromValue(BasicAccount::deleteAccountActionsForAccountType(type));
   object["remindersSeparately"] = BasicAccount::showRemindersSeparatelyForAccountType(type);
@@ -64,7 +55,9 @@ void printType(const String& type) {
     }
   }
   table.print();
-  std::cout << "\nWhen deleted:         "
+  std::cout << "\nClasses:              "
+            << joined(BasicAccount::accountClassesForAccountType(type))
+            << "\nWhen deleted:         "
             << joined(BasicAccount::deleteAccountActionsForAccountType(type))
             << "\nReminders separately: "
             << (BasicAccount::showRemindersSeparatelyForAccountType(type) ? "yes" : "no") << '\n';

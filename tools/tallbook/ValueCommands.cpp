@@ -34,10 +34,12 @@ void requireChangeable(const std::string& key) {
 
 }  // namespace
 
-ExitCode get(const Options& options, const std::string& identifier, const std::string& key) {
+ExitCode get(const Options& options, const std::string& identifier, const std::string& key,
+             const std::optional<std::string>& otherwise) {
   const auto store = storeToRead();
   const auto record = recordNamed(*store, identifier);
-  const Value value = record->accountPropertyForKey(key);
+  Value value = record->accountPropertyForKey(key);
+  if (value.isNull() && otherwise) value = *otherwise;
   if (value.isNull()) {
     throw Failure(ExitCode::NotFound, "the account has no \"" + key + "\"; \"tallbook show " +
                                           identifier + "\" prints the keys it has");

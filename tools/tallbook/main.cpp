@@ -1,14 +1,16 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
+#include <iostream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "tallbook/Host.h"
 #include "tallbook/InternalConsistencyFailure.h"
 
+#include "tools/common/CommandLine.h"
+#include "tools/common/Nearest.h"
 #include "tools/common/Output.h"
 #include "tools/common/Program.h"
 #include "tools/tallbook/Commands.h"
@@ -24,13 +26,12 @@ class CommandLine {
  public:
   explicit CommandLine(std::vector<std::string_view> words) : _words(std::move(words)) {}
 
-  HostOptions host;
+  SharedOptions shared;
   Options options;
-  bool verbose = false;
-  /// What the chosen command does; set by parsing.
-  std::function<ExitCode()> run;
 
   void declare(CLI::App& app);
+  /// Does what the parsed words ask for; throws Failure for words that ask for nothing.
+  ExitCode runCommand(const CLI::App& app) const;
 
  private:
   using Declare = std::function<void(CLI::App& command)>;
@@ -45,18 +46,32 @@ class CommandLine {
   /// The arguments of a command about one value of one account.
   Declare identifierAnd(const char* what, std::string& value) {
     return [this, what, &value](CLI::App& sub) {
-      sub.add_option("ID", identifier)->required();
-      sub.add_option(what, value)->required();
+      declareAccount(sub);
+      sub.add_option(what, value, std::string_view(what) == "KEY" ? kKey : kDataclass)->required();
     };
   }
+  void declareAccount(CLI::App& sub) { sub.add_option("ID", identifier, kAccount)->required(); }
   void declareReading(CLI::App& app);
   void declareChanging(CLI::App& app);
   void command(CLI::App& app, const char* name, const char* summary,
                std::function<ExitCode()> action, const Declare& declareArguments = {});
 
+  static constexpr const char* kAccount =
+      "The account: its identifier, a unique beginning of that, or its name";
+  static constexpr const char* kKey = "A key of the account, as \"tallbook show\" prints them";
+  static constexpr const char* kDataclass = "In full, or its last word in any capitals";
+
+  static std::vector<std::string> namesOfCommands(const CLI::App& app);
+  static Failure noCommand(const CLI::App& app, const std::string& word);
+  ExitCode help(const CLI::App& app) const;
+
+  /// What the chosen command does; set by parsing.
+  std::function<ExitCode()> run;
   std::vector<std::string_view> _words;
   bool _declaresAll = false;
-  std::string identifier, key, text, kind, dataclass, type, className, name, parent, folder;
+  std::string identifier, key, text, kind, dataclass, type, name, parent, folder, helpFor;
+  std::optional<std::string> className, otherwise;
+  std::optional<double> seconds;
   std::string before, after, generation;
   bool forget = false;
   std::vector<std::string> types;
@@ -73,19 +88,16 @@ void CommandLine::command(CLI::App& app, const char* commandName, const char* su
 }
 
 void CommandLine::declare(CLI::App& app) {
-  app.add_option("--root", host.root, "Root of the device tree; the running system without it")
-      ->check(CLI::ExistingDirectory);
-  app.add_flag("--json", options.json, "Print JSON");
-  app.add_flag("--verbose", verbose, "Print the library's log on standard error");
-  app.add_flag("--replace-unreadable", options.replaceUnreadable,
-               "Replace an accounts file that is none; it is kept beside the new one");
+  shared.declare(app);
   app.add_flag("--give-up-upgrade", options.givesUpUpgrade,
                "Save a file of an older version, which will not be upgraded any more then");
-  app.add_flag("--trust-modules", host.trustsModules,
-               "Load the modules of a device tree that belongs to another user");
-  app.require_subcommand(1);
+  const auto noWait = [this](std::int64_t) { options.waitsForMigration = false; };
+  app.add_flag("--no-wait", noWait, "Change the accounts although a migration runs");
+  app.require_subcommand(0, 1);
   app.fallthrough();
-  _declaresAll = isAmongWords("-h") || isAmongWords("--help");
+  // What nobody expects is told of by `command`, which knows what there is.
+  app.allow_extras();
+  _declaresAll = isAmongWords("-h") || isAmongWords("--help") || isAmongWords("help");
   declareCommands(app);
   if (_declaresAll || !app.get_subcommands([](CLI::App*) { return true; }).empty()) return;
   _declaresAll = true;
@@ -101,15 +113,20 @@ void CommandLine::declareReading(CLI::App& app) {
 
   command(
       app, "show", "Everything about one account", [this] { return show(options, identifier); },
-      [this](CLI::App& sub) { sub.add_option("ID", identifier)->required(); });
+      [this](CLI::App& sub) { declareAccount(sub); });
 
   command(
-      app, "get", "One value of an account", [this] { return get(options, identifier, key); },
-      identifierAnd("KEY", key));
+      app, "get", "One value of an account",
+      [this] { return get(options, identifier, key, otherwise); },
+      [this](CLI::App& sub) {
+        declareAccount(sub);
+        sub.add_option("KEY", key, kKey)->required();
+        sub.add_option("--default", otherwise, "Printed where the account lacks the key");
+      });
 
   command(
       app, "types", "The account type catalogue", [this] { return tool::types(options, type); },
-      [this](CLI::App& sub) { sub.add_option("TYPE", type); });
+      [this](CLI::App& sub) { sub.add_option("TYPE", type, "An account type; else all of them"); });
 
   command(app, "dump", "The accounts file as XML, or as JSON", [this] { return dump(options); });
 
@@ -117,8 +134,9 @@ void CommandLine::declareReading(CLI::App& app) {
       app, "diff", "What differs between two accounts files, or generations of them",
       [this] { return diff(options, before, after); },
       [this](CLI::App& sub) {
-        sub.add_option("A", before)->required();
-        sub.add_option("B", after, "The present accounts file without it");
+        sub.add_option("A", before, "An accounts file, or a generation of the device's")
+            ->required();
+        sub.add_option("B", after, "Another one; else the device's present file");
       });
 
   command(
@@ -133,11 +151,23 @@ void CommandLine::declareReading(CLI::App& app) {
           [this] { return check(options); });
 
   command(
-      app, "explain", "Why a dataclass of an account is on or off",
+      app, "explain", "Why the dataclasses of an account are on or off",
       [this] { return explain(options, identifier, dataclass); },
-      identifierAnd("DATACLASS", dataclass));
+      [this](CLI::App& sub) {
+        declareAccount(sub);
+        sub.add_option("DATACLASS", dataclass, "One of them; else all that its type carries");
+      });
 
-  command(app, "wait", "Wait until no migration runs", [] { return wait(); });
+  command(
+      app, "wait", "Wait until no migration runs", [this] { return wait(seconds); },
+      [this](CLI::App& sub) {
+        sub.add_option("--timeout", seconds, "Give up after so many seconds")
+            ->check(CLI::NonNegativeNumber);
+      });
+
+  command(
+      app, "help", "How to use a command", [this, &app] { return help(app); },
+      [this](CLI::App& sub) { sub.add_option("COMMAND", helpFor, "Else all of them, by name"); });
 }
 
 void CommandLine::declareChanging(CLI::App& app) {
@@ -145,9 +175,9 @@ void CommandLine::declareChanging(CLI::App& app) {
       app, "set", "Store a value in an account",
       [this] { return set(options, identifier, key, text, kind); },
       [this](CLI::App& sub) {
-        sub.add_option("ID", identifier)->required();
-        sub.add_option("KEY", key)->required();
-        sub.add_option("VALUE", text)->required();
+        declareAccount(sub);
+        sub.add_option("KEY", key, kKey)->required();
+        sub.add_option("VALUE", text, "Spelled as its kind is")->required();
         sub.add_option("--type", kind, "Kind of the value; else that of the present one, or string")
             ->check(CLI::IsMember(writableKinds()));
       });
@@ -168,48 +198,89 @@ void CommandLine::declareChanging(CLI::App& app) {
       app, "add", "Add an account, and print its identifier",
       [this] { return add(options, type, className, name, parent); },
       [this](CLI::App& sub) {
-        sub.add_option("TYPE", type)->required();
-        sub.add_option("CLASS", className)->required();
+        sub.add_option("TYPE", type, "Its account type, as \"tallbook types\" lists them")
+            ->required();
+        sub.add_option("CLASS", className, "Its class; else the type's usual one");
         sub.add_option("--name", name, "Name shown to the user");
-        sub.add_option("--parent", parent, "Identifier of the account to add it to as a child");
+        sub.add_option("--parent", parent, "The account to add it to as a child");
       });
 
   command(
       app, "remove", "Remove an account, with its children",
       [this] { return remove(options, identifier); },
-      [this](CLI::App& sub) { sub.add_option("ID", identifier)->required(); });
+      [this](CLI::App& sub) { declareAccount(sub); });
 
   command(
       app, "restore", "Put the accounts of a generation back",
       [this] { return restore(options, generation); },
-      [this](CLI::App& sub) { sub.add_option("GENERATION", generation)->required(); });
+      [this](CLI::App& sub) {
+        sub.add_option("GENERATION", generation, "As \"tallbook history\" lists them")->required();
+      });
 
   command(app, "undo", "Restore the newest generation", [this] { return undo(options); });
 
   command(
       app, "init", "Make an empty device tree to develop against", [this] { return init(folder); },
-      [this](CLI::App& sub) { sub.add_option("DIR", folder)->required(); });
+      [this](CLI::App& sub) {
+        sub.add_option("DIR", folder, "A new or an empty folder")->required();
+      });
 }
 
-ExitCode answer(int argc, char** argv) {
+std::vector<std::string> CommandLine::namesOfCommands(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(each->get_name());
+  }
+  return names;
+}
+
+Failure CommandLine::noCommand(const CLI::App& app, const std::string& word) {
+  const std::string advice = adviceOnMisspelt(word, namesOfCommands(app));
+  return Failure(ExitCode::Usage, "there is no command " + word +
+                                      (advice.empty() ? "; see tallbook --help" : advice));
+}
+
+ExitCode CommandLine::help(const CLI::App& app) const {
+  const auto isMeant = [this](const CLI::App* each) { return each->get_name() == helpFor; };
+  const auto found = app.get_subcommands(isMeant);
+  if (found.empty() && !helpFor.empty()) throw noCommand(app, helpFor);
+  const CLI::App* const about = found.empty() ? &app : found.front();
+  // An App that has met a command helps with that one.
+  std::cout << app.get_formatter()->make_help(
+      about, found.empty() ? "tallbook" : "tallbook " + helpFor, CLI::AppFormatMode::Normal);
+  return ExitCode::Done;
+}
+
+ExitCode CommandLine::runCommand(const CLI::App& app) const {
+  std::vector<std::string> unexpected = app.remaining(true);
+  std::erase(unexpected, "--");
+  if (!unexpected.empty() && !run) throw noCommand(app, unexpected.front());
+  if (!unexpected.empty()) {
+    throw Failure(ExitCode::Usage, "the argument " + unexpected.front() +
+                                       " is not expected; see tallbook help " +
+                                       app.get_subcommands().front()->get_name());
+  }
+  if (!run) throw Failure(ExitCode::Usage, "what is to be done? See tallbook --help");
+  configureHost(shared.host);
+  return run();
+}
+
+int answer(int argc, char** argv) {
   CLI::App app("Looks at the accounts of a device and changes them.", "tallbook");
   CommandLine line({argv + 1, argv + argc});
   line.declare(app);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? ExitCode::Done : ExitCode::Usage;
+  if (const auto end = parse(app, argc, argv, line.shared, static_cast<int>(ExitCode::Usage))) {
+    return *end;
   }
-  line.host.log = line.verbose ? HostOptions::Log::StandardError : HostOptions::Log::Nowhere;
+  line.options.json = line.shared.json;
+  line.options.replaceUnreadable = line.shared.replaceUnreadable;
   try {
-    configureHost(line.host);
-    return line.run();
+    return static_cast<int>(line.runCommand(app));
   } catch (const Failure& failure) {
-    note(failure.what());
-    return failure.code();
+    return fail(failure.what(), static_cast<int>(failure.code()));
   } catch (const InternalConsistencyFailure& failure) {
-    note(std::string("the installation is broken: ") + failure.what() + "; reinstall it");
-    return ExitCode::NotSaved;
+    return fail(std::string("the installation is broken: ") + failure.what() + "; reinstall it",
+                static_cast<int>(ExitCode::NotSaved));
   }
 }
 
@@ -218,6 +289,5 @@ ExitCode answer(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace tallbook::tool;
-  return runProgram([&] { return static_cast<int>(answer(argc, argv)); },
-                    static_cast<int>(ExitCode::NotSaved));
+  return runProgram([&] { return answer(argc, argv); }, static_cast<int>(ExitCode::NotSaved));
 }
