@@ -1,5 +1,7 @@
 #include "model/AccountTypeCatalogue.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -25,26 +27,32 @@ bool isProcessorForMultitasking() {
 /// it is.
 ArrayRef recognisedDataclasses(const ArrayRef& listed, bool hasNotes) {
   if (!listed) return nullptr;
-  std::vector<Value> recognised;
-  for (const Value& dataclass : *listed) {
+  const auto isRecognised = [&](const Value& dataclass) {
     const auto name = dataclass.stringView();
-    if (!name || !canonicalPositionOf(*name)) continue;
-    if (kAccountDataclassNotes == *name && !hasNotes) continue;
-    recognised.push_back(dataclass);
-  }
-  return recognised.empty() ? listed : Array::makeFrozen(std::move(recognised));
+    return name && canonicalPositionOf(*name) && (hasNotes || kAccountDataclassNotes != *name);
+  };
+  const auto count = static_cast<std::size_t>(std::ranges::count_if(*listed, isRecognised));
+  if (count == 0 || count == listed->size()) return listed;
+  std::vector<Value> recognised;
+  recognised.reserve(count);
+  std::ranges::copy_if(*listed, std::back_inserter(recognised), isRecognised);
+  return Array::makeFrozen(std::move(recognised));
 }
 
-AccountTypeEntry entryFrom(const Dictionary& described, bool hasNotes) {
-  AccountTypeEntry entry;
+AccountTypeEntry entryFrom(const DictionaryRef& described, bool hasNotes) {
+  AccountTypeEntry entry{described, nullptr, nullptr};
   entry.supportedDataclasses =
-      recognisedDataclasses(described[kPropertiesSupportedDataclasses].array(), hasNotes);
-  entry.orderedDataclasses = Array::makeFrozen(inCanonicalOrder(entry.supportedDataclasses));
-  entry.enableActions = described[kPropertiesEnableDataclassActions].array();
-  entry.disableActions = described[kPropertiesDisableDataclassActions].array();
-  entry.deleteActions = described[kPropertiesDeleteAccountActions].array();
-  entry.showRemindersSeparately = described[kPropertiesShowRemindersSeparately].boolValue();
+      recognisedDataclasses((*described)[kPropertiesSupportedDataclasses].array(), hasNotes);
+  entry.orderedDataclasses = isInCanonicalOrder(entry.supportedDataclasses)
+                                 ? entry.supportedDataclasses
+                                 : Array::makeFrozen(inCanonicalOrder(entry.supportedDataclasses));
   return entry;
+}
+
+/// What the catalogue has under `key` for the type; null where it has no such type.
+Value described(std::string_view type, std::string_view key) {
+  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
+  return entry ? (*entry->described)[key] : Value();
 }
 
 OncePerPlatform<DictionaryRef> dataclassesProperties;
@@ -83,7 +91,7 @@ AccountTypeCatalogue AccountTypeCatalogue::read() {
   catalogue._entries.reserve(types->size());
   for (const auto& [type, described] : *types) {
     if (const DictionaryRef entry = described.dictionary()) {
-      catalogue._entries.emplace_back(type, entryFrom(*entry, hasNotes));
+      catalogue._entries.emplace_back(type, entryFrom(entry, hasNotes));
     }
   }
   return catalogue;
@@ -122,14 +130,13 @@ ArrayRef BasicAccount::supportedDataclassesForAccountType(std::string_view type)
 
 ArrayRef BasicAccount::userActionsToEnableDataclassForAccountType(std::string_view dataclass,
                                                                   std::string_view type) {
-  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
-  return entry ? actionsForDataclass(entry->enableActions, dataclass) : nullptr;
+  return actionsForDataclass(described(type, kPropertiesEnableDataclassActions).array(), dataclass);
 }
 
 ArrayRef BasicAccount::userActionsToDisableDataclassForAccountType(std::string_view dataclass,
                                                                    std::string_view type) {
-  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
-  return entry ? actionsForDataclass(entry->disableActions, dataclass) : nullptr;
+  return actionsForDataclass(described(type, kPropertiesDisableDataclassActions).array(),
+                             dataclass);
 }
 
 ArrayRef BasicAccount::removeActionsIncompatibleWithSingleStoreDataclass(const ArrayRef& actions) {
@@ -146,13 +153,11 @@ ArrayRef BasicAccount::removeActionsIncompatibleWithSingleStoreDataclass(const A
 }
 
 ArrayRef BasicAccount::deleteAccountActionsForAccountType(std::string_view type) {
-  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
-  return entry ? entry->deleteActions : nullptr;
+  return described(type, kPropertiesDeleteAccountActions).array();
 }
 
 bool BasicAccount::showRemindersSeparatelyForAccountType(std::string_view type) {
-  const AccountTypeEntry* entry = AccountTypeCatalogue::shared().entryForType(type);
-  return entry && entry->showRemindersSeparately;
+  return described(type, kPropertiesShowRemindersSeparately).boolValue();
 }
 
 bool BasicAccount::multipleStoresSupportedByDataclass(std::string_view dataclass) {

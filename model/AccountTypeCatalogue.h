@@ -12,12 +12,9 @@ namespace tallbook {
 /// What the shipped resource says about one account type. Lists are frozen; a list that the
 /// resource does not have is null.
 struct AccountTypeEntry {
+  DictionaryRef described;        ///< the resource's own entry
   ArrayRef supportedDataclasses;  ///< the recognised ones, in the resource's order
   ArrayRef orderedDataclasses;    ///< the same in canonical order, each once; never null
-  ArrayRef enableActions;
-  ArrayRef disableActions;
-  ArrayRef deleteActions;
-  bool showRemindersSeparately = false;
 };
 
 /// The account types that records may have. Read from the resource "AccountTypesProperties" once

@@ -27,6 +27,17 @@ std::optional<std::size_t> canonicalPositionOf(std::string_view dataclass) {
   return std::nullopt;
 }
 
+bool isInCanonicalOrder(const ArrayRef& dataclasses) {
+  if (!dataclasses) return false;
+  std::size_t next = 0;
+  for (const Value& dataclass : *dataclasses) {
+    const auto position = canonicalPositionOf(dataclass.stringView().value_or(""));
+    if (!position || *position < next) return false;
+    next = *position + 1;
+  }
+  return true;
+}
+
 std::vector<Value> inCanonicalOrder(const ArrayRef& dataclasses) {
   if (!dataclasses) return {};
   const Array& canonical = *canonicalDataclasses();

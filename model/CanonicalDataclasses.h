@@ -17,6 +17,9 @@ const ArrayRef& canonicalDataclasses();
 /// Where the dataclass stands in that list; nullopt for what is no dataclass.
 std::optional<std::size_t> canonicalPositionOf(std::string_view dataclass);
 
+/// Whether the list is of dataclasses only, each once and in canonical order; not for null.
+bool isInCanonicalOrder(const ArrayRef& dataclasses);
+
 /// The strings in canonical order, each dataclass once, then the rest as they came; empty for null.
 std::vector<Value> inCanonicalOrder(const ArrayRef& dataclasses);
 
