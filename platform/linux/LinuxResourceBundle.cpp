@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <filesystem>
+#include <link.h>
 
 #include "platform/linux/FactFile.h"
 #include "platform/linux/UserLanguages.h"
@@ -11,12 +12,22 @@ namespace {
 
 constexpr const char* kFallbackLanguage = "en";
 
+/// Where the file lies that this code was loaded from. `dladdr` would look at every symbol for the
+/// nearest one.
+std::string fileOfThisCode() {
+  dl_find_object code{};
+  if (::_dl_find_object(const_cast<char*>(kFallbackLanguage), &code) != 0) return {};
+  std::string library = code.dlfo_link_map->l_name;
+  if (!library.empty()) return library;
+  std::error_code error;  // part of the program itself
+  return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
 }  // namespace
 
 std::string LinuxResourceBundle::folderOfThisLibrary() {
-  Dl_info library{};
-  if (!::dladdr(kFallbackLanguage, &library) || !library.dli_fname) return {};
-  std::string folder = library.dli_fname;
+  std::string folder = fileOfThisCode();
+  if (folder.empty()) return {};
   // The part after the last slash is the library's name.
   folder.erase(folder.rfind('/') + 1);
   if (!folder.starts_with('/')) {
