@@ -62,14 +62,20 @@ void BinaryWriter::Extent::add(const Value& value, int depth) {
 std::string BinaryWriter::encoded(const Value& root) {
   Extent extent;
   extent.add(root, 1);
-  // There are at least as many objects as containers, and how many more is known only when all are
-  // written. An attempt with too narrow references ends early, so that the narrowest that suffice
-  // are found by trying.
-  const std::size_t fewestObjects = std::max<std::size_t>(extent.containers, 1);
-  for (std::size_t referenceSize = widthOf(fewestObjects - 1);; ++referenceSize) {
+  // How many objects there are is known only when all are written, so the narrowest references that
+  // suffice are found by trying, from the width for what is most likely: half of the values
+  // occurred before. An attempt with too narrow ones ends early.
+  const std::size_t likely = std::max<std::size_t>({extent.containers, extent.values / 2, 1});
+  std::size_t referenceSize = widthOf(likely - 1);
+  for (;;) {
     try {
-      return BinaryWriter(extent, referenceSize).write(root);
+      BinaryWriter writer(extent, referenceSize);
+      std::string bytes = writer.write(root);
+      const std::size_t narrowest = widthOf(writer._offsets.size() - 1);
+      if (narrowest == referenceSize) return bytes;
+      referenceSize = narrowest;
     } catch (const TooManyObjects&) {
+      ++referenceSize;
     }
   }
 }
