@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <system_error>
 
 #include "tallbook/PropertyList.h"
 #include "tallbook/Vocabulary.h"
@@ -53,7 +55,12 @@ void LegacyFile::read(const Folder& folder, const std::string& name) {
     }
     return;
   }
-  const auto root = propertyListFromBytes(file.bytes, &_whyNotUnderstood);
+  std::optional<Value> root;
+  try {
+    root = propertyListFromBytes(file.bytes, &_whyNotUnderstood);
+  } catch (const std::system_error& noParser) {
+    _refusal = noParser.code();
+  }
   if (!root) return;
   _contents = root->dictionary();
   if (!_contents) {

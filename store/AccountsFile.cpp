@@ -1,6 +1,7 @@
 #include "store/AccountsFile.h"
 
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "tallbook/AccountsManager.h"
@@ -87,7 +88,11 @@ AccountsFile AccountsFile::read() {
     file._version = content.version;
     file._held = std::move(content.held);
     error = content.error;
-    if (!error) file._contents = accountsFileFromBytes(content.bytes);
+    try {
+      if (!error) file._contents = accountsFileFromBytes(content.bytes);
+    } catch (const std::system_error& noParser) {
+      file._contents.state = {Kind::Unreadable, 0, noParser.what(), noParser.code()};
+    }
   }
   if (error && !isAbsence(error))
     file._contents.state = {Kind::Unreadable, 0, error.message(), error};

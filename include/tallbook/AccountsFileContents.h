@@ -17,7 +17,8 @@ struct AccountsFileContents {
   TALLBOOK_EXPORT ArrayRef records() const;
 };
 
-/// What a file of these bytes is as an accounts file: `Whole` or `Malformed`.
+/// What a file of these bytes is as an accounts file: `Whole` or `Malformed`. Throws what
+/// `propertyListFromBytes` does.
 [[nodiscard]] TALLBOOK_EXPORT AccountsFileContents accountsFileFromBytes(std::string_view bytes);
 
 }  // namespace tallbook

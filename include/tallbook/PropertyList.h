@@ -19,6 +19,9 @@ namespace tallbook {
 /// past 10 million values, or past 100,000 where there are more values than bytes, as only a file
 /// can that refers to its containers again and again. What is read can be written, and what is
 /// written can be read.
+///
+/// Throws std::system_error where the bytes are not in the binary encoding and the system's XML
+/// parser cannot be loaded: what they hold is then unknown.
 [[nodiscard]] TALLBOOK_EXPORT std::optional<Value> propertyListFromBytes(
     std::string_view bytes, std::string* problem = nullptr);
 

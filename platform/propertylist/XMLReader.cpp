@@ -1,7 +1,6 @@
 #include "platform/propertylist/XMLReader.h"
 
 #include <exception>
-#include <expat.h>
 #include <memory>
 #include <new>
 #include <optional>
@@ -10,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/Expat.h"
 #include "platform/propertylist/KeyedHash.h"
 #include "platform/propertylist/Limits.h"
 #include "platform/propertylist/MalformedPropertyList.h"
@@ -128,6 +128,7 @@ class TreeBuilder {
 
 /// One parse. Exceptions must not cross the parser, which is C: the first one stops it.
 struct Parse {
+  const Expat& expat;
   XML_Parser parser;
   TreeBuilder tree;
   std::exception_ptr failure;
@@ -139,7 +140,7 @@ struct Parse {
       event();
     } catch (...) {
       failure = std::current_exception();
-      XML_StopParser(parser, XML_FALSE);
+      expat.StopParser(parser, XML_FALSE);
     }
   }
 };
@@ -170,25 +171,26 @@ void onEntity(void* userData, const XML_Char*, int, const XML_Char*, int, const 
 }  // namespace
 
 Value XMLReader::read(std::string_view bytes) {
-  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(
-      XML_ParserCreate(nullptr), &XML_ParserFree);
+  const Expat& expat = Expat::library();
+  const std::unique_ptr<XML_ParserStruct, decltype(expat.ParserFree)> parser(
+      expat.ParserCreate(nullptr), expat.ParserFree);
   if (!parser) throw std::bad_alloc();
-  Parse parse{parser.get(), {}, {}};
-  XML_SetUserData(parser.get(), &parse);
-  XML_SetElementHandler(parser.get(), onStart, onEnd);
-  XML_SetCharacterDataHandler(parser.get(), onText);
-  XML_SetEntityDeclHandler(parser.get(), onEntity);
+  Parse parse{expat, parser.get(), {}, {}};
+  expat.SetUserData(parser.get(), &parse);
+  expat.SetElementHandler(parser.get(), onStart, onEnd);
+  expat.SetCharacterDataHandler(parser.get(), onText);
+  expat.SetEntityDeclHandler(parser.get(), onEntity);
 
   // The whole in one piece: what a piece ends in the middle of is scanned anew with the next one,
   // and a comment or an attribute may be as long as the file.
   constexpr std::size_t kLongest = std::size_t{1} << 30;  // the parser's buffer grows no further
   if (bytes.size() > kLongest) throw MalformedPropertyList("XML of more than 1 GiB");
-  if (XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE) ==
+  if (expat.Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE) ==
       XML_STATUS_ERROR) {
     if (parse.failure) std::rethrow_exception(parse.failure);
-    const XML_Error error = XML_GetErrorCode(parser.get());
+    const XML_Error error = expat.GetErrorCode(parser.get());
     if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
-    throw MalformedPropertyList(XML_ErrorString(error));
+    throw MalformedPropertyList(expat.ErrorString(error));
   }
   return std::move(parse.tree).root();
 }

@@ -51,12 +51,14 @@ class ToolTest(unittest.TestCase):
         self.run_tool("init", self.root, root=None)
         self.path = os.path.join(self.root, "var/mobile/Library/Preferences/com.orvane.tallbook.plist")
 
-    def run_tool(self, *arguments, root="", expect=DONE, limit=None, user=None, output=subprocess.PIPE):
+    def run_tool(self, *arguments, root="", expect=DONE, limit=None, user=None, output=subprocess.PIPE,
+                 environment=None):
         """Runs the tool and answers its output; the message goes to self.message. A limit is a
         resource of the process and how much of it there is."""
         of_device = [] if root is None else ["--root", root or self.root]
         done = subprocess.run([TOOL, *of_device, *arguments], stdout=output, stderr=subprocess.PIPE,
-                              timeout=60, env=os.environ | {"LC_ALL": "C.UTF-8"}, user=user,
+                              timeout=60, user=user,
+                              env=os.environ | {"LC_ALL": "C.UTF-8"} | (environment or {}),
                               preexec_fn=limit and (lambda: resource.setrlimit(limit[0], (limit[1],) * 2)))
         self.message = done.stderr.decode()
         self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
@@ -247,6 +249,21 @@ class UnreadableFiles(ToolTest):
         self.assertIn("Permission denied", self.message)
         os.chmod(self.path, 0o600)
         self.assertEqual(self.read(), family())
+
+    def test_xml_that_cannot_be_parsed_for_want_of_the_parser_is_never_replaced(self):
+        content = plistlib.dumps({"Version": 12, "Accounts": family()}, fmt=plistlib.FMT_XML)
+        with open(self.path, "wb") as file:
+            file.write(content)
+        with open(os.path.join(self.root, "libexpat.so.1"), "wb"):
+            pass  # no library
+        for command in [("list",), ("set", "m1", "Port", "1"),
+                        ("--replace-unreadable", "add", "Mail", "IMAPAccount")]:
+            with self.subTest(command=command):
+                self.run_tool(*command, expect=UNREADABLE, environment={"LD_LIBRARY_PATH": self.root})
+                self.assertIn(f"{self.path} cannot be read: libexpat.so.1", self.message)
+        with open(self.path, "rb") as file:
+            self.assertEqual(file.read(), content)
+        self.assertEqual(self.run_tool("get", "m1", "Port"), "993\n")
 
     def test_they_are_replaced_on_demand_after_a_copy_of_each(self):
         for number, content in enumerate([b"first", b"second"], start=1):
