@@ -15,6 +15,9 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tallbook-config-version.c
 install(FILES ${PROJECT_BINARY_DIR}/tallbook-config.cmake
               ${PROJECT_BINARY_DIR}/tallbook-config-version.cmake DESTINATION ${package_folder})
 
-# The installed tools find the library beside them, wherever the prefix is.
+# The tools find the library beside them, wherever the prefix is, and in the build tree as well: with
+# a path of its own there, which CMake ends with a colon, they would look in the working folder too.
 file(RELATIVE_PATH library_from_tool /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set_target_properties(tallbook_tool tallbook_migrate PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}")
+set_target_properties(
+  tallbook_tool tallbook_migrate PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}"
+                                            BUILD_WITH_INSTALL_RPATH ON)
