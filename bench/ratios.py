@@ -64,8 +64,8 @@ def small_device(folder, root):
         [os.path.join(folder, "do-nothing")],
         [os.path.join(folder, "cold-start"), root],
         [os.path.join(folder, "tallbook"), "--root", root, "get", first, "Username"]])
-    yield "process that reads 10 accounts / one that does nothing", reading / nothing, 1.45, False
-    yield "tallbook get, 10 accounts / one that does nothing", getting / nothing, 1.75, False
+    yield "process that reads 10 accounts / one that does nothing", reading / nothing, 1.35, False
+    yield "tallbook get, 10 accounts / one that does nothing", getting / nothing, 1.65, False
 
 
 def migration(measure, kind, accounts):
@@ -85,7 +85,7 @@ def ratios(folder):
             speed = against_libplist(measure, compare, work, path)
             yield f"{work}, 1,000 records: times as fast as libplist", speed, bound, True
         yield from small_device(folder, os.path.join(temporary, "device"))
-    for size, bound in ((10, 1.5), (100, 1.9)):
+    for size, bound in ((10, 1.5), (100, 1.85)):
         run = store(measure, size)
         share = run["save"] / run["replace-barely"]
         yield f"save / bare write, flush, rename, flush, {size} records", share, bound, False
