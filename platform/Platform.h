@@ -5,7 +5,9 @@
 
 #include "platform/DeviceServices.h"
 #include "platform/FileSystem.h"
+#include "platform/FileWatch.h"
 #include "platform/Logs.h"
+#include "platform/MessageBus.h"
 #include "platform/ModuleLoader.h"
 #include "platform/NamedLock.h"
 #include "platform/Preferences.h"
@@ -21,6 +23,7 @@ class Platform {
   virtual ~Platform() = default;
 
   virtual FileSystem& fileSystem() = 0;
+  virtual FileWatching& fileWatching() = 0;
   virtual WellKnownDirectories& directories() = 0;
   virtual Preferences& preferences() = 0;
   virtual NamedLock& namedLock() = 0;
@@ -35,6 +38,7 @@ class Platform {
   virtual ExternalSyncSources& externalSyncSources() = 0;
   virtual HostedServiceLibrary& hostedServiceLibrary() = 0;
   virtual BookmarksLibrary& bookmarksLibrary() = 0;
+  virtual MessageBus& messageBus() = 0;
   virtual LocalClock& clock() = 0;
 
   /// The process's platform: the installed one, else the Linux device whose root is "/".

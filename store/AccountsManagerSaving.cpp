@@ -15,6 +15,7 @@
 #include "store/Notifications.h"
 #include "store/SavesOfMigration.h"
 #include "store/TBRuntimeFixProtocol.h"
+#include "store/WatchedAccounts.h"
 
 namespace tallbook {
 namespace {
@@ -54,15 +55,6 @@ class Counterparts {
   const AccountTable& _table;
   IdentifierTable<bool> _shared;
 };
-
-std::vector<DictionaryRef> dictionariesIn(const ArrayRef& records) {
-  std::vector<DictionaryRef> dictionaries;
-  dictionaries.reserve(records.size());
-  for (const Value& record : records) {
-    if (DictionaryRef dictionary = record.dictionary()) dictionaries.push_back(dictionary);
-  }
-  return dictionaries;
-}
 
 /// Clashes share what they hold with the records, which go on changing. What was written can be
 /// copied.
@@ -162,8 +154,10 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
       written = *records;
       cause = _savesOfMigration->causeToKeep(file);
     }
+    const ArrayRef written = _leftOutOf.empty() ? nullptr : Array::make(*records);
     AccountsFileSave save = file.replace(*std::move(records), cause);
     replacement = save.end;
+    if (replacement == Replacement::Done) leaveOutOfWatchers(file.records(), written);
     if (_savesOfMigration && replacement == Replacement::Done) {
       _savesOfMigration->known = save.version;
       _savesOfMigration->records = std::move(written);
@@ -172,6 +166,14 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
     _generationFailure = std::move(save.generationFailure);
   }
   return replacement == Replacement::Done;
+}
+
+void AccountsManager::leaveOutOfWatchers(const ArrayRef& before, const ArrayRef& after) {
+  std::erase_if(_leftOutOf, [&](const std::weak_ptr<WatchedAccounts>& watched) {
+    const auto accounts = watched.lock();
+    if (accounts) accounts->leaveOut(dictionariesIn(before), dictionariesIn(after));
+    return !accounts;
+  });
 }
 
 void AccountsManager::finishSave(bool repaired, bool replaced) {

@@ -95,9 +95,15 @@ std::optional<Records> childrenOf(const Value* value) {
   return children;
 }
 
+/// What a merge is for.
+enum class Purpose {
+  Save,      ///< what both sides changed differently is written as it is here
+  CarryOver  ///< it stays as it is in the file, and so does what the file has no more
+};
+
 class Merge {
  public:
-  explicit Merge(Level level) : _level(std::move(level)) {}
+  Merge(Purpose purpose, Level level) : _purpose(purpose), _level(std::move(level)) {}
 
   MergedAccounts lists(const Records& base, const std::vector<HeldRecord>& here,
                        const Records& file) {
@@ -162,6 +168,7 @@ class Merge {
   /// A record that the file has not: new, or deleted elsewhere. Where records share an identifier
   /// nobody can tell what became of one that is not there as it was, so it is written.
   void addOneOfHere(const DictionaryRef& here, const DictionaryRef& before, bool isShared) {
+    if (before && _purpose == Purpose::CarryOver) return;
     const bool isTouched = !equalContent(before, here);
     if (before && !isTouched && !isShared) {
       addTakenOver(TakenOver::Kind::Removed, here);
@@ -214,7 +221,7 @@ class Merge {
         put(*merged, key, children->empty() && !(ours && theirs) ? nullptr : &list);
       } else {
         addClash(here, key, ours, theirs);
-        put(*merged, key, ours);
+        if (_purpose == Purpose::Save) put(*merged, key, ours);
       }
     });
     return merged;
@@ -233,11 +240,12 @@ class Merge {
     held.reserve(childrenHere->size());
     for (const DictionaryRef& child : *childrenHere) held.push_back({child, nullptr});
     MergedAccounts merged =
-        Merge({true, identifierOf(parent)}).lists(*childrenBefore, held, *childrenInFile);
+        Merge(_purpose, {true, identifierOf(parent)}).lists(*childrenBefore, held, *childrenInFile);
     std::ranges::move(merged.clashes, std::back_inserter(_merged.clashes));
     return std::move(merged.records);
   }
 
+  Purpose _purpose;
   Level _level;
   MergedAccounts _merged;
 };
@@ -247,7 +255,16 @@ class Merge {
 MergedAccounts mergedAccounts(const std::vector<DictionaryRef>& base,
                               const std::vector<HeldRecord>& here,
                               const std::vector<DictionaryRef>& file) {
-  return Merge({}).lists(base, here, file);
+  return Merge(Purpose::Save, {}).lists(base, here, file);
+}
+
+std::vector<Value> withChangesCarriedOver(const std::vector<DictionaryRef>& records,
+                                          const std::vector<DictionaryRef>& before,
+                                          const std::vector<DictionaryRef>& after) {
+  std::vector<HeldRecord> held;
+  held.reserve(after.size());
+  for (const DictionaryRef& record : after) held.push_back({record, nullptr});
+  return Merge(Purpose::CarryOver, {}).lists(before, held, records).records;
 }
 
 }  // namespace tallbook

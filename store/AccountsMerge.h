@@ -36,4 +36,12 @@ MergedAccounts mergedAccounts(const std::vector<DictionaryRef>& base,
                               const std::vector<HeldRecord>& here,
                               const std::vector<DictionaryRef>& file);
 
+/// An earlier state of the accounts, `records`, as if it had been changed already as from `before`
+/// to `after`, by the same rules and in nothing else: what differs between `records` and `before`
+/// goes on differing. Where both are about one key and cannot be told apart, the key stays as it
+/// was in `records`.
+std::vector<Value> withChangesCarriedOver(const std::vector<DictionaryRef>& records,
+                                          const std::vector<DictionaryRef>& before,
+                                          const std::vector<DictionaryRef>& after);
+
 }  // namespace tallbook

@@ -28,6 +28,7 @@ class LockHold;
 enum class FixerVerdict : std::int32_t;
 struct SavesOfMigration;
 class TBRuntimeFixProtocol;
+class WatchedAccounts;
 
 /// A record that no store can hold, and why, on one line.
 struct RecordFault {
@@ -256,6 +257,7 @@ class TALLBOOK_EXPORT AccountsManager {
   void _sendNotificationsForChangedAccounts();
 
  private:
+  friend class AccountsWatcher;
   using AccountTable = IdentifierTable<std::shared_ptr<BasicAccount>>;
 
   AccountsManager();
@@ -274,6 +276,7 @@ class TALLBOOK_EXPORT AccountsManager {
   /// What the file is to hold, given what it holds; nullopt to leave it as it is.
   using MakeRecords = std::function<std::optional<std::vector<Value>>(const AccountsFile& file)>;
   bool replaceFile(KeepGeneration keep, const MakeRecords& makeRecords);
+  void leaveOutOfWatchers(const ArrayRef& before, const ArrayRef& after);
   void finishSave(bool repaired, bool replaced);
   void rememberSavedRecords();
   std::vector<HeldRecord> heldRecords() const;
@@ -295,6 +298,8 @@ class TALLBOOK_EXPORT AccountsManager {
   /// The records as they were last read from or written to the file, those deleted here since then
   /// included; frozen.
   std::vector<DictionaryRef> _savedRecords;
+  /// What watchers know of the accounts who are not to tell what this store changes.
+  std::vector<std::weak_ptr<WatchedAccounts>> _leftOutOf;
   SaveFailure _saveFailure;
   std::string _generationFailure;
   std::unique_ptr<SavesOfMigration> _savesOfMigration;  ///< null for all other stores

@@ -25,19 +25,22 @@ class Bus {
   explicit operator bool() const { return _bus != nullptr; }
 
   /// Connecting, greeting and sending happen here, in steps that never outlast the deadline.
-  void deliver(const DeviceBus::Signal& signal,
-               std::initializer_list<std::string> arguments) const {
-    const Message message = makeSignal(signal, arguments);
-    if (!message || _systemd.bus_send(_bus.get(), message.get(), nullptr) < 0) return;
+  bool deliver(const MessageBus::Signal& signal,
+               const std::vector<MessageBus::Arguments>& each) const {
+    for (const MessageBus::Arguments& arguments : each) {
+      const Message message = makeSignal(signal, arguments);
+      if (!message || _systemd.bus_send(_bus.get(), message.get(), nullptr) < 0) return false;
+    }
     const auto deadline = Clock::now() + kPatience;
     while (!isDelivered()) {
       const auto left = std::chrono::duration_cast<microseconds>(deadline - Clock::now());
-      if (left.count() <= 0) return;
+      if (left.count() <= 0) return false;
       const int progress = _systemd.bus_process(_bus.get(), nullptr);
-      if (progress < 0) return;
+      if (progress < 0) return false;
       if (progress > 0) continue;
-      if (_systemd.bus_wait(_bus.get(), static_cast<std::uint64_t>(left.count())) < 0) return;
+      if (_systemd.bus_wait(_bus.get(), static_cast<std::uint64_t>(left.count())) < 0) return false;
     }
+    return true;
   }
 
  private:
@@ -54,18 +57,29 @@ class Bus {
   };
   using Message = std::unique_ptr<sd_bus_message, Drop>;
 
-  Message makeSignal(const DeviceBus::Signal& signal,
-                     std::initializer_list<std::string> arguments) const {
+  Message makeSignal(const MessageBus::Signal& signal,
+                     const MessageBus::Arguments& arguments) const {
     sd_bus_message* made = nullptr;
     const bool begun = _systemd.bus_message_new_signal(_bus.get(), &made, signal.path,
                                                        signal.interface, signal.member) >= 0;
     Message message(made, Drop{_systemd});
-    const bool complete =
-        begun && std::all_of(arguments.begin(), arguments.end(), [&](const std::string& argument) {
-          return _systemd.bus_message_append_basic(made, 's', argument.c_str()) >= 0;
-        });
+    const bool complete = begun && std::ranges::all_of(arguments, [&](const auto& argument) {
+                            return append(made, argument);
+                          });
     if (!complete) message.reset();
     return message;
+  }
+
+  bool append(sd_bus_message* message, const MessageBus::Argument& argument) const {
+    if (const auto* text = std::get_if<std::string>(&argument)) {
+      return _systemd.bus_message_append_basic(message, 's', text->c_str()) >= 0;
+    }
+    const auto& texts = std::get<std::vector<std::string>>(argument);
+    std::vector<char*> words;
+    words.reserve(texts.size() + 1);
+    for (const std::string& text : texts) words.push_back(const_cast<char*>(text.c_str()));
+    words.push_back(nullptr);
+    return _systemd.bus_message_append_strv(message, words.data()) >= 0;
   }
 
   bool isDelivered() const {
@@ -95,22 +109,22 @@ Bus busOfRunningSystem(const Systemd& systemd) {
 
 }  // namespace
 
-void DeviceBus::emit(const Signal& signal, std::initializer_list<std::string> arguments) const {
-  if (_isMute) return;
+bool DeviceBus::emit(const Signal& signal, const std::vector<Arguments>& each) {
+  if (_isMute) return false;
   // By the socket's own inode: a link in the tree must not lead to the bus of the machine around
   // it.
   FileDescriptor socket;
   if (!_root.path().empty()) {
     std::error_code error;
     socket = _root.open(_root.path() + "/run/dbus/system_bus_socket", O_PATH, 0, error);
-    if (!socket) return;
+    if (!socket) return false;
   }
   const Systemd* const systemd = Systemd::library();
-  if (!systemd) return;
+  if (!systemd) return false;
   const Bus bus =
       socket ? connectTo(*systemd, "unix:path=/proc/self/fd/" + std::to_string(socket.get()))
              : busOfRunningSystem(*systemd);
-  if (bus) bus.deliver(signal, arguments);
+  return bus && bus.deliver(signal, each);
 }
 
 }  // namespace tallbook

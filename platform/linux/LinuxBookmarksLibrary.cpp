@@ -3,7 +3,8 @@
 namespace tallbook {
 
 void LinuxBookmarksLibrary::cloudTabsWereSwitchedOn() {
-  _bus.emit({"/com/orvane/Bookmarks", "com.orvane.Bookmarks", "CloudTabsSwitchedOn"}, {});
+  _bus.emit({"/com/orvane/Bookmarks", "com.orvane.Bookmarks", "CloudTabsSwitchedOn"},
+            {MessageBus::Arguments()});
 }
 
 }  // namespace tallbook

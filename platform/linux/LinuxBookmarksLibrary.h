@@ -1,18 +1,18 @@
 #pragma once
 
 #include "platform/DeviceServices.h"
-#include "platform/linux/DeviceBus.h"
+#include "platform/MessageBus.h"
 
 namespace tallbook {
 
 /// A signal on the device's message bus.
 class LinuxBookmarksLibrary final : public BookmarksLibrary {
  public:
-  explicit LinuxBookmarksLibrary(DeviceBus& bus) : _bus(bus) {}
+  explicit LinuxBookmarksLibrary(MessageBus& bus) : _bus(bus) {}
   void cloudTabsWereSwitchedOn() override;
 
  private:
-  DeviceBus& _bus;
+  MessageBus& _bus;
 };
 
 }  // namespace tallbook

@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxDirectories.h"
 #include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/LinuxFileWatch.h"
 #include "platform/linux/LinuxLogs.h"
 #include "platform/linux/LinuxNamedLock.h"
 #include "platform/linux/LinuxPreferences.h"
@@ -42,6 +43,7 @@ class LinuxPlatform : public Platform {
   LinuxPlatform(const std::string& root, const LinuxPlatformOptions& options)
       : _root(root, options.isPreview),
         _fileSystem(_root),
+        _fileWatching(_root),
         _directories(_root),
         _bus(_root, options.isPreview),
         _preferences(_root, _directories, _bus),
@@ -58,6 +60,7 @@ class LinuxPlatform : public Platform {
         _bookmarksLibrary(_bus) {}
 
   FileSystem& fileSystem() override { return _fileSystem; }
+  FileWatching& fileWatching() override { return _fileWatching; }
   WellKnownDirectories& directories() override { return _directories; }
   Preferences& preferences() override { return _preferences; }
   NamedLock& namedLock() override { return _namedLock; }
@@ -72,6 +75,7 @@ class LinuxPlatform : public Platform {
   ExternalSyncSources& externalSyncSources() override { return _syncSources; }
   HostedServiceLibrary& hostedServiceLibrary() override { return _hostedService; }
   BookmarksLibrary& bookmarksLibrary() override { return _bookmarksLibrary; }
+  MessageBus& messageBus() override { return _bus; }
   LocalClock& clock() override { return _clock; }
 
  protected:
@@ -79,6 +83,7 @@ class LinuxPlatform : public Platform {
   LinuxFileSystem _fileSystem;
 
  private:
+  LinuxFileWatching _fileWatching;
   LinuxDirectories _directories;
   DeviceBus _bus;
   LinuxPreferences _preferences;

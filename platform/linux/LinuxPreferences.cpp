@@ -15,7 +15,7 @@ Value LinuxPreferences::valueForKey(std::string_view key, std::string_view domai
 void LinuxPreferences::postChangedNotice(std::string_view applicationIdentifier,
                                          std::string_view key) {
   _bus.emit({"/com/orvane/Preferences", "com.orvane.Preferences", "Changed"},
-            {std::string(applicationIdentifier), std::string(key)});
+            {{std::string(applicationIdentifier), std::string(key)}});
 }
 
 }  // namespace tallbook

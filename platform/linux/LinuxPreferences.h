@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/MessageBus.h"
 #include "platform/Preferences.h"
 #include "platform/WellKnownDirectories.h"
-#include "platform/linux/DeviceBus.h"
 #include "platform/linux/DeviceRoot.h"
 
 namespace tallbook {
@@ -11,8 +11,7 @@ namespace tallbook {
 /// device's message bus.
 class LinuxPreferences final : public Preferences {
  public:
-  LinuxPreferences(const DeviceRoot& root, const WellKnownDirectories& directories,
-                   const DeviceBus& bus)
+  LinuxPreferences(const DeviceRoot& root, const WellKnownDirectories& directories, MessageBus& bus)
       : _root(root), _directories(directories), _bus(bus) {}
 
   Value valueForKey(std::string_view key, std::string_view domain) override;
@@ -21,7 +20,7 @@ class LinuxPreferences final : public Preferences {
  private:
   const DeviceRoot& _root;
   const WellKnownDirectories& _directories;
-  const DeviceBus& _bus;
+  MessageBus& _bus;
 };
 
 }  // namespace tallbook

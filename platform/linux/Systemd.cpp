@@ -19,6 +19,7 @@ std::optional<Systemd> loaded() {
   library.find(systemd.bus_open_user, "sd_bus_open_user");
   library.find(systemd.bus_message_new_signal, "sd_bus_message_new_signal");
   library.find(systemd.bus_message_append_basic, "sd_bus_message_append_basic");
+  library.find(systemd.bus_message_append_strv, "sd_bus_message_append_strv");
   library.find(systemd.bus_message_unref, "sd_bus_message_unref");
   library.find(systemd.bus_send, "sd_bus_send");
   library.find(systemd.bus_is_ready, "sd_bus_is_ready");

@@ -21,6 +21,7 @@ struct Systemd {
   decltype(&::sd_bus_open_user) bus_open_user = nullptr;
   decltype(&::sd_bus_message_new_signal) bus_message_new_signal = nullptr;
   decltype(&::sd_bus_message_append_basic) bus_message_append_basic = nullptr;
+  decltype(&::sd_bus_message_append_strv) bus_message_append_strv = nullptr;
   decltype(&::sd_bus_message_unref) bus_message_unref = nullptr;
   decltype(&::sd_bus_send) bus_send = nullptr;
   decltype(&::sd_bus_is_ready) bus_is_ready = nullptr;

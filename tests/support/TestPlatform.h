@@ -36,6 +36,7 @@ class TestPlatform final : public Platform {
   FileSystem& realFileSystem() { return _linux->fileSystem(); }
 
   FileSystem& fileSystem() override { return *_fileSystem; }
+  FileWatching& fileWatching() override { return _linux->fileWatching(); }
   WellKnownDirectories& directories() override { return _linux->directories(); }
   Preferences& preferences() override { return capturedPreferences; }
   NamedLock& namedLock() override { return _linux->namedLock(); }
@@ -50,6 +51,7 @@ class TestPlatform final : public Platform {
   ExternalSyncSources& externalSyncSources() override { return syncSources; }
   HostedServiceLibrary& hostedServiceLibrary() override { return hostedService; }
   BookmarksLibrary& bookmarksLibrary() override { return bookmarks; }
+  MessageBus& messageBus() override { return _linux->messageBus(); }
   LocalClock& clock() override { return localClock; }
 };
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "tallbook/String.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// A key of an account that came, went, or has another value. A null value may be stored like any
+/// other; it is not the same as none.
+struct ChangedKey {
+  String key;
+  std::optional<Value> before;  ///< none where the key was added
+  std::optional<Value> now;     ///< none where it was removed
+};
+
+/// What became of an account, or of a child of one, between two states of the accounts file. All
+/// that it holds is frozen.
+struct ChangedAccount {
+  enum class Kind { Removed, Changed, Added };
+
+  Kind kind = Kind::Changed;
+  String identifier;  ///< null for a record that has none
+  bool isChild = false;
+  String parent;  ///< identifier of the account whose child it is; null for others
+  String type;    ///< as it is now; of a removed one as it was
+
+  /// What is enabled, in canonical order, as `BasicAccount::enabledDataclasses` answers for the
+  /// record as it was and as it is, by today's restrictions. Null where no list is stored, and
+  /// where there was or is no account.
+  ArrayRef dataclassesBefore, dataclassesNow;
+  /// All that differs in the record itself; all its keys for an added or removed one. Children are
+  /// told on their own, so "ChildAccounts" is among the keys only where its value changed and no
+  /// child did, as when an empty list goes.
+  std::vector<ChangedKey> keys;
+
+  DictionaryRef before;  ///< the whole record; null for an added one
+  DictionaryRef now;     ///< null for a removed one
+};
+
+}  // namespace tallbook

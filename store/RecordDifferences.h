@@ -1,0 +1,16 @@
+#pragma once
+
+#include <vector>
+
+#include "tallbook/ChangedAccount.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// What differs between two states of the accounts file, in the order and by the rules that
+/// `AccountsWatcher::Answer` describes. The records must be frozen. Takes one comparison of the
+/// records, and little more for each that differs.
+std::vector<ChangedAccount> differencesBetween(const std::vector<DictionaryRef>& before,
+                                               const std::vector<DictionaryRef>& now);
+
+}  // namespace tallbook
