@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "tallbook/Vocabulary.h"
+
 #include "platform/Platform.h"
 #include "store/AccountsFile.h"
 #include "store/WatchedAccounts.h"
@@ -45,7 +47,7 @@ MessageBus::Arguments announcementOf(const ChangedAccount& account) {
   keys.reserve(account.keys.size());
   for (const ChangedKey& key : account.keys) keys.push_back(key.key.str());
   return {nameOf(account.kind),           account.type.str(),
-          account.identifier.str(),       account.parent.str(),
+          account.identifier.str(),       account.parent[kAccountIdentifier].string().str(),
           dataclassesSwitchedIn(account), std::move(keys)};
 }
 
@@ -100,7 +102,7 @@ std::error_code AccountsWatcher::descriptorProblem() const noexcept {
 AccountsWatcher::Answer AccountsWatcher::changes() {
   const bool mayHaveChanged = !_state->watch || _state->watch->takeNotices();
   Answer answer;
-  if (!mayHaveChanged && !_state->hasToLook) return answer;
+  if (!mayHaveChanged && !_state->hasToLook && !descriptorProblem()) return answer;
   // Until all of it is told, which may throw.
   _state->hasToLook = true;
   const AccountsFile file = AccountsFile::read();

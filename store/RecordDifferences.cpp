@@ -118,8 +118,7 @@ class Comparison {
                   : !sides.accountNow  ? Kind::Removed
                                        : Kind::Changed;
     change.identifier = sides.present()[kAccountIdentifier].string();
-    change.isChild = _parent != nullptr;
-    if (_parent) change.parent = _parent->present()[kAccountIdentifier].string();
+    if (_parent) change.parent = _parent->present();
     change.type = sides.present()[kAccountType].string();
     change.dataclassesBefore = enabledDataclassesOf(sides.accountBefore);
     change.dataclassesNow = enabledDataclassesOf(sides.accountNow);

@@ -23,9 +23,9 @@ struct ChangedAccount {
 
   Kind kind = Kind::Changed;
   String identifier;  ///< null for a record that has none
-  bool isChild = false;
-  String parent;  ///< identifier of the account whose child it is; null for others
-  String type;    ///< as it is now; of a removed one as it was
+  String type;        ///< as it is now; of a removed one as it was
+  /// Of a child, the record of its account: as it is now, else as it was. Null for an account.
+  DictionaryRef parent;
 
   /// What is enabled, in canonical order, as `BasicAccount::enabledDataclasses` answers for the
   /// record as it was and as it is, by today's restrictions. Null where no list is stored, and

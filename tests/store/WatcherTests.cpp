@@ -34,8 +34,9 @@ Lines shown(const std::vector<ChangedAccount>& changes) {
   Lines lines;
   for (const ChangedAccount& change : changes) {
     std::string line(1, "-~+"[static_cast<int>(change.kind)]);
-    line += " " + (change.isChild ? change.parent.str() + ">" : "") + change.identifier.str() +
-            " [" + shown(change.dataclassesBefore) + "->" + shown(change.dataclassesNow) + "]";
+    line += " " + (change.parent ? change.parent[kAccountIdentifier].string().str() + ">" : "") +
+            change.identifier.str() + " [" + shown(change.dataclassesBefore) + "->" +
+            shown(change.dataclassesNow) + "]";
     for (const ChangedKey& key : change.keys) {
       if (change.kind != ChangedAccount::Kind::Changed) continue;
       line += " " + key.key.str() + ":" + (key.before ? key.before->description() : "") + ">" +

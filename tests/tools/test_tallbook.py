@@ -10,6 +10,7 @@ import plistlib
 import pty
 import re
 import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -504,6 +505,94 @@ class Comparing(ToolTest):
                         before, after = after, before
                     self.assertEqual(before, records)
                     self.assertEqual([r["Type"] for r in after], ["Gmail"])
+
+
+class Watching(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write(family())
+        # A baseline that lacks the child c2: its line tells that the watcher is there.
+        known = family()
+        known[1]["ChildAccounts"].pop()
+        self.baseline = os.path.join(self.root, "baseline")
+        self.write(known, self.baseline, BaselineVersion=1)
+
+    def watch(self, *arguments):
+        watcher = self.start("watch", "--since", self.baseline, *arguments)
+        self.addCleanup(watcher.kill)
+        self.addCleanup(watcher.stdout.close)
+        self.addCleanup(watcher.stderr.close)
+        return watcher
+
+    def line(self, watcher):
+        time, text = watcher.stdout.readline().rstrip("\n").split("  ", 1)
+        datetime.datetime.strptime(time, "%Y-%m-%d %H:%M:%S")
+        return text
+
+    def test_a_line_a_change_until_it_is_stopped_and_from_there_on_the_next_time(self):
+        watcher = self.watch("--keep", self.baseline)
+        self.assertEqual(self.line(watcher), "Umbrella > CalDAV: added, CalDAV c2")
+        for arguments, expected in [
+                (("disable", "m1", "Mail"), "Büro: Mail off"),
+                (("set", "m1", "DisplayName", "A\nB"), 'Büro: DisplayName "Büro" -> "A\\nB"'),
+                (("set", "m1", "Server", "x"), 'A\\x0aB: Server added: "x"'),
+                (("unset", "m1", "Server"), 'A\\x0aB: Server removed: "x"'),
+                (("remove", "c2"), "Umbrella > CalDAV: removed, CalDAV c2")]:
+            self.run_tool(*arguments)
+            self.assertEqual(self.line(watcher), expected)
+        with open(self.path, "wb") as file:
+            file.write(b"junk")
+        self.assertIn("the accounts file is none: ", self.line(watcher))
+        self.write([mail("m1")])
+        self.assertEqual(self.line(watcher), "the accounts file can be read again")
+        for expected in ["Umbrella: removed, OrvaneAccount p1", "Umbrella > CalDAV: removed, CalDAV c1"]:
+            self.assertEqual(self.line(watcher), expected)
+        self.assertIn("A\\x0aB: ", self.line(watcher))
+        watcher.send_signal(signal.SIGINT)
+        self.assertEqual((watcher.wait(60), watcher.stdout.read(), watcher.stderr.read()), (DONE, "", ""))
+        self.assertEqual(os.stat(self.baseline).st_mode & 0o777, 0o600)
+        self.run_tool("set", "m1", "DisplayName", "Work")
+        again = self.run_tool("watch", "--since", self.baseline, "--once")
+        self.assertIn(': DisplayName added: "Work"', again)
+
+    def test_json_types_and_the_reader_who_goes_away(self):
+        watcher = self.watch("--json", "--type", "Mail")
+        self.run_tool("set", "p1", "Port", "1")
+        self.run_tool("set", "m1", "Port", "143")
+        line = json.loads(watcher.stdout.readline())
+        self.assertEqual(line["time"][-1], "Z")
+        self.assertEqual([line[key] for key in ("change", "identifier", "type", "name", "keys")],
+                         ["changed", "m1", "Mail", "Büro", {"Port": {"before": 993, "after": 143}}])
+        watcher.stdout.close()
+        self.assertEqual(watcher.wait(60), DONE)
+        for arguments, code in [(("--since", self.path), UNREADABLE), (("--type", "Nonsense"), USAGE),
+                                (("--keep", self.root + "/none/file"), NOT_SAVED)]:
+            self.run_tool("watch", *arguments, expect=code)
+
+    def test_the_bus_is_told_names_and_no_values(self):
+        os.makedirs(os.path.join(self.root, "run/dbus"))
+        address = "unix:path=" + os.path.join(self.root, "run/dbus/system_bus_socket")
+        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1",
+                                "--address=" + address], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.addCleanup(bus.stdout.close)
+        self.addCleanup(bus.wait)
+        self.addCleanup(bus.kill)
+        bus.stdout.readline()
+        listener = subprocess.Popen(["dbus-monitor", "--address", address, "interface='com.orvane.Tallbook1'"],
+                                    stdout=subprocess.PIPE, text=True)
+        self.addCleanup(listener.stdout.close)
+        self.addCleanup(listener.wait)
+        self.addCleanup(listener.kill)
+        while "NameLost" not in listener.stdout.readline():
+            pass  # the sign that it listens
+        self.run_tool("disable", "m1", "Mail")
+        self.assertEqual(self.run_tool("watch", "--since", self.baseline, "--bus", "--once"), "")
+        heard = ""
+        while 'string "c2"' not in heard:
+            heard += listener.stdout.readline()
+        first, second = (re.findall(r'string "(.*)"', signal) for signal in heard.split("AccountsChanged")[1:])
+        self.assertEqual(first, ["changed", "Mail", "m1", "", dataclass("Mail"), "Enabled Dataclasses"])
+        self.assertEqual(second, ["added", "CalDAV", "c2"])
 
 
 if __name__ == "__main__":

@@ -56,4 +56,15 @@ ExitCode init(const std::string& folder);
 /// Gives up after so many seconds.
 ExitCode wait(const std::optional<double>& seconds);
 
+/// What `watch` is to do.
+struct WatchOptions {
+  std::vector<std::string> types;  ///< only accounts of these, where there are some
+  std::string since;               ///< file of the baseline to begin with; empty for now
+  std::string keep;                ///< file to keep the baseline in; empty for none
+  bool once = false;               ///< end after the first change
+  bool bus = false;                ///< tell the message bus instead of printing
+};
+/// Prints a line for each change until it is stopped.
+ExitCode watch(const Options& options, const WatchOptions& watching);
+
 }  // namespace tallbook::tool

@@ -1,4 +1,3 @@
-#include <ctime>
 #include <iostream>
 
 #include "tallbook/AccountsHistory.h"
@@ -8,6 +7,7 @@
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/EditableStore.h"
 #include "tools/tallbook/FileDifferences.h"
+#include "tools/tallbook/LocalTimeText.h"
 
 namespace tallbook::tool {
 namespace {
@@ -17,15 +17,6 @@ std::vector<AccountsGeneration> generations() {
   if (list.problem.empty()) return std::move(list.generations);
   throw Failure(ExitCode::Unreadable,
                 "the generations cannot be listed: " + list.problem + "; run as mobile");
-}
-
-/// In the device's time zone.
-std::string timeOf(const AccountsGeneration& generation) {
-  const auto seconds = std::chrono::floor<std::chrono::seconds>(generation.kept);
-  const std::time_t time = seconds.time_since_epoch().count();
-  char text[32];
-  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&time));
-  return text;
 }
 
 /// What the saves after a generation changed, until the next one was kept.
@@ -109,8 +100,8 @@ ExitCode history(const Options& options, bool forget) {
       }
       array.push_back(std::move(object));
     } else {
-      table.add(
-          {generation.name, timeOf(generation), std::to_string(generation.size), change.text()});
+      table.add({generation.name, localTimeText(generation.kept), std::to_string(generation.size),
+                 change.text()});
     }
     after = std::move(before);
   }

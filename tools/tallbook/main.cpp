@@ -75,6 +75,7 @@ class CommandLine {
   std::string before, after, generation;
   bool forget = false;
   std::vector<std::string> types;
+  WatchOptions watching;
 };
 
 // Declaring all commands takes longer than reading an account, so it is only those that the words
@@ -163,6 +164,21 @@ void CommandLine::declareReading(CLI::App& app) {
       [this](CLI::App& sub) {
         sub.add_option("--timeout", seconds, "Give up after so many seconds")
             ->check(CLI::NonNegativeNumber);
+      });
+
+  command(
+      app, "watch", "A line for each change of an account, until stopped",
+      [this] { return watch(options, watching); },
+      [this](CLI::App& sub) {
+        sub.add_option("--type", watching.types, "Only accounts of the account type")
+            ->expected(1)
+            ->take_all();
+        sub.add_option("--since", watching.since, "Begin with what happened since FILE was kept")
+            ->type_name("FILE");
+        sub.add_option("--keep", watching.keep, "Keep in FILE how far changes were told")
+            ->type_name("FILE");
+        sub.add_flag("--once", watching.once, "End after the first change");
+        sub.add_flag("--bus", watching.bus, "Tell the message bus, names only, and print nothing");
       });
 
   command(

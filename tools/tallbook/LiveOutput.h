@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+namespace tallbook::tool {
+
+/// Standard output of a command that goes on until somebody stops it, by ctrl-C, by SIGTERM, or by
+/// reading no more of what it prints. None of that ends the process by itself any more.
+class LiveOutput {
+ public:
+  LiveOutput();
+  ~LiveOutput();
+  LiveOutput(const LiveOutput&) = delete;
+  LiveOutput& operator=(const LiveOutput&) = delete;
+
+  /// Waits until the descriptor is readable, or `milliseconds` are over; no limit where they are
+  /// negative. False when the command is to end.
+  bool waitFor(int descriptor, int milliseconds);
+  /// Prints the line whole and at once. False when the command is to end. Throws Failure where it
+  /// cannot be printed for another reason.
+  bool print(const std::string& line);
+
+ private:
+  int _stop;  ///< readable when the command is to end
+};
+
+}  // namespace tallbook::tool
