@@ -5,6 +5,8 @@
 //   store RECORDS CHILDREN        medians over several rounds, in nanoseconds
 //   first RECORDS                 nanoseconds of the process's first load and first save
 //   memory RECORDS CHILDREN       growth of the process's peak memory by a load, in bytes
+//   watch RECORDS                 medians of a load and of a watcher's answer about one account, in
+//                                 nanoseconds; what a store and a watcher hold, in bytes
 //   legacy ACCOUNTS | zero ACCOUNTS
 //                                 nanoseconds of a migration of legacy files or of an accounts file
 //                                 of version 0, and of its loads and saves alone
@@ -22,6 +24,7 @@
 #include <vector>
 
 #include "tallbook/AccountsManager.h"
+#include "tallbook/AccountsWatcher.h"
 #include "tallbook/PropertyList.h"
 
 #include "bench/BenchDevice.h"
@@ -187,6 +190,40 @@ void memory(const Arguments& arguments) {
   print("file", static_cast<double>(readBytes(AccountsManager::fullPathToTallbookPlist()).size()));
 }
 
+/// What the process has taken from the allocator and not given back.
+double heldMemory() {
+  const auto heap = mallinfo2();
+  return static_cast<double>(heap.uordblks + heap.hblkhd);
+}
+
+void watch(const Arguments& arguments) {
+  const std::size_t records = std::stoul(arguments.at(0));
+  const BenchDevice device(records, 0);
+  // The catalogue of account types is neither's.
+  BasicAccount::initialize();
+  const double before = heldMemory();
+  const auto store = AccountsManager::init();
+  const double withStore = heldMemory();
+  const auto watcher = AccountsWatcher::fromNow();
+  const double withWatcher = heldMemory();
+  const auto account = store->accountWithIdentifier(identifierOf(records / 2).str());
+  std::map<std::string, std::vector<double>> figures;
+  for (int round = 0; round < 101; ++round) {
+    figures["load"].push_back(nanosecondsOnATidyHeap([] { return AccountsManager::init(); }));
+    account->setAccountPropertyForKey(round, "PortNumber");
+    if (!store->saveChanges().isSaved) throw std::runtime_error("the save failed");
+    AccountsWatcher::Answer answer;
+    figures["answer"].push_back(nanosecondsOnATidyHeap([&] {
+      answer = watcher->changes();
+      return 0;
+    }));
+    if (answer.accounts.size() != 1) throw std::runtime_error("another answer than expected");
+  }
+  for (const auto& [name, values] : figures) print(name.c_str(), median(values));
+  print("store", withStore - before);
+  print("watcher", withWatcher - withStore);
+}
+
 double readAndDecode(const char* path) {
   return nanoseconds([&] {
     std::error_code error;
@@ -270,6 +307,7 @@ int main(int count, char** words) {
       {"store", store},
       {"first", first},
       {"memory", memory},
+      {"watch", watch},
       {"legacy", [](const Arguments& rest) { migration(Before::LegacyFiles, rest); }},
       {"zero", [](const Arguments& rest) { migration(Before::VersionZero, rest); }}};
   Arguments arguments(words + 1, words + count);

@@ -108,6 +108,10 @@ def ratios(folder):
     yield "load: time a parent of 5 children, 10,000 / 1,000", growth, 1.5, False
     memory = figures(measure, "memory", "100000", "0")
     yield "peak memory of a load / file, 100,000 records", memory["peak"] / memory["file"], 12, False
+    watch = [figures(measure, "watch", "1000") for _ in range(REPEATS)]
+    share = statistics.median(run["answer"] / run["load"] for run in watch)
+    yield "watcher's answer about one account / load, 1,000 records", share, 1.3, False
+    yield "memory of a watcher / of a store, 1,000 records", watch[0]["watcher"] / watch[0]["store"], 1, False
     for kind, name in (("legacy", "legacy files"), ("zero", "version 0")):
         few, many = (migration(measure, kind, count) for count in (1000, 10000))
         growth = many["migration"] / few["migration"] / 10

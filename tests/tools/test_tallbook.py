@@ -590,7 +590,7 @@ class Watching(ToolTest):
         heard = ""
         while 'string "c2"' not in heard:
             heard += listener.stdout.readline()
-        first, second = (re.findall(r'string "(.*)"', signal) for signal in heard.split("AccountsChanged")[1:])
+        first, second = (re.findall(r'string "(.*)"', message) for message in heard.split("AccountsChanged")[1:])
         self.assertEqual(first, ["changed", "Mail", "m1", "", dataclass("Mail"), "Enabled Dataclasses"])
         self.assertEqual(second, ["added", "CalDAV", "c2"])
 
