@@ -1,6 +1,7 @@
-"""Two processes hold the same accounts and save one after the other; both changes must be kept.
+"""Two processes hold the same accounts and save one after the other; both changes must be kept, and a
+third process hears of all of them.
 
-Usage: test_clients.py TOOL CLIENT MODULE FURNISHER
+Usage: test_clients.py TOOL CLIENT WATCHER MODULE FURNISHER
 """
 
 import os
@@ -10,7 +11,7 @@ import subprocess
 import sys
 import tempfile
 
-tool, client, module, furnisher = sys.argv[1:5]
+tool, client, watcher, module, furnisher = sys.argv[1:6]
 
 
 class Client:
@@ -38,6 +39,11 @@ with tempfile.TemporaryDirectory() as folder:
         with open(path, "rb") as file:
             return {record["Identifier"]: record for record in plistlib.load(file)["Accounts"]}
 
+    # Without a baseline a watcher begins with the accounts as they are, and keeps one.
+    baseline = os.path.join(folder, "baseline")
+    watching = [watcher, root, baseline]
+    assert subprocess.run(watching, input="", capture_output=True, text=True, check=True).stdout == ""
+
     logs = [os.path.join(folder, name) for name in ("first", "second")]
     wanted = accounts()
     first = Client(root, "WORK:DisplayName=1", "WORK:DaysToSync", "GMAIL:DisplayName=1",
@@ -53,6 +59,14 @@ with tempfile.TemporaryDirectory() as folder:
     assert accounts() == wanted, accounts()
     assert list(accounts()) == list(wanted), "the order of the records changed"
     subprocess.run([tool, "--root", root, "check"], check=True)
+
+    heard = subprocess.Popen(watching, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+    caught_up = [heard.stdout.readline() for _ in range(3)]
+    assert sorted(caught_up) == ["look again at GMAIL: DisplayName\n", "look again at POP: Port\n",
+                                 "look again at WORK: DisplayName Username New DaysToSync\n"], caught_up
+    subprocess.run([tool, "--root", root, "remove", "POP"], check=True)
+    assert heard.stdout.readline() == "forget POP\n"
+    assert heard.communicate("", timeout=60)[0] == "" and heard.returncode == 0
 
     told = [open(log).read().splitlines() for log in logs]
     assert [lines[0] for lines in told] == ["batch of 2:", "batch of 3:"], told
