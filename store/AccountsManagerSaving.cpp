@@ -149,9 +149,9 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
     if (isReadable) records = makeRecords(file);
     if (!records) return true;
     std::optional<Cause> cause = keep == KeepGeneration::Always ? Cause::Restore : Cause::Save;
-    std::vector<Value> written;
+    std::vector<Value> ofMigration;
     if (_savesOfMigration) {
-      written = *records;
+      ofMigration = *records;
       cause = _savesOfMigration->causeToKeep(file);
     }
     const ArrayRef written = _leftOutOf.empty() ? nullptr : Array::make(*records);
@@ -160,7 +160,7 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
     if (replacement == Replacement::Done) leaveOutOfWatchers(file.records(), written);
     if (_savesOfMigration && replacement == Replacement::Done) {
       _savesOfMigration->known = save.version;
-      _savesOfMigration->records = std::move(written);
+      _savesOfMigration->records = std::move(ofMigration);
     }
     _saveFailure = std::move(save.failure);
     _generationFailure = std::move(save.generationFailure);
