@@ -33,6 +33,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kLast = "LAST";
+/// What the watching process changes itself, and nobody else.
+constexpr const char* kOwnKey = "Own";
+constexpr std::string_view kOwnAccounts = "OWN";
 constexpr int kMostMillisecondsOfSilence = 30'000;
 
 /// What the processes have in common: it lies in memory that they share.
@@ -92,11 +95,24 @@ void runSaver(Progress& progress, unsigned saves) {
   save([](AccountsManager& store) { store.insertAccount(account(kLast)); });
 }
 
+/// What the watching process saves itself, and does not want to hear of.
+void saveOwn(AccountsWatcher& watcher, unsigned number) {
+  save([&](AccountsManager& store) {
+    watcher.leaveOutChangesOf(store);
+    const std::string name(kOwnAccounts);
+    store.insertAccount(account(name + std::to_string(number)));
+    store.deleteAccountWithIdentifier(name + std::to_string(number - 1));
+    const auto present = store.accountWithIdentifier("A" + std::to_string(number % 30));
+    if (present) present->setAccountPropertyForKey(number, kOwnKey);
+  });
+}
+
 /// Records by identifier, children by their parent's and their own.
 class Picture {
  public:
   void apply(const ChangedAccount& change) {
     const std::string name = nameOf(change.parent, change.identifier);
+    if (name.starts_with(kOwnAccounts)) throw std::runtime_error("told of " + name);
     if (change.kind == ChangedAccount::Kind::Removed) {
       if (_records.erase(name) != 1) throw std::runtime_error(name + " was removed twice");
       return;
@@ -107,7 +123,8 @@ class Picture {
     }
     if (!record) record = Dictionary::make();
     for (const auto& [key, before, now] : change.keys) {
-      if (key == kAccountChildAccounts) continue;  // children have records of their own
+      // Children have records of their own, and the own key may be set by nobody who is told of.
+      if (key == kAccountChildAccounts || key == kOwnKey) continue;
       const Value* const known = record->find(key);
       if (known ? before != *known : before.has_value()) {
         throw std::runtime_error("another value before of " + name + " " + key.str());
@@ -143,7 +160,9 @@ class Picture {
       const DictionaryRef present = element.dictionary()->mutableCopy();
       if (!parent) add(present, present[kAccountChildAccounts].array());
       present->remove(kAccountChildAccounts);
-      _records[nameOf(parent, present[kAccountIdentifier].string())] = present;
+      present->remove(kOwnKey);
+      const std::string name = nameOf(parent, present[kAccountIdentifier].string());
+      if (!name.starts_with(kOwnAccounts)) _records[name] = present;
     }
   }
 
@@ -188,6 +207,7 @@ struct Scenario {
   const char* name;
   Wait way = Wait::Poll;
   unsigned answersBetweenRestarts = 0;
+  bool savesItself = false;
   /// What happens to the watching process and to the folder, again and again.
   std::function<void(pid_t watching)> disturb = {};
 };
@@ -213,6 +233,7 @@ bool runWatcher(const Scenario& scenario, int ready) {
     changes += answer.accounts.size();
     if (answer) ++answers;
     if (picture.hasLast()) break;
+    if (answer && scenario.savesItself) saveOwn(*watcher, answers);
     if (answer && scenario.answersBetweenRestarts &&
         answers % scenario.answersBetweenRestarts == 0) {
       watcher = restarted(std::move(watcher));
@@ -336,11 +357,12 @@ int answer(int argc, char** argv) {
        {Scenario{"watched with poll"},
         Scenario{"with epoll, level-triggered", Wait::LevelTriggered},
         Scenario{"with epoll, edge-triggered", Wait::EdgeTriggered},
-        Scenario{"stopped again and again", Wait::EdgeTriggered, 0, stopForAWhile},
-        Scenario{"notices lost", Wait::EdgeTriggered, 0, overflow},
-        Scenario{"folder removed and made again", Wait::EdgeTriggered, 0, takeFolderAway},
+        Scenario{"stopped again and again", Wait::EdgeTriggered, 0, false, stopForAWhile},
+        Scenario{"notices lost", Wait::EdgeTriggered, 0, false, overflow},
+        Scenario{"folder removed and made again", Wait::EdgeTriggered, 0, false, takeFolderAway},
         Scenario{"restarted after every seventh answer", Wait::Poll, 7},
-        Scenario{"restarted, folder removed", Wait::EdgeTriggered, 7, takeFolderAway}}) {
+        Scenario{"saving itself, which is left out", Wait::Poll, 0, true},
+        Scenario{"restarted, folder removed", Wait::EdgeTriggered, 7, false, takeFolderAway}}) {
     isWell &= run(scenario, progress, saves);
   }
   isWell &= isIdleForNothing();
