@@ -73,7 +73,7 @@ class TALLBOOK_EXPORT AccountsWatcher {
   /// it or close it. -1 where the system has no watch to give: then `changes` looks at the file
   /// whenever it is called.
   ///
-  /// A save wakes once, where the file is replaced, and a save that changes nothing wakes nobody.
+  /// A save wakes once, when the file is replaced, and one that has nothing to write wakes nobody.
   /// It may be readable without a change, as when another file of the folder is replaced.
   int descriptor() const noexcept;
   /// Why the descriptor may not tell of the next change: a folder that may not be read, or the

@@ -23,7 +23,7 @@ namespace {
 
 }  // namespace
 
-LiveOutput::LiveOutput() {
+LiveOutput::LiveOutput(bool isPrintedTo) : _printedTo(isPrintedTo ? STDOUT_FILENO : -1) {
   sigset_t stopping;
   sigemptyset(&stopping);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stopping, signal);
@@ -40,7 +40,7 @@ LiveOutput::~LiveOutput() {
 
 bool LiveOutput::waitFor(int descriptor, int milliseconds) {
   // Of the output only its end is asked for, which is always told.
-  pollfd waiting[] = {{_stop, POLLIN, 0}, {STDOUT_FILENO, 0, 0}, {descriptor, POLLIN, 0}};
+  pollfd waiting[] = {{_stop, POLLIN, 0}, {_printedTo, 0, 0}, {descriptor, POLLIN, 0}};
   if (::poll(waiting, std::size(waiting), milliseconds) < 0 && errno != EINTR) {
     fail("changes cannot be waited for");
   }
@@ -53,12 +53,12 @@ bool LiveOutput::print(const std::string& line) {
   // has stopped reading does not keep the command from ending.
   constexpr std::size_t kPiece = PIPE_BUF;
   for (std::string_view left = text; !left.empty();) {
-    pollfd waiting[] = {{_stop, POLLIN, 0}, {STDOUT_FILENO, POLLOUT, 0}};
+    pollfd waiting[] = {{_stop, POLLIN, 0}, {_printedTo, POLLOUT, 0}};
     if (::poll(waiting, std::size(waiting), -1) < 0 && errno != EINTR)
       fail("nothing can be printed");
     if (waiting[0].revents != 0) return false;
     if (waiting[1].revents == 0) continue;
-    const ssize_t written = ::write(STDOUT_FILENO, left.data(), std::min(left.size(), kPiece));
+    const ssize_t written = ::write(_printedTo, left.data(), std::min(left.size(), kPiece));
     if (written < 0 && errno == EPIPE) return false;
     if (written < 0 && errno != EINTR && errno != EAGAIN) fail("the result could not be printed");
     if (written > 0) left.remove_prefix(static_cast<std::size_t>(written));

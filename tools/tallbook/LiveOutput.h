@@ -8,7 +8,8 @@ namespace tallbook::tool {
 /// reading no more of what it prints. None of that ends the process by itself any more.
 class LiveOutput {
  public:
-  LiveOutput();
+  /// Where nothing is going to be printed, nobody need read it either.
+  explicit LiveOutput(bool isPrintedTo);
   ~LiveOutput();
   LiveOutput(const LiveOutput&) = delete;
   LiveOutput& operator=(const LiveOutput&) = delete;
@@ -21,7 +22,8 @@ class LiveOutput {
   bool print(const std::string& line);
 
  private:
-  int _stop;  ///< readable when the command is to end
+  int _printedTo;  ///< -1 for none
+  int _stop;       ///< readable when the command is to end
 };
 
 }  // namespace tallbook::tool

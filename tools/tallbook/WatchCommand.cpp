@@ -64,7 +64,7 @@ JSON jsonFrom(const AccountsFileState& state) {
 class Watch {
  public:
   Watch(const Options& options, const WatchOptions& watching)
-      : _options(options), _watching(watching), _watcher(makeWatcher()) {}
+      : _options(options), _watching(watching), _output(!watching.bus), _watcher(makeWatcher()) {}
 
   ExitCode run() {
     keep();
