@@ -15,8 +15,10 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import xml.etree.ElementTree
 
 TOOL = ""
+INTERFACE = os.path.join(os.path.dirname(__file__), "../../tools/bus/com.orvane.Tallbook1.xml")
 DONE, NOT_FOUND, USAGE, UNREADABLE, NOT_SAVED, NOT_PRINTED = range(6)
 OTHER_USER = 65534
 
@@ -593,6 +595,9 @@ class Watching(ToolTest):
         first, second = (re.findall(r'string "(.*)"', message) for message in heard.split("AccountsChanged")[1:])
         self.assertEqual(first, ["changed", "Mail", "m1", "", dataclass("Mail"), "Enabled Dataclasses"])
         self.assertEqual(second, ["added", "CalDAV", "c2"])
+        described = xml.etree.ElementTree.parse(INTERFACE).iter("arg")
+        self.assertEqual(re.findall(r"^   (string|array)", heard.split("AccountsChanged")[1], re.MULTILINE),
+                         [{"s": "string", "as": "array"}[argument.get("type")] for argument in described])
 
 
 if __name__ == "__main__":
