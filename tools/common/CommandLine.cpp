@@ -1,8 +1,11 @@
 #include "tools/common/CommandLine.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
+#include "tools/common/Outcome.h"
 #include "tools/common/Output.h"
 
 namespace tallbook::tool {
@@ -10,7 +13,6 @@ namespace tallbook::tool {
 void SharedOptions::declare(CLI::App& app) {
   app.set_version_flag("--version", std::string(kProgram) + " " + TALLBOOK_VERSION);
   app.add_option("--root", host.root, "Root of the device tree; the running system without it")
-      ->check(CLI::ExistingDirectory)
       ->envname("TALLBOOK_ROOT");
   app.add_flag("--json", json, "Print JSON");
   const auto verbose = [this](std::int64_t) { host.log = HostOptions::Log::StandardError; };
@@ -20,6 +22,15 @@ void SharedOptions::declare(CLI::App& app) {
   app.add_flag("--trust-modules", host.trustsModules,
                "Load the modules of a device tree that belongs to another user");
   host.log = HostOptions::Log::Nowhere;
+}
+
+void SharedOptions::configure() const {
+  std::error_code unknown;
+  if (!host.root.empty() && !std::filesystem::is_directory(host.root, unknown)) {
+    throw Failure(ExitCode::Usage, "there is no folder " + host.root +
+                                       " to be the root of a device; \"tallbook init\" makes one");
+  }
+  configureHost(host);
 }
 
 std::optional<int> parse(CLI::App& app, int argc, char** argv, SharedOptions& options, int usage) {

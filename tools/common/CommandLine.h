@@ -14,6 +14,8 @@ struct SharedOptions {
   bool replaceUnreadable = false;  ///< a file that is no accounts file may be replaced
 
   void declare(CLI::App& app);
+  /// Sets the process up. Throws Failure for a root that is no folder.
+  void configure() const;
 };
 
 /// Parses the command line, whose first word is the program, and settles how errors are told. The

@@ -100,7 +100,7 @@ int report(const Migration& migration, const CommandLine& line) {
 }
 
 int run(const CommandLine& line) {
-  configureHost(line.shared.host);
+  line.shared.configure();
   const std::string module =
       line.module.empty() ? TALLBOOK_LIBRARY : std::filesystem::absolute(line.module).string();
   const auto migrator = migratorOfModule(module, line.className);
@@ -123,7 +123,8 @@ int answer(int argc, char** argv) {
   } catch (const ModuleFailure& failure) {
     return tool::fail(failure.what(), static_cast<int>(Exit::NoModule));
   } catch (const tool::Failure& failure) {
-    return tool::fail(failure.what(), static_cast<int>(Exit::NotMigrated));
+    const bool isUsage = failure.code() == tool::ExitCode::Usage;
+    return tool::fail(failure.what(), static_cast<int>(isUsage ? Exit::Usage : Exit::NotMigrated));
   }
 }
 

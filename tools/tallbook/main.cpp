@@ -54,7 +54,8 @@ class CommandLine {
   void declareReading(CLI::App& app);
   void declareChanging(CLI::App& app);
   void command(CLI::App& app, const char* name, const char* summary,
-               std::function<ExitCode()> action, const Declare& declareArguments = {});
+               std::function<ExitCode()> action, const Declare& declareArguments = {},
+               bool isOnDevice = true);
 
   static constexpr const char* kAccount =
       "The account: its identifier, a unique beginning of that, or its name";
@@ -69,6 +70,7 @@ class CommandLine {
   std::function<ExitCode()> run;
   std::vector<std::string_view> _words;
   bool _declaresAll = false;
+  bool _isOnDevice = true;
   std::string identifier, key, text, kind, dataclass, type, name, parent, folder, helpFor;
   std::optional<std::string> className, otherwise;
   std::optional<double> seconds;
@@ -81,10 +83,14 @@ class CommandLine {
 // Declaring all commands takes longer than reading an account, so it is only those that the words
 // can mean; all of them for the help, and for words that mean none.
 void CommandLine::command(CLI::App& app, const char* commandName, const char* summary,
-                          std::function<ExitCode()> action, const Declare& declareArguments) {
+                          std::function<ExitCode()> action, const Declare& declareArguments,
+                          bool isOnDevice) {
   if (!_declaresAll && !isAmongWords(commandName)) return;
   CLI::App* const declared = app.add_subcommand(commandName, summary);
-  declared->callback([this, action = std::move(action)] { run = action; });
+  declared->callback([this, isOnDevice, action = std::move(action)] {
+    run = action;
+    _isOnDevice = isOnDevice;
+  });
   if (declareArguments) declareArguments(*declared);
 }
 
@@ -183,7 +189,8 @@ void CommandLine::declareReading(CLI::App& app) {
 
   command(
       app, "help", "How to use a command", [this, &app] { return help(app); },
-      [this](CLI::App& sub) { sub.add_option("COMMAND", helpFor, "Else all of them, by name"); });
+      [this](CLI::App& sub) { sub.add_option("COMMAND", helpFor, "Else all of them, by name"); },
+      false);
 }
 
 void CommandLine::declareChanging(CLI::App& app) {
@@ -239,7 +246,8 @@ void CommandLine::declareChanging(CLI::App& app) {
       app, "init", "Make an empty device tree to develop against", [this] { return init(folder); },
       [this](CLI::App& sub) {
         sub.add_option("DIR", folder, "A new or an empty folder")->required();
-      });
+      },
+      false);
 }
 
 std::vector<std::string> CommandLine::namesOfCommands(const CLI::App& app) {
@@ -277,7 +285,7 @@ ExitCode CommandLine::runCommand(const CLI::App& app) const {
                                        app.get_subcommands().front()->get_name());
   }
   if (!run) throw Failure(ExitCode::Usage, "what is to be done? See tallbook --help");
-  configureHost(shared.host);
+  if (_isOnDevice) shared.configure();
   return run();
 }
 
