@@ -46,8 +46,8 @@ class NewFile {
 
   /// Appends the bytes.
   virtual std::error_code write(std::string_view bytes) = 0;
-  /// Gives the file to the account `owner` and the group `group`, both by name; unknown names are
-  /// an error.
+  /// Gives the file to the account `owner` and the group `group`, both by name. An unknown name is
+  /// an invalid argument, on a device `unknownAccount` or `unknownGroup`.
   virtual std::error_code giveTo(const std::string& owner, const std::string& group) = 0;
   /// Dates the file after the one that it is to replace, flushes it to the disk and closes it. The
   /// dates along a chain of replacements only grow, so that no version comes twice.

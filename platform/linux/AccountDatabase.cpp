@@ -1,95 +1,106 @@
 #include "platform/linux/AccountDatabase.h"
 
 #include <cerrno>
-#include <charconv>
+#include <cstdio>
+#include <cstring>
 #include <grp.h>
+#include <memory>
 #include <pwd.h>
-#include <string_view>
 #include <vector>
+
+#include "platform/UnknownOwner.h"
 
 namespace tallbook {
 namespace {
 
-using Fields = std::vector<std::string_view>;
+// A database's place below a root, and the system's functions that read one entry of it.
 
-// Columns of etc/passwd and etc/group.
-constexpr std::size_t kIdentifier = 2;
-constexpr std::size_t kHome = 5;
+struct Users {
+  using Entry = passwd;
+  static constexpr const char* kPath = "/etc/passwd";
+  static constexpr auto kByName = ::getpwnam_r;
+  static constexpr auto kNextOf = ::fgetpwent_r;
+  static constexpr auto kName = &passwd::pw_name;
+  static constexpr auto kUnknown = unknownAccount;
+};
 
-std::string_view cutAt(std::string_view& rest, char separator) {
-  const auto end = rest.find(separator);
-  const auto head = rest.substr(0, end);
-  rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-  return head;
-}
+struct Groups {
+  using Entry = group;
+  static constexpr const char* kPath = "/etc/group";
+  static constexpr auto kByName = ::getgrnam_r;
+  static constexpr auto kNextOf = ::fgetgrent_r;
+  static constexpr auto kName = &group::gr_name;
+  static constexpr auto kUnknown = unknownGroup;
+};
 
-// The columns of the line of a database file that begins with `name`; none when there is no such
-// line.
-Fields lineOf(std::string_view database, std::string_view name) {
-  while (!database.empty()) {
-    std::string_view line = cutAt(database, '\n');
-    Fields fields;
-    while (!line.empty()) fields.push_back(cutAt(line, ':'));
-    if (!fields.empty() && fields.front() == name) return fields;
+/// As the system's own look-up by name, but in the bytes of a database file.
+template <class Database, class Entry>
+int lookUpIn(std::string& file, const char* name, Entry* entry, std::vector<char>& buffer,
+             Entry** found) {
+  if (file.empty()) return ENOENT;
+  const auto close = [](FILE* stream) { std::fclose(stream); };
+  const std::unique_ptr<FILE, decltype(close)> lines(::fmemopen(file.data(), file.size(), "r"),
+                                                     close);
+  if (!lines) return errno;
+  for (;;) {
+    const int result = Database::kNextOf(lines.get(), entry, buffer.data(), buffer.size(), found);
+    if (result != 0 || std::strcmp(entry->*Database::kName, name) == 0) return result;
   }
-  return {};
 }
 
-std::optional<unsigned> identifierIn(const DeviceRoot& root, const char* path,
-                                     const std::string& name) {
-  std::error_code error;
-  const std::string database = root.readFile(root.path() + path, error);
-  const Fields fields = lineOf(database, name);
-  if (fields.size() <= kIdentifier) return std::nullopt;
-  const std::string_view text = fields[kIdentifier];
-  unsigned number = 0;
-  const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (parsed.ec != std::errc() || parsed.ptr != text.data() + text.size()) return std::nullopt;
-  return number;
+/// What look-ups answer for a name that is not there.
+bool isAbsence(int result) {
+  return result == 0 || result == ENOENT || result == ESRCH || result == EBADF || result == EPERM;
 }
 
-// The answer of one of the system's re-entrant look-ups, with a buffer as large as it asks for.
-template <class Entry, class LookUp, class Read>
-auto systemEntry(const std::string& name, LookUp lookUp, Read read)
-    -> std::optional<decltype(read(Entry()))> {
-  for (std::size_t size = 1024; size <= std::size_t{1} << 20; size *= 2) {
-    std::vector<char> buffer(size);
-    Entry entry{};
-    Entry* found = nullptr;
-    const int result = lookUp(name.c_str(), &entry, buffer.data(), buffer.size(), &found);
-    if (result == ERANGE) continue;
-    if (result == EINTR) {
-      size /= 2;
-      continue;
+template <class Database, class Read>
+auto entryNamed(const std::string& name, const DeviceRoot& root, std::error_code& error, Read read)
+    -> std::optional<decltype(read(typename Database::Entry()))> {
+  constexpr std::size_t kLargestEntry = std::size_t{1} << 20;
+  const bool isRunningSystem = root.path().empty();
+  error.clear();
+  std::string file;
+  if (!isRunningSystem) file = root.readFile(root.path() + Database::kPath, error);
+  // A database that is not there knows nobody.
+  if (error && error != std::errc::no_such_file_or_directory) return std::nullopt;
+  std::vector<char> buffer(1024);
+  for (;;) {
+    typename Database::Entry entry{};
+    typename Database::Entry* found = nullptr;
+    const int result =
+        isRunningSystem
+            ? Database::kByName(name.c_str(), &entry, buffer.data(), buffer.size(), &found)
+            : lookUpIn<Database>(file, name.c_str(), &entry, buffer, &found);
+    if (result == ERANGE && buffer.size() < kLargestEntry) {
+      buffer.resize(buffer.size() * 2);
+    } else if (result != EINTR) {
+      if (found) {
+        error.clear();
+        return read(*found);
+      }
+      error = isAbsence(result) ? Database::kUnknown()
+                                : std::error_code(result, std::generic_category());
+      return std::nullopt;
     }
-    if (!found) return std::nullopt;
-    return read(*found);
   }
-  return std::nullopt;
 }
 
 }  // namespace
 
-std::optional<uid_t> AccountDatabase::userNamed(const std::string& name) const {
-  if (!_root.path().empty()) return identifierIn(_root, "/etc/passwd", name);
-  return systemEntry<passwd>(name, ::getpwnam_r, [](const passwd& entry) { return entry.pw_uid; });
+std::optional<uid_t> AccountDatabase::userNamed(const std::string& name,
+                                                std::error_code& error) const {
+  return entryNamed<Users>(name, _root, error, [](const passwd& entry) { return entry.pw_uid; });
 }
 
-std::optional<gid_t> AccountDatabase::groupNamed(const std::string& name) const {
-  if (!_root.path().empty()) return identifierIn(_root, "/etc/group", name);
-  return systemEntry<group>(name, ::getgrnam_r, [](const group& entry) { return entry.gr_gid; });
+std::optional<gid_t> AccountDatabase::groupNamed(const std::string& name,
+                                                 std::error_code& error) const {
+  return entryNamed<Groups>(name, _root, error, [](const group& entry) { return entry.gr_gid; });
 }
 
-std::optional<std::string> AccountDatabase::homeOf(const std::string& name) const {
-  if (_root.path().empty()) {
-    return systemEntry<passwd>(name, ::getpwnam_r,
-                               [](const passwd& entry) { return std::string(entry.pw_dir); });
-  }
-  std::error_code error;
-  const std::string database = _root.readFile(_root.path() + "/etc/passwd", error);
-  const Fields fields = lineOf(database, name);
-  if (fields.size() <= kHome) return std::nullopt;
-  return std::string(fields[kHome]);
+std::optional<std::string> AccountDatabase::homeOf(const std::string& name,
+                                                   std::error_code& error) const {
+  return entryNamed<Users>(name, _root, error,
+                           [](const passwd& entry) { return std::string(entry.pw_dir); });
 }
 
 }  // namespace tallbook

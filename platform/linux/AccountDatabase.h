@@ -14,11 +14,13 @@ class AccountDatabase {
  public:
   explicit AccountDatabase(const DeviceRoot& root) : _root(root) {}
 
-  /// Each is nullopt for a name that is not there.
-  std::optional<uid_t> userNamed(const std::string& name) const;
-  std::optional<gid_t> groupNamed(const std::string& name) const;
+  // Each is nullopt, with `error`, where there is no such name, which is `unknownAccount` or
+  // `unknownGroup`, or where the database cannot be asked.
+
+  std::optional<uid_t> userNamed(const std::string& name, std::error_code& error) const;
+  std::optional<gid_t> groupNamed(const std::string& name, std::error_code& error) const;
   /// The user's home as the database has it, the root not put before it.
-  std::optional<std::string> homeOf(const std::string& name) const;
+  std::optional<std::string> homeOf(const std::string& name, std::error_code& error) const;
 
  private:
   const DeviceRoot& _root;

@@ -10,7 +10,8 @@ std::string LinuxDirectories::mobileHome() const {
   if (!_home.empty()) return _home;
   _home = _root.path() + "/var/mobile";
   if (!_root.path().empty()) return _home;
-  const auto home = AccountDatabase(_root).homeOf("mobile");
+  std::error_code unknown;
+  const auto home = AccountDatabase(_root).homeOf("mobile", unknown);
   if (home && home->size() > 1 && home->front() == '/') _home = *home;
   if (_home.back() == '/') _home.pop_back();
   return _home;

@@ -48,9 +48,11 @@ struct statx statusOf(const FileDescriptor& folder, const std::string& name) {
 
 std::error_code give(const FileDescriptor& file, const AccountDatabase& accounts,
                      const std::string& owner, const std::string& group) {
-  const auto user = accounts.userNamed(owner);
-  const auto userGroup = accounts.groupNamed(group);
-  if (!user || !userGroup) return make_error_code(std::errc::invalid_argument);
+  std::error_code error;
+  const auto user = accounts.userNamed(owner, error);
+  if (!user) return error;
+  const auto userGroup = accounts.groupNamed(group, error);
+  if (!userGroup) return error;
   return outcome(::fchown(file.get(), *user, *userGroup));
 }
 

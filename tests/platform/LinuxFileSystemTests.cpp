@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/UnknownOwner.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Device.h"
@@ -185,22 +186,37 @@ TEST_F(TheKernelsFiles, LieBelowTheRootWhateverLinksSay) {
 }
 
 TEST_F(TheKernelsFiles, BelongToTheAccountsOfTheirDevice) {
+  std::error_code error;
   const AccountDatabase accounts(device);
   test::writeFile(path("/etc/passwd"),
                   "root:x:0:0::/:/bin/sh\nbroken\nmobilephone:x:7:7:::\nodd:x:9x:9::/:\n"
                   "mobile:x:501:502::/home/m:/bin/sh\nmobile:x:1:1::/:/bin/sh");
   test::writeFile(path("/etc/group"), "staff:x:5:mobile\nmobile:x:503:");
-  EXPECT_EQ(accounts.userNamed("mobile"), 501U);
-  EXPECT_EQ(accounts.groupNamed("mobile"), 503U);
-  EXPECT_EQ(accounts.homeOf("mobile"), "/home/m");
+  EXPECT_EQ(accounts.userNamed("mobile", error), 501U);
+  EXPECT_EQ(accounts.groupNamed("mobile", error), 503U);
+  EXPECT_EQ(accounts.homeOf("mobile", error), "/home/m");
   for (const char* name : {"broken", "odd", "mob", ""}) {
-    EXPECT_EQ(accounts.userNamed(name), std::nullopt) << name;
+    EXPECT_EQ(accounts.userNamed(name, error), std::nullopt) << name;
+    EXPECT_EQ(error, unknownAccount());
   }
+  // An entry of any length.
+  std::string members(5000, 'm');
+  for (std::size_t end = 9; end < members.size(); end += 10) members[end] = ',';
+  test::writeFile(path("/etc/group"), "many:x:7:" + members + "\nmobile:x:503:" + members);
+  EXPECT_EQ(accounts.groupNamed("mobile", error), 503U) << error;
+  fs::remove(path("/etc/group"));
+  EXPECT_EQ(accounts.groupNamed("mobile", error), std::nullopt);
+  EXPECT_EQ(error, unknownGroup());
+  fs::create_directory(path("/etc/group"));
+  EXPECT_EQ(accounts.groupNamed("mobile", error), std::nullopt);
+  EXPECT_EQ(error, errc::is_a_directory) << "an error is no absence";
+
   const DeviceRoot running("");
   const AccountDatabase system(running);
-  EXPECT_EQ(system.userNamed("root"), 0U);
-  EXPECT_EQ(system.groupNamed("root"), 0U);
-  EXPECT_EQ(system.userNamed("nobody-has-this-name"), std::nullopt);
+  EXPECT_EQ(system.userNamed("root", error), 0U);
+  EXPECT_EQ(system.groupNamed("root", error), 0U);
+  EXPECT_EQ(system.userNamed("nobody-has-this-name", error), std::nullopt);
+  EXPECT_EQ(error, unknownAccount());
 }
 
 }  // namespace
