@@ -63,6 +63,10 @@ TEST_F(AResourceBundle, TakesTheFirstLocaleThatIsSet) {
   EXPECT_EQ(userLanguages(), std::vector<std::string>{"sv"});
   speak("ja_JP.eucJP");
   EXPECT_EQ(userLanguages(), (std::vector<std::string>{"ja_JP", "ja"}));
+  ::setenv("LANGUAGE", "de_AT:de:sv.UTF-8::C:fr", 1);
+  EXPECT_EQ(userLanguages(), (std::vector<std::string>{"de_AT", "de", "sv"}));
+  ::setenv("LC_ALL", "C.UTF-8", 1);
+  EXPECT_EQ(userLanguages(), std::vector<std::string>{});
 }
 
 TEST_F(AResourceBundle, IsFoundFromTheLibrarysOwnPlace) {

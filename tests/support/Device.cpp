@@ -46,6 +46,7 @@ void ThrowAwayDevice::restart() {
 
 void ThrowAwayDevice::speak(const std::string& locale) {
   ::setenv("LC_ALL", locale.c_str(), 1);
+  ::unsetenv("LANGUAGE");
 }
 
 std::vector<std::string> ThrowAwayDevice::namesBesideGenerations() const {

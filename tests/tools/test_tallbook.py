@@ -4,6 +4,7 @@ Usage: test_tallbook.py PATH-OF-THE-TOOL [unittest arguments]
 """
 
 import datetime
+import fcntl
 import json
 import os
 import plistlib
@@ -11,9 +12,11 @@ import pty
 import re
 import resource
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import unittest
 import xml.etree.ElementTree
 
@@ -187,20 +190,46 @@ class Outcomes(ToolTest):
         self.run_tool("wait", expect=NOT_SAVED)
         self.assertIn("/tmp/AccountMigrationInProgress", self.message)
 
-    def test_only_a_terminal_gets_colours(self):
-        self.write(family())
-        self.write([], self.path + ".other")
-        command = [TOOL, "diff", self.path, self.path + ".other"]
-        self.assertNotIn("\x1b", self.run_tool(*command[1:]))
+    def on_terminal(self, *arguments, width=80, **environment):
+        """What the tool prints on a terminal, in the C locale."""
         try:
             ours, theirs = pty.openpty()
         except OSError as error:
             self.skipTest(f"no terminal can be made: {error}")
-        environment = {k: v for k, v in os.environ.items() if k != "NO_COLOR"}
-        subprocess.run(command, stdout=theirs, check=True, timeout=60, env=environment)
-        self.assertIn(b"\x1b[31m", os.read(ours, 4096))
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("4H", 24, width, 0, 0))
+        subprocess.run([TOOL, "--root", self.root, *arguments], stdout=theirs, check=True, timeout=60,
+                       env=os.environ | {"LC_ALL": "C", "NO_COLOR": "", "TERM": "xterm"} | environment)
+        printed = os.read(ours, 1 << 16)
         os.close(ours)
         os.close(theirs)
+        return printed.decode().replace("\r\n", "\n")
+
+    def test_only_a_terminal_gets_colours(self):
+        self.write(family())
+        self.write([], self.path + ".other")
+        command = ["diff", self.path, self.path + ".other"]
+        self.assertNotIn("\x1b", self.run_tool(*command))
+        self.assertIn("\x1b[31m", self.on_terminal(*command))
+        for variable in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
+            self.assertNotIn("\x1b", self.on_terminal(*command, **variable))
+
+    def test_tables_fit_a_terminal_and_are_whole_in_a_pipe(self):
+        enabled = [dataclass(name) for name in ("Mail", "Contacts", "Calendars", "Notes")]
+        long = mail("6f1c22ab-0000-4000-8000-0000000090d1", Type="Yahoo", DisplayName="Büro\n\\x日本",
+                    **{"Enabled Dataclasses": enabled, "Evil": "a\x1b[31m\x9bb\nc"})
+        self.write([long])
+        listed = self.on_terminal("list", width=60)
+        for text in ("Büro\\x0a", "6f1c22ab…90d1", "Mail, Contacts,\n", "Notes\n"):
+            self.assertIn(text, listed)
+        # The letters from Japan take two columns each.
+        self.assertTrue(all(len(line) + 2 * line.count("日") <= 60 for line in listed.split("\n")), listed)
+        self.assertIn("…", self.on_terminal("list", width=50).split("\n")[1].split(" ")[0])
+        self.assertIn(long["Identifier"], self.on_terminal("list", width=200))
+        self.assertEqual(self.on_terminal("get", long["Identifier"], "Evil"), "a\\x1b[31m\\x9bb\nc\n")
+        for row in (self.run_tool("list", environment={"LC_ALL": "C"}), self.run_tool("list", environment={"LC_ALL": "de_DE.ISO-8859-1"})):
+            for text in ("Büro\\x0a", "日本", long["Identifier"], "Mail, Contacts, Calendars, Notes\n"):
+                self.assertIn(text, row)
+        self.assertEqual(self.run_tool("get", long["Identifier"], "Evil"), long["Evil"] + "\n")
 
 
 class UnreadableFiles(ToolTest):

@@ -10,11 +10,32 @@ namespace {
 // A process tells its errors in one way.
 bool areErrorsJSON = false;
 
-bool isTerminal(const char* descriptor) {
-  std::error_code unknown;
-  const std::string device = std::filesystem::read_symlink(descriptor, unknown).string();
-  return device.starts_with("/dev/pts/") || device.starts_with("/dev/tty") ||
-         device == "/dev/console";
+std::string valueOf(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value ? value : "";
+}
+
+/// Spells control characters, those of Unicode's second set too, as a prefix and two hexadecimal
+/// digits.
+std::string spelledOut(std::string_view text, std::string_view prefix, std::string_view kept) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    auto code = static_cast<unsigned char>(text[at]);
+    const auto next = static_cast<unsigned char>(at + 1 < text.size() ? text[at + 1] : 0);
+    const bool isSecondSet = code == 0xC2 && next >= 0x80 && next < 0xA0;
+    if (isSecondSet) {
+      code = next;
+      ++at;
+    }
+    if (isSecondSet || ((code < 0x20 || code == 0x7F) && kept.find(text[at]) == kept.npos)) {
+      result.append(prefix) += kDigits[code >> 4];
+      result += kDigits[code & 15];
+    } else {
+      result += text[at];
+    }
+  }
+  return result;
 }
 
 std::string_view colourOf(Style style) {
@@ -33,30 +54,33 @@ std::string_view colourOf(Style style) {
 
 }  // namespace
 
-bool isColourTerminal() {
-  static const bool answer = std::getenv("NO_COLOR") == nullptr && isTerminal("/proc/self/fd/1");
+bool isTerminal() {
+  static const bool answer = [] {
+    std::error_code unknown;
+    const std::string device = std::filesystem::read_symlink("/proc/self/fd/1", unknown).string();
+    return device.starts_with("/dev/pts/") || device.starts_with("/dev/tty") ||
+           device == "/dev/console";
+  }();
   return answer;
 }
 
+bool isColourTerminal() {
+  static const bool answer =
+      valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb" && isTerminal();
+  return answer;
+}
+
+std::string shown(const std::string& text) {
+  return isTerminal() ? spelledOut(text, "\\x", "\n\t") : text;
+}
+
 std::string styled(Style style, const std::string& text) {
-  if (style == Style::Plain || !isColourTerminal()) return text;
-  return std::string(colourOf(style)) + text + "\033[0m";
+  if (style == Style::Plain || !isColourTerminal()) return shown(text);
+  return std::string(colourOf(style)) + shown(text) + "\033[0m";
 }
 
 std::string printable(std::string_view text) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string result;
-  for (const char c : text) {
-    const auto code = static_cast<unsigned char>(c);
-    if (code >= 0x20 && code != 0x7F) {
-      result += c;
-    } else {
-      result += "\\x";
-      result += kDigits[code >> 4];
-      result += kDigits[code & 15];
-    }
-  }
-  return result;
+  return spelledOut(text, "\\x", "");
 }
 
 std::string shortened(std::string_view text) {
@@ -68,7 +92,8 @@ std::string shortened(std::string_view text) {
 }
 
 void printJSON(const JSON& json) {
-  std::cout << json.dump(2) << '\n';
+  const std::string text = json.dump(2);
+  std::cout << (isTerminal() ? spelledOut(text, "\\u00", "\n") : text) << '\n';
 }
 
 void note(std::string_view text) {

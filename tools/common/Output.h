@@ -11,9 +11,13 @@ using JSON = nlohmann::ordered_json;
 
 enum class Style { Plain, Added, Removed, Changed };
 
-/// Whether standard output is a terminal that may be written to in colour.
+/// Whether standard output is a terminal.
+bool isTerminal();
+/// Whether it is one that may be written to in colour: not where NO_COLOR is set and not empty.
 bool isColourTerminal();
-/// The text in the style's colour where the output may have one.
+/// The text as it is, on a terminal with control characters spelled out but for ends of lines.
+std::string shown(const std::string& text);
+/// The same in the style's colour where the output may have one.
 std::string styled(Style style, const std::string& text);
 /// The text with control characters spelled out, so that none of them commands the terminal.
 std::string printable(std::string_view text);

@@ -5,8 +5,11 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+// Only the system tells which characters a locale has.
+#include <langinfo.h>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "tools/common/Output.h"
 
@@ -18,6 +21,10 @@ int codeOfFailure = 0;
 
 }  // namespace
 
+void useUTF8() {
+  if (std::string_view(::nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
 void failFromHereOnWith(int code) {
   codeOfFailure = code;
 }
@@ -26,7 +33,9 @@ int runProgram(const std::function<int()>& answer, int failed) {
   codeOfFailure = failed;
   // Nothing else of the locale: numbers are as files have them, and every category takes time.
   std::setlocale(LC_CTYPE, "");
-  std::setlocale(LC_MESSAGES, "");
+  const char* const language = std::setlocale(LC_MESSAGES, "");
+  // The system says its errors in the process's characters, which for English ones any are.
+  if (language && std::string_view(language) != "C") useUTF8();
   std::signal(SIGXFSZ, SIG_IGN);
   try {
     const int code = answer();

@@ -10,6 +10,10 @@ namespace tallbook::tool {
 /// the write like any other, and not a signal.
 int runProgram(const std::function<int()>& answer, int failed);
 
+/// Makes the process's characters UTF-8 where the locale's are others: the accounts file's texts
+/// are, and so is all that is printed.
+void useUTF8();
+
 /// Changes what `runProgram` gives for a failure from here on: what the program was to do is done,
 /// and can only not be told.
 void failFromHereOnWith(int code);

@@ -27,6 +27,11 @@ SmartColumns loaded() {
   find(library, "scols_table_new_line", columns.table_new_line);
   find(library, "scols_line_set_data", columns.line_set_data);
   find(library, "scols_line_set_color", columns.line_set_color);
+  find(library, "scols_table_get_termwidth", columns.table_get_termwidth);
+  find(library, "scols_column_set_safechars", columns.column_set_safechars);
+  find(library, "scols_column_set_wrapfunc", columns.column_set_wrapfunc);
+  find(library, "scols_wrapnl_chunksize", columns.wrapnl_chunksize);
+  find(library, "scols_wrapnl_nextchunk", columns.wrapnl_nextchunk);
   find(library, "scols_print_table", columns.print_table);
   return columns;
 }

@@ -14,6 +14,11 @@ struct SmartColumns {
   decltype(&::scols_table_new_line) table_new_line = nullptr;
   decltype(&::scols_line_set_data) line_set_data = nullptr;
   decltype(&::scols_line_set_color) line_set_color = nullptr;
+  decltype(&::scols_table_get_termwidth) table_get_termwidth = nullptr;
+  decltype(&::scols_column_set_safechars) column_set_safechars = nullptr;
+  decltype(&::scols_column_set_wrapfunc) column_set_wrapfunc = nullptr;
+  decltype(&::scols_wrapnl_chunksize) wrapnl_chunksize = nullptr;
+  decltype(&::scols_wrapnl_nextchunk) wrapnl_nextchunk = nullptr;
   decltype(&::scols_print_table) print_table = nullptr;
 
   /// Throws std::runtime_error where the library is not installed.

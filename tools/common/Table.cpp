@@ -1,13 +1,20 @@
 #include "tools/common/Table.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <memory>
 #include <new>
+#include <numeric>
 
+#include "tools/common/Program.h"
 #include "tools/common/SmartColumns.h"
 
 namespace tallbook::tool {
 namespace {
+
+// What a row of a tree is moved to the right by, below its parent.
+constexpr std::size_t kStep = 2;
 
 const char* colourOf(Style style) {
   switch (style) {
@@ -23,46 +30,91 @@ const char* colourOf(Style style) {
   return nullptr;
 }
 
-const SmartColumns& library() {
-  return SmartColumns::library();
+template <class Made>
+Made* required(Made* made) {
+  if (!made) throw std::bad_alloc();
+  return made;
 }
 
 }  // namespace
 
-void Table::Release::operator()(libscols_table* table) const noexcept {
-  library().unref_table(table);
+Table::Row Table::add(std::vector<std::string> cells, Row parent, Style style) {
+  // Every row is as wide as the widest one, up to the last column.
+  for (std::size_t column = 0; column + 1 < cells.size(); ++column) {
+    cells[column] = shortened(cells[column]);
+  }
+  return &_lines.emplace_back(
+      Line{std::move(cells), parent, style, parent ? parent->depth + 1 : 0});
 }
 
-Table::Table(const std::vector<std::string>& columns, Shape shape) : _table(library().new_table()) {
-  if (!_table) throw std::bad_alloc();
-  library().table_enable_colors(_table.get(), isColourTerminal());
-  for (std::size_t index = 0; index < columns.size(); ++index) {
-    int flags = 0;
-    if (index == 0 && shape == Shape::Tree) flags |= SCOLS_FL_TREE;
-    if (index + 1 == columns.size()) flags |= SCOLS_FL_WRAP;
-    if (!library().table_new_column(_table.get(), columns[index].c_str(), 0, flags)) {
-      throw std::bad_alloc();
+bool Table::fit(std::size_t width) {
+  std::vector<std::size_t> widths;
+  widths.reserve(_columns.size());
+  for (const Column& column : _columns) widths.push_back(widthOf(column.title));
+  const std::vector<std::size_t> ofTitles = widths;
+  const auto indent = [](const Line& line, std::size_t column) {
+    return column == 0 ? kStep * line.depth : 0;
+  };
+  for (const Line& line : _lines) {
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+      widths[column] = std::max(widths[column], indent(line, column) + widthOf(line.cells[column]));
     }
   }
-}
-
-Table::Row Table::add(const std::vector<std::string>& cells, Row parent, Style style) {
-  const Row row = library().table_new_line(_table.get(), parent);
-  if (!row) throw std::bad_alloc();
-  for (std::size_t column = 0; column < cells.size(); ++column) {
-    // Every row is as wide as the widest one, up to the last column.
-    const bool isLast = column + 1 == cells.size();
-    const std::string cell = isLast ? cells[column] : shortened(cells[column]);
-    if (library().line_set_data(row, column, cell.c_str()) != 0) throw std::bad_alloc();
+  std::size_t total = std::accumulate(widths.begin(), widths.end(), widths.size() - 1);
+  if (total <= width) return false;
+  for (const Fit fit : {Fit::Middle, Fit::Break, Fit::Cut}) {
+    while (total > width) {
+      std::size_t* widest = nullptr;
+      for (std::size_t column = 0; column < widths.size(); ++column) {
+        const std::size_t least = std::max(ofTitles[column], leastWidth(fit));
+        if (_columns[column].fit != fit || widths[column] <= least) continue;
+        if (!widest || widths[column] > *widest) widest = &widths[column];
+      }
+      if (!widest) break;
+      --*widest;
+      --total;
+    }
   }
-  if (const char* colour = colourOf(style)) library().line_set_color(row, colour);
-  return row;
+  for (Line& line : _lines) {
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+      std::string& cell = line.cells[column];
+      cell = fitted(cell, _columns[column].fit, widths[column] - indent(line, column));
+    }
+  }
+  return true;
 }
 
-void Table::print() const {
+void Table::print() {
+  const SmartColumns& library = SmartColumns::library();
+  useUTF8();
+  const std::unique_ptr<libscols_table, decltype(library.unref_table)> table(
+      required(library.new_table()), library.unref_table);
+  library.table_enable_colors(table.get(), isColourTerminal());
+  const bool isFitted = isTerminal() && fit(library.table_get_termwidth(table.get()));
+  for (std::size_t index = 0; index < _columns.size(); ++index) {
+    const bool isBroken = isFitted && _columns[index].fit == Fit::Break;
+    const int flags =
+        (index == 0 && _shape == Shape::Tree ? SCOLS_FL_TREE : 0) | (isBroken ? SCOLS_FL_WRAP : 0);
+    libscols_column* const column =
+        required(library.table_new_column(table.get(), _columns[index].title, 0, flags));
+    if (!isBroken) continue;
+    library.column_set_safechars(column, "\n");
+    library.column_set_wrapfunc(column, library.wrapnl_chunksize, library.wrapnl_nextchunk,
+                                nullptr);
+  }
+  for (Line& line : _lines) {
+    libscols_line* const parent = line.parent ? line.parent->printed : nullptr;
+    line.printed = required(library.table_new_line(table.get(), parent));
+    for (std::size_t column = 0; column < line.cells.size(); ++column) {
+      if (library.line_set_data(line.printed, column, line.cells[column].c_str()) != 0) {
+        throw std::bad_alloc();
+      }
+    }
+    if (const char* colour = colourOf(line.style)) library.line_set_color(line.printed, colour);
+  }
   // The table writes through C's streams.
   std::cout.flush();
-  library().print_table(_table.get());
+  library.print_table(table.get());
   std::fflush(stdout);
 }
 

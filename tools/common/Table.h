@@ -1,37 +1,51 @@
 #pragma once
 
-#include <memory>
+#include <deque>
 #include <string>
 #include <vector>
 
+#include "tools/common/FittedText.h"
 #include "tools/common/Output.h"
 
 struct libscols_line;
-struct libscols_table;
 
 namespace tallbook::tool {
 
 /// A table on standard output, as wide as its content; only in the last column are very long texts
-/// whole. Characters that would command a terminal are shown, not sent.
+/// whole. Where a terminal is narrower, its columns give way in the order of `Fit`. Characters that
+/// would command a terminal are shown, not sent.
 class Table {
  public:
   enum class Shape { Flat, Tree };
+  struct Column {
+    const char* title;
+    Fit fit = Fit::Whole;
+  };
+  struct Line {
+    std::vector<std::string> cells;
+    Line* parent;
+    Style style;
+    std::size_t depth;
+    libscols_line* printed = nullptr;
+  };
   /// Names a row as a parent of later ones; valid as long as the table.
-  using Row = libscols_line*;
+  using Row = Line*;
 
   /// In a tree the first column shows which row stands below which.
-  explicit Table(const std::vector<std::string>& columns, Shape shape = Shape::Flat);
+  explicit Table(std::vector<Column> columns, Shape shape = Shape::Flat)
+      : _columns(std::move(columns)), _shape(shape) {}
 
   /// Appends a row with one text a column.
-  Row add(const std::vector<std::string>& cells, Row parent = nullptr, Style style = Style::Plain);
-  void print() const;
+  Row add(std::vector<std::string> cells, Row parent = nullptr, Style style = Style::Plain);
+  void print();
 
  private:
-  struct Release {
-    void operator()(libscols_table* table) const noexcept;
-  };
+  /// Changes the texts where they are together wider than `width`; whether they were.
+  bool fit(std::size_t width);
 
-  std::unique_ptr<libscols_table, Release> _table;
+  std::vector<Column> _columns;
+  Shape _shape;
+  std::deque<Line> _lines;
 };
 
 }  // namespace tallbook::tool

@@ -10,6 +10,7 @@ namespace tallbook::migrate {
 namespace {
 
 using Place = AccountStory::Place;
+using tool::Fit;
 using tool::JSON;
 using tool::Style;
 using tool::Table;
@@ -169,7 +170,13 @@ bool printStory(const Story& story, const ReportOptions& options) {
     return !totals.hasUnexplained();
   }
   if (!accounts.empty()) {
-    Table table({"NAME", "TYPE", "IDENTIFIER", "FROM", "NOW", "WHAT HAPPENED"}, Table::Shape::Tree);
+    Table table({{"NAME", Fit::Cut},
+                 {"TYPE"},
+                 {"IDENTIFIER", Fit::Middle},
+                 {"FROM", Fit::Break},
+                 {"NOW"},
+                 {"WHAT HAPPENED", Fit::Break}},
+                Table::Shape::Tree);
     addRows(table, accounts, story.nameOfLoading(), options);
     table.print();
   }

@@ -19,7 +19,7 @@ ExitCode dump(const Options& options) {
     return ExitCode::Done;
   }
   const XMLText xml = xmlPropertyList(file.topLevel);
-  std::cout << xml.text;
+  std::cout << shown(xml.text);
   if (xml.hasShortenedDates) {
     note("dates are printed without their fractions of a second; --json keeps them");
   }

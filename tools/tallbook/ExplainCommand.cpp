@@ -64,7 +64,7 @@ ExitCode explain(const Options& options, const std::string& identifier,
     } else {
       std::cout << shortName(full) << " is "
                 << (why.isOn ? styled(Style::Added, "on") : styled(Style::Removed, "off")) << ": "
-                << printable(why.text) << ".\n";
+                << shown(why.text) << ".\n";
     }
   }
   if (options.json) printJSON(named ? array.front() : array);

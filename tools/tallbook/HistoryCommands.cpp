@@ -85,7 +85,7 @@ AccountsManager::AccountList recordsOf(const Dictionary& accountsFile) {
 
 ExitCode history(const Options& options, bool forget) {
   if (forget) return forgetGenerations();
-  Table table({"GENERATION", "KEPT", "BYTES", "CHANGED AFTERWARDS"});
+  Table table({{"GENERATION"}, {"KEPT"}, {"BYTES"}, {"CHANGED AFTERWARDS", Fit::Break}});
   JSON array = JSON::array();
   AccountsHistory::Content after = presentContent();
   for (const AccountsGeneration& generation : generations()) {

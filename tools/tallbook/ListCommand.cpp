@@ -65,7 +65,9 @@ ExitCode list(const Options& options, const std::vector<std::string>& types) {
     }
     printJSON(array);
   } else if (!found.empty()) {
-    Table table({"NAME", "TYPE", "IDENTIFIER", "ENABLED"}, Table::Shape::Tree);
+    Table table(
+        {{"NAME", Fit::Cut}, {"TYPE"}, {"IDENTIFIER", Fit::Middle}, {"ENABLED", Fit::Break}},
+        Table::Shape::Tree);
     for (const auto& [record, children] : found) {
       const Table::Row parent = table.add(row(*record));
       for (const auto& child : children) table.add(row(*child), parent);
@@ -89,7 +91,7 @@ ExitCode show(const Options& options, const std::string& identifier) {
     printJSON(object);
     return ExitCode::Done;
   }
-  Table table({"KEY", "KIND", "VALUE"});
+  Table table({{"KEY", Fit::Cut}, {"KIND"}, {"VALUE", Fit::Break}});
   for (const auto& [key, value] : *record->properties()) {
     table.add({key.str(), std::string(nameOfKind(value.kind())), lineText(value)});
   }
@@ -98,8 +100,8 @@ ExitCode show(const Options& options, const std::string& identifier) {
             << "\nProvisioned: " << shortNames(record->provisionedDataclasses())
             << "\nEnabled:     " << shortNames(record->enabledDataclasses()) << '\n';
   if (const auto& parent = record->parentAccount()) {
-    std::cout << "Parent:      " << lineText(nameOf(*parent)) << ", " << parent->identifier()
-              << '\n';
+    std::cout << "Parent:      " << lineText(nameOf(*parent)) << ", "
+              << shown(parent->identifier().str()) << '\n';
   }
   return ExitCode::Done;
 }

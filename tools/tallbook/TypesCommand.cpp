@@ -36,7 +36,7 @@ JSON description(const String& type) {
 }
 
 void printCatalogue() {
-  Table table({"TYPE", "DATACLASSES"});
+  Table table({{"TYPE"}, {"DATACLASSES", Fit::Break}});
   for (const String& type : accountTypes()) {
     table.add({type.str(), shortNames(BasicAccount::supportedDataclassesForAccountType(type))});
   }
@@ -44,7 +44,7 @@ void printCatalogue() {
 }
 
 void printType(const String& type) {
-  Table table({"DATACLASS", "WHEN TURNED ON", "WHEN TURNED OFF"});
+  Table table({{"DATACLASS"}, {"WHEN TURNED ON", Fit::Break}, {"WHEN TURNED OFF", Fit::Break}});
   if (const ArrayRef supported = BasicAccount::supportedDataclassesForAccountType(type)) {
     for (const Value& element : *supported) {
       const String dataclass = element.string();

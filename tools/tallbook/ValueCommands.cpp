@@ -47,7 +47,7 @@ ExitCode get(const Options& options, const std::string& identifier, const std::s
   if (options.json) {
     printJSON(jsonFromValue(value));
   } else {
-    std::cout << plainText(value) << '\n';
+    std::cout << shown(plainText(value)) << '\n';
   }
   return ExitCode::Done;
 }

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tallbook::tool {
+
+/// How a text gives way to a terminal that is too narrow, the texts that lose least first.
+enum class Fit {
+  Whole,   ///< not at all
+  Middle,  ///< by its middle, as "6f1c22ab…90d1": its beginning names it
+  Break,   ///< by going on in the next line, after a comma where it has one
+  Cut      ///< by its end
+};
+
+/// The least that a text is narrowed to.
+std::size_t leastWidth(Fit fit);
+/// The columns that a text takes where a table spells out what would command a terminal. The
+/// process's characters are UTF-8.
+std::size_t widthOf(std::string_view text);
+/// The text in at most so many columns, which are no fewer than the least. Lines of a broken one
+/// end with a line feed, and no other line feed is in it.
+std::string fitted(const std::string& text, Fit fit, std::size_t width);
+
+}  // namespace tallbook::tool
