@@ -27,6 +27,9 @@ class AccountTypeCatalogue {
 
   /// Null for a type without an entry.
   const AccountTypeEntry* entryForType(std::string_view type) const;
+  const std::vector<std::pair<String, AccountTypeEntry>>& entries() const noexcept {
+    return _entries;
+  }
 
  private:
   static AccountTypeCatalogue read();

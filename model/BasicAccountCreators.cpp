@@ -9,6 +9,7 @@
 #include "model/LibraryLogging.h"
 #include "model/PlugInRegistry.h"
 #include "platform/OncePerPlatform.h"
+#include "platform/Platform.h"
 
 namespace tallbook {
 namespace {
@@ -52,7 +53,23 @@ std::shared_ptr<BasicAccount> makeFullAccount(const PlugInClass& creator,
 
 DictionaryRef BasicAccount::_creatorsInfo() {
   initialize();
-  return dictionaryFromResource("AccountCreators");
+  DictionaryRef information;
+  // A type that the device's own file lacks is served as the shipped one has it.
+  for (const std::string& file :
+       Platform::current().resourceBundle().pathsForResource("AccountCreators", "plist")) {
+    const DictionaryRef content = dictionaryFromFile(file);
+    if (!information) {
+      if (!content) return nullptr;
+      information = content;
+    } else if (content) {
+      const DictionaryRef both = information->mutableCopy();
+      for (const auto& [type, entries] : *content) {
+        if (!both->contains(type)) both->set(type, entries);
+      }
+      information = both->frozenCopy();
+    }
+  }
+  return information;
 }
 
 DictionaryRef BasicAccount::_accountCreationMap() {

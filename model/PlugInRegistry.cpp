@@ -109,6 +109,14 @@ void loadAccountCreatorFramework(std::string_view framework) {
   }
 }
 
+std::string whyNoModule(std::string_view framework) {
+  if (isThisLibrary(framework)) return {};
+  const std::string path = pathBelowRoot(framework);
+  std::error_code error;
+  if (Platform::current().fileSystem().exists(path, error)) return {};
+  return "there is no module " + path + (error ? ": " + error.message() : "");
+}
+
 const PlugInClass* classNamed(std::string_view name) {
   return PlugInRegistry::shared().classNamed(name);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "tallbook/PlugInClass.h"
@@ -12,6 +13,10 @@ namespace tallbook {
 /// InternalConsistencyFailure when the module cannot be loaded, or was built for another version of
 /// the plug-in interface. Modules stay loaded. Thread-safe.
 void loadAccountCreatorFramework(std::string_view framework);
+
+/// Why no module can be loaded from `framework`, as far as that shows without loading it; else
+/// empty.
+std::string whyNoModule(std::string_view framework);
 
 /// The registered class of that name; null when there is none. Valid for the life of the process.
 /// Thread-safe.

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tallbook {
 
@@ -14,6 +15,9 @@ class ResourceBundle {
   /// Path of the resource `name`.`type`; nullopt when there is none.
   virtual std::optional<std::string> pathForResource(std::string_view name,
                                                      std::string_view type) const = 0;
+  /// The paths of all resources of that name, the device's own before the shipped one.
+  virtual std::vector<std::string> pathsForResource(std::string_view name,
+                                                    std::string_view type) const = 0;
   /// The text of `key` in the string table `table`, in the user's language, else in English. A key
   /// that no table has: `defaultText`, or the key itself where that is empty.
   virtual std::string localizedString(std::string_view key, std::string_view table,

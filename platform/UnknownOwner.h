@@ -4,7 +4,7 @@
 
 namespace tallbook {
 
-/// Why a file can be given to nobody of a name. To those who compare, each is an invalid argument.
+/// Why a file can be given to nobody of a name. Each compares equal to an invalid argument.
 std::error_code unknownAccount() noexcept;
 std::error_code unknownGroup() noexcept;
 

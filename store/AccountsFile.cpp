@@ -46,7 +46,7 @@ std::optional<std::string> serialised(std::vector<Value> records, SaveFailure& f
   return bytes;
 }
 
-SaveFailure systemsRefusal(const char* operation, const std::error_code& error) {
+SaveFailure systemsRefusal(const std::string& operation, const std::error_code& error) {
   return {operation, error.message(), error};
 }
 
@@ -63,7 +63,8 @@ SaveFailure makeFile(Folder& folder, const std::string& name, const std::string&
     logMessage(kOperation, [&] {
       return "Could not set attributes on the temporary tallbook plist. " + error.message();
     });
-    failure = systemsRefusal("give the new accounts file to the account \"mobile\"", error);
+    failure =
+        systemsRefusal("give the new accounts file to the account and the group \"mobile\"", error);
   } else if ((error = file->finish(replaced))) {
     failure = systemsRefusal("flush the new accounts file to the disk", error);
   }
@@ -135,7 +136,7 @@ void AccountsFile::tryToReplace(std::vector<Value> records, std::optional<Genera
   const std::optional<std::string> bytes = serialised(std::move(records), save.failure);
   if (!bytes) return;
   if (!_folder) {
-    save.failure = systemsRefusal("open the folder of the accounts file", _folderError);
+    save.failure = systemsRefusal("open the folder " + folderPath(), _folderError);
     return;
   }
   const std::string name = _folder->freshName();

@@ -52,6 +52,16 @@ std::optional<std::string> LinuxResourceBundle::pathForResource(std::string_view
   return fileNamed(std::string(name) + "." + std::string(type));
 }
 
+std::vector<std::string> LinuxResourceBundle::pathsForResource(std::string_view name,
+                                                               std::string_view type) const {
+  std::vector<std::string> paths;
+  for (const std::string& folder : _folders) {
+    std::string path = folder + "/" + std::string(name) + "." + std::string(type);
+    if (_root.hasFile(path)) paths.push_back(std::move(path));
+  }
+  return paths;
+}
+
 std::string LinuxResourceBundle::localizedString(std::string_view key, std::string_view table,
                                                  std::string_view defaultText) const {
   std::vector<std::string> languages = userLanguages();

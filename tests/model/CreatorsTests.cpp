@@ -1,5 +1,7 @@
 #include <filesystem>
+#include <gmock/gmock.h>
 
+#include "tallbook/AccountCreators.h"
 #include "tallbook/BasicAccount.h"
 
 #include "model/PlugInRegistry.h"
@@ -10,6 +12,8 @@ namespace tallbook {
 namespace {
 
 using test::failureOf;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
 
 DictionaryRef creator(const Value& role, const Value& framework, const Value& className) {
   const DictionaryRef description = Dictionary::make();
@@ -68,10 +72,63 @@ TEST_F(AnAccountWithCreators, FailsForMalformedInformation) {
     EXPECT_EQ(failureOf([] { return record()->fullAccountUsingLoader(nullptr); }), each.failure);
   }
   restart();
-  platform().resources.replace("AccountCreators", Dictionary::make());
+  platform().resources.replace("AccountCreators", Dictionary::make({{"Mail", 5}}));
   const std::string unknown = malformed + "information for the type Mail";
   EXPECT_EQ(failureOf([] { return record()->fullAccountUsingLoader(nullptr); }), unknown);
   EXPECT_EQ(failureOf([] { record()->refreshContainersForDataclass("all"); }), unknown);
+  restart();
+  platform().resources.replace("AccountCreators", Dictionary::make());
+  EXPECT_EQ(failureOf([] { record()->refreshContainersForDataclass("all"); }), "")
+      << "the shipped file serves a type that the device's own lacks";
+}
+
+Value notifierOf(const Value& dataclasses) {
+  const DictionaryRef made = creator("NotifierAccount", "creators.so", "TestNotifier");
+  (*made)["Description"].dictionary()->set("Supported Dataclasses", dataclasses);
+  return made;
+}
+
+TEST_F(AnAccountWithCreators, KnowsWhichOfThemServeNobody) {
+  const std::string mail = "com.orvane.Dataclass.Mail";
+  const std::pair<Value, std::string> rows[] = {
+      {creator("FullAccount", "creators.so", "TestFullAccountCreator"), ""},
+      {creator("FullAccount", "creators.so", "TestFullAccount"), "offers neither"},
+      {creator("FullAccount", "creators.so", "TestMissing"), "no class \"TestMissing\""},
+      {creator("SyncAccount", "creators.so", "TestSyncAccountCreator"), ""},
+      {creator("SyncAccount", "creators.so", "TestNotifier"), "no sync accounts"},
+      {creator("SyncAccount", "unresolved.so", "C"), "SymbolThatNobodyProvides"},
+      {creator("SyncAccount", "missing.so", "C"), "no module " + path("/missing.so")},
+      {creator("SyncAccount", nullptr, "C"), "\"Framework\" names no module"},
+      {creator("SyncAccount", "creators.so", nullptr), "\"Class\" names no class"},
+      {creator("SyncAcount", "creators.so", "C"), "\"SyncAcount\", none of"},
+      {Dictionary::make({{"Type", "SyncAccount"}}), "\"Description\" is of the kind null"},
+      {"no entry", "it is of the kind string"},
+      {notifierOf(Array::make({mail})), ""},
+      {notifierOf(nullptr), "is of the kind null"},
+      {notifierOf(Array::make({"Mail"})), "is spelled \"" + mail + "\""},
+      {notifierOf(Array::make({mail, "Mial"})), "\"Mial\", no dataclass"},
+  };
+  std::vector<Value> entries;
+  for (const auto& [entry, fault] : rows) entries.push_back(entry);
+  platform().resources.replace(
+      "AccountCreators",
+      Dictionary::make({{"Mail", Array::make(std::move(entries))}, {"Mial", Array::make()}}));
+  std::vector<AccountCreator> creators = accountCreators();
+  for (std::size_t index = 0; index < std::size(rows); ++index) {
+    const AccountCreator& found = creators.at(index);
+    EXPECT_THAT(found.place, EndsWith(".plist, Mail[" + std::to_string(index) + "]"));
+    const std::string fault = found.fault.empty() ? operationsOfCreator(found).fault : found.fault;
+    EXPECT_THAT(fault, HasSubstr(rows[index].second));
+    EXPECT_EQ(fault.empty(), rows[index].second.empty()) << found.place << fault;
+  }
+  EXPECT_EQ(creators.at(std::size(rows)).fault, "there is no account type \"Mial\"");
+  EXPECT_EQ(creators.back().accountType, "OnMyDevice") << "from the shipped file";
+
+  platform().resources.replaceBytes("AccountCreators", "no property list");
+  creators = accountCreators();
+  ASSERT_EQ(creators.size(), 2u);
+  EXPECT_THAT(creators.front().place, EndsWith("AccountCreators.plist"));
+  EXPECT_THAT(creators.front().fault, HasSubstr("no property list"));
 }
 
 TEST_F(AnAccountWithCreators, ReadsTheInformationAgainUntilItCouldBeRead) {

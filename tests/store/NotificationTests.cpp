@@ -126,7 +126,7 @@ TEST_F(ANotifier, FailsWithTheTextOfItsDefect) {
         {Dictionary::make({{"Type", "NotifierAccount"}, {"Description", description}})}));
   };
   const std::pair<Value, std::string> rows[] = {
-      {Value(),
+      {Value("no array"),
        "Malformed AccountCreators information. Could not find the information for the type Mail"},
       {entry({}),
        "Malformed AccountCreators information. Could not find the path to the framework for the "
@@ -141,9 +141,7 @@ TEST_F(ANotifier, FailsWithTheTextOfItsDefect) {
   };
   for (const auto& [entries, text] : rows) {
     restart();
-    const DictionaryRef creators = Dictionary::make();
-    if (!entries.isNull()) creators->set("Mail", entries);
-    platform().resources.replace("AccountCreators", creators);
+    platform().resources.replace("AccountCreators", Dictionary::make({{"Mail", entries}}));
     const auto fresh = AccountsManager::initWithAccounsInfoArray(nullptr);
     fresh->insertAccount(BasicAccount::initWithProperties(
         record("m", {{"Enabled Dataclasses", Array::make({mail})}})));

@@ -80,4 +80,10 @@ std::optional<std::string> ScriptedResources::pathForResource(std::string_view n
   return _bundle.pathForResource(name, type);
 }
 
+std::vector<std::string> ScriptedResources::pathsForResource(std::string_view name,
+                                                             std::string_view type) const {
+  if (_missing.contains(name)) return {};
+  return _bundle.pathsForResource(name, type);
+}
+
 }  // namespace tallbook

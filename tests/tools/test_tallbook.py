@@ -70,6 +70,16 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
         return (done.stdout or b"").decode()
 
+    def as_another_user(self):
+        """A user for the superuser, whom nothing is forbidden; the device's files may be read and
+        written by them."""
+        if os.getuid() != 0:
+            return None
+        subprocess.run(["chmod", "-R", "a+rwX", os.path.dirname(self.root)], check=True)
+        if subprocess.run([TOOL, "--help"], capture_output=True, user=OTHER_USER).returncode != DONE:
+            self.skipTest("another user may not run the tool")
+        return OTHER_USER
+
     def start(self, *arguments):
         return subprocess.Popen([TOOL, "--root", self.root, *arguments], stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True)
@@ -152,14 +162,29 @@ class Outcomes(ToolTest):
         self.assertEqual([(r["Identifier"], r["DisplayName"]) for r in self.read()],
                          [(identifier, "Work")])
 
-    def test_a_save_that_fails_says_so_and_leaves_the_file(self):
+    def test_a_save_that_fails_says_why_and_leaves_the_file(self):
         self.write(family())
-        os.remove(os.path.join(self.root, "etc/passwd"))
-        self.run_tool("set", "m1", "Port", "143", expect=NOT_SAVED)
-        self.assertIn("is not saved: cannot ", self.message)
-        self.assertEqual(self.read(), family())
+        for missing, cause in [
+                ("etc/group", 'give the new accounts file to the account and the group "mobile": '
+                              "no such group in etc/group"),
+                ("etc/passwd", "no such account in etc/passwd")]:
+            os.remove(os.path.join(self.root, missing))
+            self.run_tool("set", "m1", "Port", "143", expect=NOT_SAVED)
+            self.assertIn("is not saved: cannot ", self.message)
+            self.assertIn(cause, self.message)
+            self.assertEqual(self.read(), family())
         self.run_tool("--verbose", "set", "m1", "Port", "143", expect=NOT_SAVED)
         self.assertIn("Failed to save accounts to filesystem.", self.message)
+        folder = os.path.dirname(self.path)
+        os.rename(folder, folder + "-")
+        self.run_tool("add", "Mail", "IMAPAccount", expect=NOT_SAVED)
+        self.assertIn(f"cannot open the folder {folder}: No such file or directory", self.message)
+        user = self.as_another_user()
+        os.rename(folder + "-", folder)
+        os.chmod(folder, 0o555)
+        self.run_tool("set", "m1", "Port", "143", expect=NOT_SAVED, user=user)
+        os.chmod(folder, 0o755)
+        self.assertIn("make a new accounts file: Permission denied; run as mobile", self.message)
 
     def test_what_is_short_is_told_and_nothing_stays_behind(self):
         self.write([mail(f"m{number}", Filler=str(number) * 5000) for number in range(1500)])
@@ -268,13 +293,7 @@ class UnreadableFiles(ToolTest):
         refused("Is a directory; move away")
         os.rmdir(self.path)
         os.rename(secret, self.path)
-        user = None
-        if os.getuid() == 0:
-            # The folders may be looked into, and written to.
-            user = OTHER_USER
-            subprocess.run(["chmod", "-R", "a+rwX", os.path.dirname(self.root)], check=True)
-            if subprocess.run([TOOL, "--help"], capture_output=True, user=user).returncode != DONE:
-                self.skipTest("another user may not run the tool")
+        user = self.as_another_user()
         os.chmod(self.path, 0o600 if user else 0)
         refused("Permission denied; run as mobile", user)
         self.run_tool("diff", self.path, self.path, expect=UNREADABLE, user=user)
@@ -536,6 +555,33 @@ class Comparing(ToolTest):
                         before, after = after, before
                     self.assertEqual(before, records)
                     self.assertEqual([r["Type"] for r in after], ["Gmail"])
+
+    def test_check_looks_at_creators_modules_and_what_saves_left(self):
+        self.write([])
+        folder = os.path.dirname(self.path)
+        left = [os.path.join(folder, name) for name in (".tallbook-0123456789abcdef",
+                                                        "com.orvane.tallbook.plist.unreadable-3")]
+        for path in [*left, os.path.join(folder, ".tallbook-other"), os.path.join(self.root, "bad.so")]:
+            open(path, "w").close()
+        self.assertEqual([(f["effect"], f["place"]) for f in self.json("check")],
+                         [("leftover", path) for path in left])
+        modules = self.json("check", "--modules")
+        self.assertIn("DeviceLocalAccount offers accountWithBasicAccount", modules[0]["why"])
+
+        def creator(framework):
+            return {"Type": "NotifierAccount", "Description": {
+                "Framework": framework, "Class": "C", "Supported Dataclasses": [dataclass("Mail")]}}
+        creators = os.path.join(self.root, "usr/share/tallbook/AccountCreators.plist")
+        with open(creators, "wb") as file:
+            plistlib.dump({"Mail": [creator("bad.so"), creator("none.so")]}, file)
+        broken = [f for f in self.json("check", "--modules", expect=NOT_FOUND) if f["effect"] == "broken"]
+        self.assertEqual([f["place"] for f in broken], [f"{creators}, Mail[{n}]" for n in (1, 0)])
+        # The same is said when a save needs the module, and other types are served as ever.
+        self.run_tool("add", "Gmail", "GmailAccount")
+        self.assertEqual(self.message, "")
+        identifier = self.run_tool("add", "Mail", "IMAPAccount").strip()
+        self.run_tool("enable", identifier, "Mail", expect=NOT_SAVED)
+        self.assertIn(f"{creators}, Mail[1]: there is no module {self.root}/none.so", self.message)
 
 
 class Watching(ToolTest):

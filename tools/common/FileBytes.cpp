@@ -66,10 +66,14 @@ std::string bytesOfFile(const std::string& path, std::error_code& error) {
   return bytes;
 }
 
+std::string adviceOnRefusal(const std::error_code& error) {
+  const bool isRefused =
+      error == std::errc::permission_denied || error == std::errc::operation_not_permitted;
+  return isRefused ? "; run as mobile" : "";
+}
+
 std::string adviceOnUnreadable(const std::error_code& error) {
-  if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted) {
-    return "run as mobile";
-  }
+  if (const std::string advice = adviceOnRefusal(error); !advice.empty()) return advice.substr(2);
   if (error == std::errc::is_a_directory || error == std::errc::not_supported) {
     return "move away what lies there, it is no regular file";
   }

@@ -71,7 +71,9 @@ bool isColourTerminal() {
 }
 
 std::string shown(const std::string& text) {
-  return isTerminal() ? spelledOut(text, "\\x", "\n\t") : text;
+  std::string spelled = spelledOut(text, "\\x", "\n\t");
+  // Most texts are spelled as they are, and asking what the output is takes longer than they do.
+  return spelled == text || !isTerminal() ? text : spelled;
 }
 
 std::string styled(Style style, const std::string& text) {

@@ -48,7 +48,8 @@ ExitCode history(const Options& options, bool forget);
 ExitCode restore(const Options& options, const std::string& generation);
 /// Restores the newest generation, and undone in turn the state before it.
 ExitCode undo(const Options& options);
-ExitCode check(const Options& options);
+/// `withModules` also loads the modules, each in a process of its own.
+ExitCode check(const Options& options, bool withModules);
 /// All dataclasses of the account's type for an empty one.
 ExitCode explain(const Options& options, const std::string& identifier,
                  const std::string& dataclass);

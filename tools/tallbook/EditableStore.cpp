@@ -2,9 +2,11 @@
 
 #include "tallbook/Vocabulary.h"
 
+#include "tools/common/FileBytes.h"
 #include "tools/common/Output.h"
 #include "tools/common/Program.h"
 #include "tools/tallbook/ClashText.h"
+#include "tools/tallbook/CreatorsCheck.h"
 
 namespace tallbook::tool {
 namespace {
@@ -62,7 +64,8 @@ void EditableStore::save(AccountsManager::KeepGeneration keep) const {
     noteUntold(failure);
   }
   if (!receipt.isSaved) {
-    throw Failure(ExitCode::NotSaved, "the change is not saved: " + receipt.failure.text() + "; " +
+    throw Failure(ExitCode::NotSaved, "the change is not saved: " + receipt.failure.text() +
+                                          adviceOnRefusal(receipt.failure.error) + "; " +
                                           _file.path + " is as it was");
   }
   failFromHereOnWith(static_cast<int>(ExitCode::NotPrinted));
@@ -86,7 +89,7 @@ void requireNoUpgradeAhead(const AccountsFile& file, const Options& options) {
 
 void noteUntold(const InternalConsistencyFailure& failure) {
   note(std::string("the change is saved, but not everyone who listens could be told: ") +
-       failure.what());
+       failure.what() + adviceOnFailure());
 }
 
 void requireLoadable(const DictionaryRef& properties) {

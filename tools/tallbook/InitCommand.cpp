@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -18,7 +19,9 @@ void write(const fs::path& path, const std::string& text) {
   std::ofstream stream(path);
   stream << text;
   if (!stream.flush()) {
-    throw Failure(ExitCode::NotSaved, path.string() + " cannot be written; choose another folder");
+    throw Failure(ExitCode::NotSaved,
+                  path.string() + " cannot be written: " + std::generic_category().message(errno) +
+                      "; choose another folder");
   }
 }
 

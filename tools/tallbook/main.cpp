@@ -14,6 +14,7 @@
 #include "tools/common/Output.h"
 #include "tools/common/Program.h"
 #include "tools/tallbook/Commands.h"
+#include "tools/tallbook/CreatorsCheck.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {
@@ -75,7 +76,7 @@ class CommandLine {
   std::optional<std::string> className, otherwise;
   std::optional<double> seconds;
   std::string before, after, generation;
-  bool forget = false;
+  bool forget = false, modules = false;
   std::vector<std::string> types;
   WatchOptions watching;
 };
@@ -154,8 +155,12 @@ void CommandLine::declareReading(CLI::App& app) {
                      "Remove them all, with what they hold of removed accounts");
       });
 
-  command(app, "check", "What the next load would drop, repair or ignore",
-          [this] { return check(options); });
+  command(
+      app, "check", "What the next load would drop, repair or ignore, and what modules lack",
+      [this] { return check(options, modules); },
+      [this](CLI::App& sub) {
+        sub.add_flag("--modules", modules, "Load each module, in a process of its own");
+      });
 
   command(
       app, "explain", "Why the dataclasses of an account are on or off",
@@ -303,8 +308,7 @@ int answer(int argc, char** argv) {
   } catch (const Failure& failure) {
     return fail(failure.what(), static_cast<int>(failure.code()));
   } catch (const InternalConsistencyFailure& failure) {
-    return fail(std::string("the installation is broken: ") + failure.what() + "; reinstall it",
-                static_cast<int>(ExitCode::NotSaved));
+    return fail(failure.what() + adviceOnFailure(), static_cast<int>(ExitCode::NotSaved));
   }
 }
 
