@@ -22,6 +22,12 @@ std::string faultOfFullAccounts(const PlugInClass& creator, const String& type) 
          (made ? "\", which offers no initWithProperties" : "\", which is no class");
 }
 
+std::string listed(const std::vector<std::string_view>& names) {
+  std::string text;
+  for (const std::string_view name : names) text.append(text.empty() ? "" : ", ").append(name);
+  return text.empty() ? "nothing" : text;
+}
+
 CreatorOperations operationsOf(const PlugInClass& made, const AccountCreator& creator) {
   CreatorOperations operations;
   const auto look = [&](std::string_view name, bool isOffered) {
@@ -47,6 +53,12 @@ CreatorOperations operationsOf(const PlugInClass& made, const AccountCreator& cr
 }
 
 }  // namespace
+
+std::string CreatorOperations::text() const {
+  if (offered.empty() && lacking.empty()) return fault;
+  return fault + (fault.empty() ? "offers " : "; offers ") + listed(offered) + " and lacks " +
+         listed(lacking);
+}
 
 CreatorOperations operationsOfCreator(const AccountCreator& creator) {
   try {

@@ -29,10 +29,13 @@ struct AccountCreator {
 [[nodiscard]] TALLBOOK_EXPORT std::vector<AccountCreator> accountCreators();
 
 /// Of the class operations that count for a creator's role, those that its class has and has not.
-struct CreatorOperations {
-  std::vector<std::string_view> offered, lacking;
+struct TALLBOOK_EXPORT CreatorOperations {
+  std::vector<std::string_view> offered, lacking;  ///< both empty where no class was found
   /// Why the class cannot do what its role is there for, on one line; else empty.
   std::string fault;
+
+  /// "it makes no sync accounts; offers nothing and lacks accountToRefreshForBasicAccount".
+  std::string text() const;
 };
 
 /// Loads the module of a sound entry, for good and with all that its code does then, and looks at

@@ -566,7 +566,7 @@ class Comparing(ToolTest):
         self.assertEqual([(f["effect"], f["place"]) for f in self.json("check")],
                          [("leftover", path) for path in left])
         modules = self.json("check", "--modules")
-        self.assertIn("DeviceLocalAccount offers accountWithBasicAccount", modules[0]["why"])
+        self.assertIn("DeviceLocalAccount: offers accountWithBasicAccount", modules[0]["why"])
 
         def creator(framework):
             return {"Type": "NotifierAccount", "Description": {

@@ -75,20 +75,6 @@ std::string withoutLineFeeds(std::string_view text) {
 
 }  // namespace
 
-std::size_t leastWidth(Fit fit) {
-  switch (fit) {
-    case Fit::Middle:
-      return 13;
-    case Fit::Break:
-      return 16;
-    case Fit::Cut:
-      return 8;
-    case Fit::Whole:
-      break;
-  }
-  return 0;
-}
-
 std::size_t widthOf(std::string_view text) {
   std::size_t width = 0;
   while (!text.empty()) {
@@ -100,18 +86,9 @@ std::size_t widthOf(std::string_view text) {
 }
 
 std::string fitted(const std::string& text, Fit fit, std::size_t width) {
-  constexpr std::size_t kWidthOfEnd = 4;
-  switch (fit) {
-    case Fit::Middle:
-      return withoutMiddle(text, width, kWidthOfEnd);
-    case Fit::Break:
-      return broken(withoutLineFeeds(text), width);
-    case Fit::Cut:
-      return withoutMiddle(text, width, 0);
-    case Fit::Whole:
-      break;
-  }
-  return text;
+  if (fit == Fit::Whole) return text;
+  if (fit == Fit::Break) return broken(withoutLineFeeds(text), width);
+  return withoutMiddle(text, width, fit == Fit::Middle ? 4 : 0);
 }
 
 }  // namespace tallbook::tool

@@ -14,12 +14,10 @@ enum class Fit {
   Cut      ///< by its end
 };
 
-/// The least that a text is narrowed to.
-std::size_t leastWidth(Fit fit);
 /// The columns that a text takes where a table spells out what would command a terminal. The
 /// process's characters are UTF-8.
 std::size_t widthOf(std::string_view text);
-/// The text in at most so many columns, which are no fewer than the least. Lines of a broken one
+/// The text in at most so many columns, which are no fewer than 8. Lines of a broken one
 /// end with a line feed, and no other line feed is in it.
 std::string fitted(const std::string& text, Fit fit, std::size_t width);
 

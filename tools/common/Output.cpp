@@ -38,7 +38,9 @@ std::string spelledOut(std::string_view text, std::string_view prefix, std::stri
   return result;
 }
 
-std::string_view colourOf(Style style) {
+}  // namespace
+
+const char* colourOf(Style style) {
   switch (style) {
     case Style::Added:
       return "\033[32m";
@@ -51,8 +53,6 @@ std::string_view colourOf(Style style) {
   }
   return "";
 }
-
-}  // namespace
 
 bool isTerminal() {
   static const bool answer = [] {

@@ -11,6 +11,8 @@ using JSON = nlohmann::ordered_json;
 
 enum class Style { Plain, Added, Removed, Changed };
 
+/// The control sequence that begins the style; empty for a plain one.
+const char* colourOf(Style style);
 /// Whether standard output is a terminal.
 bool isTerminal();
 /// Whether it is one that may be written to in colour: not where NO_COLOR is set and not empty.

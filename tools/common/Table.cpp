@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <numeric>
+#include <utility>
 
 #include "tools/common/Program.h"
 #include "tools/common/SmartColumns.h"
@@ -16,19 +17,9 @@ namespace {
 // What a row of a tree is moved to the right by, below its parent.
 constexpr std::size_t kStep = 2;
 
-const char* colourOf(Style style) {
-  switch (style) {
-    case Style::Added:
-      return "green";
-    case Style::Removed:
-      return "red";
-    case Style::Changed:
-      return "yellow";
-    case Style::Plain:
-      break;
-  }
-  return nullptr;
-}
+// How columns give way, and the least that they are narrowed to.
+constexpr std::pair<Fit, std::size_t> kNarrowing[] = {
+    {Fit::Middle, 13}, {Fit::Break, 16}, {Fit::Cut, 8}};
 
 template <class Made>
 Made* required(Made* made) {
@@ -62,11 +53,11 @@ bool Table::fit(std::size_t width) {
   }
   std::size_t total = std::accumulate(widths.begin(), widths.end(), widths.size() - 1);
   if (total <= width) return false;
-  for (const Fit fit : {Fit::Middle, Fit::Break, Fit::Cut}) {
+  for (const auto& [fit, leastOfFit] : kNarrowing) {
     while (total > width) {
       std::size_t* widest = nullptr;
       for (std::size_t column = 0; column < widths.size(); ++column) {
-        const std::size_t least = std::max(ofTitles[column], leastWidth(fit));
+        const std::size_t least = std::max(ofTitles[column], leastOfFit);
         if (_columns[column].fit != fit || widths[column] <= least) continue;
         if (!widest || widths[column] > *widest) widest = &widths[column];
       }
@@ -110,7 +101,7 @@ void Table::print() {
         throw std::bad_alloc();
       }
     }
-    if (const char* colour = colourOf(line.style)) library.line_set_color(line.printed, colour);
+    if (line.style != Style::Plain) library.line_set_color(line.printed, colourOf(line.style));
   }
   // The table writes through C's streams.
   std::cout.flush();

@@ -80,7 +80,7 @@ void Story::stageEnded(const MigrationStage& ended) {
     _saveFailure = ended.store.saveFailure().text();
   }
   // Those of the last save that succeeded. Kept any longer, they would cost the saves memory.
-  if (ended.name == kSaving && _lastSaved) _written = ended.store._recordsAsSaved();
+  if (ended.name == kSaving) _written = ended.store._recordsAsSaved();
   _stages.push_back(ended.name);
 }
 

@@ -1,7 +1,8 @@
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <iterator>
+
+#include "tallbook/LeftoverFiles.h"
 
 #include "tools/common/AccountsFile.h"
 #include "tools/common/Output.h"
@@ -11,28 +12,6 @@
 
 namespace tallbook::tool {
 namespace {
-
-/// What saves left beside the accounts file.
-std::vector<Finding> leftovers(const std::filesystem::path& file) {
-  constexpr std::string_view kTemporary = ".tallbook-";
-  const std::string kept = file.filename().string() + ".unreadable-";
-  std::vector<Finding> findings;
-  std::error_code unseen;
-  for (const auto& entry : std::filesystem::directory_iterator(file.parent_path(), unseen)) {
-    const std::string name = entry.path().filename().string();
-    if (name.starts_with(kept)) {
-      findings.push_back({"leftover", entry.path().string(),
-                          "a save found it in place of the accounts file; restore from it what it "
-                          "is needed for, and remove it"});
-    } else if (name.size() == kTemporary.size() + 16 && name.starts_with(kTemporary) &&
-               name.find_first_not_of("0123456789abcdef", kTemporary.size()) == name.npos) {
-      findings.push_back({"leftover", entry.path().string(),
-                          "a save was stopped before it was done; remove it when nobody saves"});
-    }
-  }
-  std::ranges::sort(findings, {}, &Finding::place);
-  return findings;
-}
 
 Style styleOf(std::string_view effect) {
   if (effect == "dropped" || effect == "broken") return Style::Removed;
@@ -54,7 +33,9 @@ ExitCode check(const Options& options, bool withModules) {
       file.topLevel ? findingsOf(*file.topLevel) : std::vector<Finding>();
   std::ranges::move(findingsOfCreators(), std::back_inserter(findings));
   if (withModules) std::ranges::move(findingsOfModules(), std::back_inserter(findings));
-  std::ranges::move(leftovers(file.path), std::back_inserter(findings));
+  for (const LeftoverFile& left : leftoverFiles()) {
+    findings.push_back({"leftover", left.path, left.why});
+  }
   if (options.json) {
     JSON array = JSON::array();
     for (const Finding& finding : findings) {

@@ -17,29 +17,13 @@
 namespace tallbook::tool {
 namespace {
 
-std::string listed(const std::vector<std::string_view>& names) {
-  std::string text;
-  for (const std::string_view name : names) text.append(text.empty() ? "" : ", ").append(name);
-  return text.empty() ? "nothing" : text;
-}
-
-/// What the class of a creator can do: its effect and its words.
-JSON lookAt(const AccountCreator& creator) {
-  const CreatorOperations operations = operationsOfCreator(creator);
-  std::string why = operations.fault;
-  if (!operations.offered.empty() || !operations.lacking.empty()) {
-    why += std::string(why.empty() ? "" : "; ") + creator.className + " offers " +
-           listed(operations.offered) + " and lacks " + listed(operations.lacking);
-  }
-  return {operations.fault.empty() ? "fit" : "broken", why};
-}
-
 std::string endOf(int status) {
   if (WIFEXITED(status)) return "ends the process with " + std::to_string(WEXITSTATUS(status));
   return std::string("ends the process: ") + ::strsignal(WTERMSIG(status));
 }
 
-/// The same, found out in another process: a module's code may end the one it is loaded into.
+/// What the class of a creator can do, its effect and its words, found out in another process: a
+/// module's code may end the one it is loaded into.
 JSON lookFromAfarAt(const AccountCreator& creator) {
   constexpr unsigned kLongestLook = 60;  // seconds
   const int file = ::memfd_create("look", MFD_CLOEXEC);
@@ -48,7 +32,9 @@ JSON lookFromAfarAt(const AccountCreator& creator) {
     // What the module prints is no part of the result.
     ::dup2(STDERR_FILENO, STDOUT_FILENO);
     ::alarm(kLongestLook);
-    const std::string text = lookAt(creator).dump();
+    const CreatorOperations operations = operationsOfCreator(creator);
+    const char* const effect = operations.fault.empty() ? "fit" : "broken";
+    const std::string text = JSON{effect, creator.className + ": " + operations.text()}.dump();
     ::_exit(::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1);
   }
   int status = 0;
