@@ -17,9 +17,11 @@ namespace {
 // What a row of a tree is moved to the right by, below its parent.
 constexpr std::size_t kStep = 2;
 
+// What is left of a text, however far to the right its row is.
+constexpr std::size_t kLeastText = 8;
 // How columns give way, and the least that they are narrowed to.
 constexpr std::pair<Fit, std::size_t> kNarrowing[] = {
-    {Fit::Middle, 13}, {Fit::Break, 16}, {Fit::Cut, 8}};
+    {Fit::Middle, 13}, {Fit::Break, 16}, {Fit::Cut, kLeastText}};
 
 template <class Made>
 Made* required(Made* made) {
@@ -69,7 +71,9 @@ bool Table::fit(std::size_t width) {
   for (Line& line : _lines) {
     for (std::size_t column = 0; column < widths.size(); ++column) {
       std::string& cell = line.cells[column];
-      cell = fitted(cell, _columns[column].fit, widths[column] - indent(line, column));
+      const std::size_t moved = indent(line, column);
+      cell =
+          fitted(cell, _columns[column].fit, std::max(widths[column], moved + kLeastText) - moved);
     }
   }
   return true;
