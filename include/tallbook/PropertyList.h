@@ -31,4 +31,17 @@ namespace tallbook {
 [[nodiscard]] TALLBOOK_EXPORT std::optional<std::string> binaryPropertyList(
     const Value& root, std::string* errorDescription = nullptr);
 
+/// A property list in the XML encoding.
+struct XMLPropertyList {
+  std::string text;
+  /// Whether a date lost its fraction of a second, which the encoding has no place for.
+  bool hasShortenedDates = false;
+};
+
+/// `root` in the XML encoding, for people to read; nullopt, with `errorDescription` set where given
+/// to the place and the reason, when XML cannot carry it: what `binaryPropertyList` refuses,
+/// control characters in a text, null, a UID, a date outside the years 1 to 9999.
+[[nodiscard]] TALLBOOK_EXPORT std::optional<XMLPropertyList> xmlPropertyList(
+    const Value& root, std::string* errorDescription = nullptr);
+
 }  // namespace tallbook

@@ -4,6 +4,7 @@
 #include "platform/propertylist/BinaryWriter.h"
 #include "platform/propertylist/MalformedPropertyList.h"
 #include "platform/propertylist/XMLReader.h"
+#include "platform/propertylist/XMLWriter.h"
 
 namespace tallbook {
 
@@ -20,6 +21,15 @@ std::optional<Value> propertyListFromBytes(std::string_view bytes, std::string* 
 std::optional<std::string> binaryPropertyList(const Value& root, std::string* errorDescription) {
   try {
     return BinaryWriter::encoded(root);
+  } catch (const MalformedPropertyList& malformed) {
+    if (errorDescription) *errorDescription = malformed.what();
+    return std::nullopt;
+  }
+}
+
+std::optional<XMLPropertyList> xmlPropertyList(const Value& root, std::string* errorDescription) {
+  try {
+    return xmlText(root);
   } catch (const MalformedPropertyList& malformed) {
     if (errorDescription) *errorDescription = malformed.what();
     return std::nullopt;

@@ -4,9 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "tallbook/ScalarText.h"
 #include "tallbook/Value.h"
-
-#include "platform/propertylist/CivilTime.h"
 
 namespace tallbook {
 namespace {

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <ctime>
 #include <gtest/gtest.h>
 #include <limits>
@@ -40,6 +41,37 @@ TEST(TheXMLReader, ReadsEveryKind) {
     const auto value = propertyListFromBytes(document(inside), &problem);
     ASSERT_TRUE(value) << inside << ": " << problem;
     EXPECT_EQ(*value, expected) << inside << " read as " << value->description();
+  }
+}
+
+TEST(TheXMLWriter, WritesWhatTheReaderReads) {
+  const Value values[] = {"a & \xe2\x82\xac <b> ]]>\r\n\t",
+                          Array::make({}),
+                          Dictionary::make(),
+                          true,
+                          -7,
+                          std::numeric_limits<std::uint64_t>::max(),
+                          0.1,
+                          -std::numeric_limits<double>::infinity(),
+                          Date{-63113904000},
+                          Data(std::string_view("\0\xff", 2))};
+  DictionaryRef all =
+      Dictionary::make({{"k <", Array::make({std::begin(values), std::end(values)})}});
+  const auto written = xmlPropertyList(all);
+  ASSERT_TRUE(written);
+  EXPECT_EQ(propertyListFromBytes(written->text), Value(all));
+  EXPECT_FALSE(written->hasShortenedDates);
+  EXPECT_TRUE(xmlPropertyList(Date{0.5})->hasShortenedDates);
+}
+
+TEST(TheXMLWriter, NamesThePlaceOfWhatItRefuses) {
+  Value deep = Array::make();
+  for (int level = 0; level < kMaximumNesting; ++level) deep = Array::make({deep});
+  for (const Value& value : {Value("\x01"), Value("\xff"), Value("\xef\xbf\xbf"), Value(),
+                             Value(UID{1}), Value(Date{252'423'993'600}), Value(Date{NAN}), deep}) {
+    std::string problem;
+    EXPECT_FALSE(xmlPropertyList(Dictionary::make({{"a", Array::make({0, value})}}), &problem));
+    EXPECT_TRUE(problem.starts_with("a[1]")) << problem;
   }
 }
 

@@ -7,6 +7,7 @@ import datetime
 import fcntl
 import json
 import os
+import pathlib
 import plistlib
 import pty
 import re
@@ -58,13 +59,13 @@ class ToolTest(unittest.TestCase):
         self.path = os.path.join(self.root, "var/mobile/Library/Preferences/com.orvane.tallbook.plist")
 
     def run_tool(self, *arguments, root="", expect=DONE, limit=None, user=None, output=subprocess.PIPE,
-                 environment=None):
+                 given="", **environment):
         """Runs the tool and answers its output; the message goes to self.message. A limit is a
         resource of the process and how much of it there is."""
         of_device = [] if root is None else ["--root", root or self.root]
         done = subprocess.run([TOOL, *of_device, *arguments], stdout=output, stderr=subprocess.PIPE,
-                              timeout=60, user=user,
-                              env=os.environ | {"LC_ALL": "C.UTF-8"} | (environment or {}),
+                              timeout=60, user=user, input=given.encode(),
+                              env=os.environ | {"LC_ALL": "C.UTF-8"} | environment,
                               preexec_fn=limit and (lambda: resource.setrlimit(limit[0], (limit[1],) * 2)))
         self.message = done.stderr.decode()
         self.assertEqual(done.returncode, expect, (arguments, done.stdout, self.message))
@@ -80,6 +81,16 @@ class ToolTest(unittest.TestCase):
             self.skipTest("another user may not run the tool")
         return OTHER_USER
 
+    def terminal(self):
+        """Our end and the program's of a terminal."""
+        try:
+            ends = pty.openpty()
+        except OSError as error:
+            self.skipTest(f"no terminal can be made: {error}")
+        for end in ends:
+            self.addCleanup(os.close, end)
+        return ends
+
     def start(self, *arguments):
         return subprocess.Popen([TOOL, "--root", self.root, *arguments], stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True)
@@ -91,6 +102,10 @@ class ToolTest(unittest.TestCase):
         with open(path or self.path, "wb") as file:
             plistlib.dump({"Version": 12, "Accounts": records} | top, file,
                           fmt=plistlib.FMT_BINARY)
+
+    def which_file(self):
+        status = os.stat(self.path)
+        return status.st_ino, status.st_mtime_ns
 
     def read(self):
         with open(self.path, "rb") as file:
@@ -108,6 +123,8 @@ class Outcomes(ToolTest):
                 (DONE, "get", "m1", "Port"), (NOT_FOUND, "get", "m1", "Nothing"),
                 (NOT_FOUND, "set", "m9", "Port", "1"), (USAGE, "set", "m1", "Port", "many"),
                 (USAGE, "set", "m1", "Type", "Gmail"), (USAGE, "set", "m1", "Class", ""),
+                (USAGE, "set", "m1", "port", "143"), (USAGE, "set", "m1", "username", "x"),
+                (USAGE, "set", "m1", "", "x"), (DONE, "set", "m1", "Port", "0x3e1"),
                 (USAGE, "set", "m1", "Class", "NoMailClass"), (USAGE, "set", "m1", "Key", b"\xff"),
                 (NOT_FOUND, "unset", "m1", "Nothing"), (USAGE, "unset", "m1", "Identifier"),
                 (USAGE, "enable", "m1", "Nonsense"), (USAGE, "enable", "m1", "Backup"),
@@ -217,16 +234,11 @@ class Outcomes(ToolTest):
 
     def on_terminal(self, *arguments, width=80, **environment):
         """What the tool prints on a terminal, in the C locale."""
-        try:
-            ours, theirs = pty.openpty()
-        except OSError as error:
-            self.skipTest(f"no terminal can be made: {error}")
+        ours, theirs = self.terminal()
         fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("4H", 24, width, 0, 0))
         subprocess.run([TOOL, "--root", self.root, *arguments], stdout=theirs, check=True, timeout=60,
                        env=os.environ | {"LC_ALL": "C", "NO_COLOR": "", "TERM": "xterm"} | environment)
         printed = os.read(ours, 1 << 16)
-        os.close(ours)
-        os.close(theirs)
         return printed.decode().replace("\r\n", "\n")
 
     def test_only_a_terminal_gets_colours(self):
@@ -251,10 +263,20 @@ class Outcomes(ToolTest):
         self.assertIn("…", self.on_terminal("list", width=50).split("\n")[1].split(" ")[0])
         self.assertIn(long["Identifier"], self.on_terminal("list", width=200))
         self.assertEqual(self.on_terminal("get", long["Identifier"], "Evil"), "a\\x1b[31m\\x9bb\nc\n")
-        for row in (self.run_tool("list", environment={"LC_ALL": "C"}), self.run_tool("list", environment={"LC_ALL": "de_DE.ISO-8859-1"})):
+        for row in (self.run_tool("list", LC_ALL="C"), self.run_tool("list", LC_ALL="de_DE.ISO-8859-1")):
             for text in ("Büro\\x0a", "日本", long["Identifier"], "Mail, Contacts, Calendars, Notes\n"):
                 self.assertIn(text, row)
         self.assertEqual(self.run_tool("get", long["Identifier"], "Evil"), long["Evil"] + "\n")
+
+
+class Manuals(unittest.TestCase):
+    def test_the_property_lists_that_they_show_can_be_pasted(self):
+        tree = pathlib.Path(__file__).parents[2]
+        shown = [text for manual in [*tree.glob("docs/*.md"), *tree.glob("examples/*.md")]
+                 for text in re.findall(r"^```xml\n(.*?)^```", manual.read_text(), re.MULTILINE | re.DOTALL)]
+        self.assertGreaterEqual(len(shown), 3)
+        for text in shown:
+            self.assertTrue(plistlib.loads(text.encode()), text)
 
 
 class UnreadableFiles(ToolTest):
@@ -310,7 +332,7 @@ class UnreadableFiles(ToolTest):
         for command in [("list",), ("set", "m1", "Port", "1"),
                         ("--replace-unreadable", "add", "Mail", "IMAPAccount")]:
             with self.subTest(command=command):
-                self.run_tool(*command, expect=UNREADABLE, environment={"LD_LIBRARY_PATH": self.root})
+                self.run_tool(*command, expect=UNREADABLE, LD_LIBRARY_PATH=self.root)
                 self.assertIn(f"{self.path} cannot be read: libexpat.so.1", self.message)
         with open(self.path, "rb") as file:
             self.assertEqual(file.read(), content)
@@ -333,12 +355,13 @@ class Changes(ToolTest):
         for kind, text, value in [
                 ("string", "993", "993"), ("integer", "18446744073709551615", 2**64 - 1),
                 ("integer", "-9223372036854775808", -2**63), ("real", "0.1", 0.1),
-                ("boolean", "true", True), ("data", "AP8=", b"\0\xff"), ("uid", "5", plistlib.UID(5)),
+                ("integer", "-0x10", -16), ("boolean", "true", True), ("boolean", "off", False),
+                ("date", "4001-01-01T14:00:00+01:30", date), ("date", "4001-01-01T10:30:00-02:00", date), ("data", "AP8=", b"\0\xff"), ("uid", "5", plistlib.UID(5)),
                 ("date", "4001-01-01T12:30:00Z", date), ("json", '{"a": [1, 2.0, "ü\\u0000"]}',
                                                        {"a": [1, 2.0, "ü\0"]}),
                 ("json", '{"$data": "AQI="}', b"\1\2")]:
             with self.subTest(kind=kind, text=text):
-                self.run_tool("set", "m1", "K", "--type", kind, "--", text)
+                self.run_tool("set", "m1", "K", "--type", kind, text)
                 stored = self.read()[0]["K"]
                 self.assertEqual((type(stored), stored), (type(value), value))
                 # What get prints as JSON is what set takes.
@@ -346,11 +369,22 @@ class Changes(ToolTest):
                 self.run_tool("set", "m1", "Copy", "--type", "json", "--", again)
                 self.assertEqual(self.read()[0]["Copy"], value)
         self.run_tool("set", "m1", "Port", "143")
-        self.run_tool("set", "m1", "New", "143")
+        for key, value, hint in [("New", "143", "--type integer"), ("Off", "off", "--type boolean"),
+                                 ("DisplayName", "143", ""), ("port", "text", "")]:
+            self.run_tool("set", "m1", key, "--new-key", "-", given=value + "\n")
+            self.assertIn(hint, self.message)
+            self.assertEqual(bool(self.message), bool(hint))
         self.run_tool("unset", "m1", "K")
         record = self.read()[0]
         self.assertEqual((record["Port"], record["New"], record["Kept"]), (143, "143", plistlib.UID(7)))
         self.assertNotIn("K", record)
+        for kind, text, told in [("boolean", "maybe", "yes, no, on or off"), ("json", '{"a":\n tru}', "line 2, column 5"),
+                                 ("integer", "1e3", "0x1F"), ("date", "today", "+01:00")]:
+            self.run_tool("set", "m1", "Port", "--type", kind, text, expect=USAGE)
+            self.assertIn(told, self.message)
+        saved = self.which_file()
+        self.run_tool("set", "m1", "Port", "143")
+        self.assertEqual(self.which_file(), saved, "the value that was there was saved again")
 
     def test_children_change_in_their_place(self):
         self.write(family())
@@ -443,6 +477,109 @@ class GoingBack(ToolTest):
         self.run_tool("undo", expect=USAGE)
         self.run_tool("--give-up-upgrade", "undo")
         self.assertEqual(len(self.read()), 2)
+
+
+class Bulk(ToolTest):
+    def apply(self, records, *options, expect=DONE):
+        text = json.dumps({"Accounts": records})
+        return self.run_tool("apply", "-", *options, given=text, expect=expect)
+
+    def test_accounts_become_what_a_text_says_once(self):
+        self.write(family() + [mail("stays", Port=1)])
+        wanted = family() + [mail("new", Data={"$data": "AP8="})]
+        wanted[0] = mail("m1", Port=143, Server="mail.example")
+        wanted[1]["ChildAccounts"][0]["DisplayName"] = "First"
+        del wanted[1]["ChildAccounts"][1]
+        before = self.which_file()
+        shown = self.apply(wanted, "--dry-run", "--prune")
+        self.assertEqual(self.which_file(), before)
+        for line in ["~ Port: 993 -> 143", "- DisplayName", "- OrvaneAccount p1", "+ Mail new", "- Mail stays"]:
+            self.assertIn(line, shown)
+        self.apply(wanted)
+        wanted[2]["Data"] = b"\0\xff"
+        self.assertCountEqual(self.read(), wanted + [mail("stays", Port=1)])
+        xml = self.path + ".xml"
+        with open(xml, "wb") as file:
+            plistlib.dump({"Accounts": wanted}, file)
+        before = self.which_file()
+        self.assertEqual(self.run_tool("apply", xml), "")
+        self.assertEqual(self.which_file(), before, "what was there already was saved again")
+        self.run_tool("apply", "--prune", xml)
+        self.assertCountEqual(self.read(), wanted)
+        self.run_tool("undo")
+        self.assertCountEqual(self.read(), wanted + [mail("stays", Port=1)])
+        self.assertEqual([c["record"] for c in self.json("diff", xml)], ["file", "Mail stays"])
+
+    def test_what_dump_prints_changes_nothing(self):
+        twins = [mail("a", Port=1), mail("a", Port=2), mail("", Port=0)]
+        anonymous = {"Type": "Gmail", "Class": "GmailAccount"}
+        self.write([*twins, anonymous, anonymous, mail("b", Type="Unknown"), "text", *family()])
+        before = self.which_file()
+        self.assertEqual(self.run_tool("apply", "--prune", "-", given=self.run_tool("--json", "dump")), "")
+        self.assertEqual(self.run_tool("apply", "-", given=self.run_tool("dump")), "")
+        self.assertEqual(self.which_file(), before)
+        self.apply([], "--prune")
+        self.assertIn("cannot be loaded stay: 5", self.message)
+        self.assertEqual([record["type"] for record in self.json("list")], ["Mail", "Gmail", "Gmail"])
+
+    def test_what_cannot_be_had_is_refused_as_a_whole(self):
+        self.write(family())
+        device = {"Type": "OnMyDevice", "Class": "DeviceLocalAccount"}
+        for records in [[mail("m1", Type="Gmail")], [mail("n", Type="Unknown")], [mail("n", Class="")],
+                        [{"Type": "Mail", "Class": "IMAPAccount"}], [mail("n"), mail("n")], ["text"],
+                        [mail("c1")], [device | {"Identifier": i} for i in "ab"]]:
+            with self.subTest(records=records):
+                self.apply([mail("first")] + records, expect=USAGE)
+                self.assertIn("Accounts[", self.message)
+                self.assertEqual(self.read(), family())
+        for code, text in [(UNREADABLE, "{]"), (UNREADABLE, ""), (UNREADABLE, "[1]"), (UNREADABLE, '{"Accounts": 5}'),
+                           (UNREADABLE, '{"Accounts": [{"a": {"$data": "?"}}]}'), (USAGE, '{"Version": 7, "Accounts": []}')]:
+            with self.subTest(text=text):
+                self.run_tool("apply", "-", given=text, expect=code)
+        self.run_tool("apply", self.path + ".none", expect=NOT_FOUND)
+        self.assertEqual(self.read(), family())
+
+    def edit(self, *arguments, by, **more):
+        return self.run_tool("edit", *arguments, EDITOR="false", VISUAL=by, TMPDIR=self.root + "/tmp", **more)
+
+    def test_what_is_edited_is_merged_with_what_others_did_meanwhile(self):
+        self.write(family())
+        others = f"{TOOL} --root {self.root} set m1 Server mail.example"
+        self.assertIn("~ Port: 993 -> 143", self.edit("m1", by=f"f() {{ {others}; sed -i s/993/143/ $1; }}; f"))
+        self.edit("c1", by='sed -i "s/{/{ \\"DisplayName\\": \\"First\\",/"')
+        account = family()[0] | {"Port": 143, "Server": "mail.example"}
+        umbrella = family()[1]
+        umbrella["ChildAccounts"][0]["DisplayName"] = "First"
+        self.assertEqual(self.read(), [account, umbrella])
+        self.edit(by="sed -i s/p1/p2/")
+        self.assertEqual(self.read(), [account, umbrella | {"Identifier": "p2"}])
+        self.assertEqual(os.listdir(self.root + "/tmp"), ["AccountMigrationInProgress"])
+
+    def test_a_text_that_cannot_be_taken_is_not_lost(self):
+        self.write(family())
+        before = self.which_file()
+        self.edit(by="true")
+        self.edit(by="false", expect=NOT_SAVED)
+        self.assertEqual(os.listdir(self.root + "/tmp"), ["AccountMigrationInProgress"])
+        for code, told, *arguments in [(UNREADABLE, "line ", ), (USAGE, "line 3, column ", "m1")]:
+            self.edit(*arguments, by="sed -i s/IMAPAccount/\\\"/", expect=code)
+            self.assertIn(told, self.message)
+            kept = self.message.split(" kept in ")[1].strip()
+            with open(kept) as file:
+                self.assertIn('"Class": """', file.read())
+            self.assertEqual((os.stat(kept).st_mode & 0o777, os.stat(os.path.dirname(kept)).st_mode & 0o777),
+                             (0o600, 0o700))
+        self.assertEqual(self.which_file(), before)
+
+    def test_children_go_only_when_somebody_at_a_terminal_agrees(self):
+        self.write(family())
+        ours, theirs = self.terminal()
+        for answer, code, *more in [(b"n\n", NOT_SAVED), (b"", DONE, "--yes")]:
+            os.write(ours, answer)
+            done = subprocess.run([TOOL, "--root", self.root, "remove", "p1", *more], stdin=theirs,
+                                  capture_output=True, timeout=60)
+            self.assertEqual((done.returncode, b"its children (2)?" in done.stderr), (code, not more))
+        self.assertEqual([record["Identifier"] for record in self.read()], ["m1"])
 
 
 class Neighbours(ToolTest):

@@ -44,17 +44,6 @@ AccountsFile readAccountsFile() {
   return {AccountsManager::readAccountsFile(), AccountsManager::fullPathToTallbookPlist()};
 }
 
-AccountsFile readAccountsFile(const std::string& path) {
-  std::error_code error;
-  const std::string bytes = bytesOfFile(path, error);
-  if (!error) return {accountsFileFromBytes(bytes), path};
-  AccountsFile file{{}, path};
-  if (error != std::errc::no_such_file_or_directory) {
-    file.state = {Kind::Unreadable, 0, error.message(), error};
-  }
-  return file;
-}
-
 Failure unusable(const AccountsFile& file, const std::string& advice) {
   const bool isRead = file.state.kind == Kind::Malformed;
   return Failure(ExitCode::Unreadable,

@@ -21,8 +21,6 @@ struct AccountsFile : AccountsFileContents {
 
 /// The device's own file.
 AccountsFile readAccountsFile();
-/// One that lies anywhere.
-AccountsFile readAccountsFile(const std::string& path);
 /// The failure that names an unusable file. The advice is for one that is no accounts file; what to
 /// do about one that could not be read depends on why.
 Failure unusable(const AccountsFile& file, const std::string& advice);

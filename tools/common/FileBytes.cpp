@@ -66,6 +66,11 @@ std::string bytesOfFile(const std::string& path, std::error_code& error) {
   return bytes;
 }
 
+std::string bytesOfStandardInput(std::error_code& error) {
+  error.clear();
+  return readToEnd(STDIN_FILENO, error);
+}
+
 std::string adviceOnRefusal(const std::error_code& error) {
   const bool isRefused =
       error == std::errc::permission_denied || error == std::errc::operation_not_permitted;

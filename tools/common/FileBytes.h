@@ -9,6 +9,9 @@ namespace tallbook::tool {
 /// such file" among them, and no bytes for everything else.
 std::string bytesOfFile(const std::string& path, std::error_code& error);
 
+/// The bytes of standard input to its end.
+std::string bytesOfStandardInput(std::error_code& error);
+
 /// "; run as mobile" where that is what the system's refusal takes; else empty.
 std::string adviceOnRefusal(const std::error_code& error);
 /// What to do about a file that the system does not let a program read.

@@ -8,6 +8,7 @@
 
 #include "tools/common/Dataclasses.h"
 #include "tools/common/Output.h"
+#include "tools/common/Question.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/EditableStore.h"
 #include "tools/tallbook/Explanation.h"
@@ -36,9 +37,7 @@ std::shared_ptr<BasicAccount> newRecord(const AccountsManager& store, const std:
   if (type != kOnMyDeviceAccountType.view()) {
     return BasicAccount::accountWithTypeClass(type, className);
   }
-  if (store.countOfBasicAccountsWithTypes({kOnMyDeviceAccountType}) > 0) {
-    throw Failure(ExitCode::Usage, "the device has its on-device account already, and only one");
-  }
+  requireRoomFor(type, store);
   return BasicAccount::initWithProperties(DeviceLocalAccount::basicAccountProperties(className));
 }
 
@@ -114,9 +113,15 @@ ExitCode add(const Options& options, const std::string& type,
   return ExitCode::Done;
 }
 
-ExitCode remove(const Options& options, const std::string& identifier) {
+ExitCode remove(const Options& options, const std::string& identifier, bool isAgreedTo) {
   const EditableStore store(options);
   const auto record = recordNamed(*store, identifier);
+  const ArrayRef children = (*record->properties())[kAccountChildAccounts].array();
+  if (!isAgreedTo && children && !children->empty() && isSomebodyThere() &&
+      !isAgreed("remove \"" + nameOf(*record) + "\" and its children (" +
+                std::to_string(children->size()) + ")?")) {
+    throw Failure(ExitCode::NotSaved, "nothing is removed");
+  }
   const String own = record->identifier();
   if (const auto parent = record->parentAccount()) {
     store->removeChildWithIdentifierFromAccount(own, parent);

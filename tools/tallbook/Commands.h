@@ -25,9 +25,15 @@ ExitCode show(const Options& options, const std::string& identifier);
 /// The text `otherwise` is printed for a key that the account lacks.
 ExitCode get(const Options& options, const std::string& identifier, const std::string& key,
              const std::optional<std::string>& otherwise);
-/// `kind` as `valueFromText` takes it; empty for the kind that the key has now, else a string.
-ExitCode set(const Options& options, const std::string& identifier, const std::string& key,
-             const std::string& text, const std::string& kind);
+/// What `set` stores, and where.
+struct Assignment {
+  std::string identifier, key;
+  std::string text;       ///< "-" for that of standard input
+  std::string kind;       ///< as `valueFromText` takes it; empty for that of the key, else a string
+  bool mayBeNew = false;  ///< though another key differs in capitals alone
+};
+/// Saves nothing where the value is there already.
+ExitCode set(const Options& options, const Assignment& assignment);
 ExitCode unset(const Options& options, const std::string& identifier, const std::string& key);
 ExitCode setEnabled(const Options& options, const std::string& identifier,
                     const std::string& dataclass, bool enabled);
@@ -36,11 +42,16 @@ ExitCode setEnabled(const Options& options, const std::string& identifier,
 ExitCode add(const Options& options, const std::string& type,
              const std::optional<std::string>& className, const std::string& name,
              const std::string& parent);
-ExitCode remove(const Options& options, const std::string& identifier);
+/// Asks before it removes children with it, where somebody is there and it is not agreed to.
+ExitCode remove(const Options& options, const std::string& identifier, bool isAgreedTo);
+/// Has one account, or for an empty identifier all, edited as JSON, and saves what was edited.
+ExitCode edit(const Options& options, const std::string& identifier);
+/// Makes accounts as a file, or standard input for "-", has them; with `prune` no others stay.
+ExitCode apply(const Options& options, const std::string& path, bool prune);
 /// The whole catalogue for an empty type.
 ExitCode types(const Options& options, const std::string& type);
 ExitCode dump(const Options& options);
-/// Files or generations; the device's present file for an empty `after`.
+/// Files, as `apply` takes them, or generations; the device's present file for an empty `after`.
 ExitCode diff(const Options& options, const std::string& before, const std::string& after);
 /// The generations of the accounts file; with `forget` they are removed instead.
 ExitCode history(const Options& options, bool forget);

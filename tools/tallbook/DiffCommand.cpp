@@ -1,6 +1,6 @@
 #include "tallbook/AccountsHistory.h"
 
-#include "tools/common/AccountsFile.h"
+#include "tools/tallbook/AccountsText.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/FileDifferences.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 /// The accounts file of that path, else the generation of that name.
 AccountsFile accountsFileOrGeneration(const std::string& name) {
-  AccountsFile file = readAccountsFile(name);
+  AccountsFile file = readAccountsText(name);
   if (file.state.kind != AccountsFileState::Kind::Missing) return file;
   file.topLevel = AccountsHistory::content(name).accountsFile;
   if (file.topLevel) file.state.kind = AccountsFileState::Kind::Whole;

@@ -1,9 +1,10 @@
 #include <iostream>
 
+#include "tallbook/PropertyList.h"
+
 #include "tools/common/AccountsFile.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/JSONValue.h"
-#include "tools/tallbook/XMLText.h"
 
 namespace tallbook::tool {
 
@@ -18,9 +19,14 @@ ExitCode dump(const Options& options) {
     printJSON(jsonFromValue(file.topLevel));
     return ExitCode::Done;
   }
-  const XMLText xml = xmlPropertyList(file.topLevel);
-  std::cout << shown(xml.text);
-  if (xml.hasShortenedDates) {
+  std::string problem;
+  const auto xml = xmlPropertyList(file.topLevel, &problem);
+  if (!xml) {
+    throw Failure(ExitCode::NotFound, "XML cannot carry the file: " + problem +
+                                          "; \"tallbook --json dump\" prints everything");
+  }
+  std::cout << shown(xml->text);
+  if (xml->hasShortenedDates) {
     note("dates are printed without their fractions of a second; --json keeps them");
   }
   return ExitCode::Done;

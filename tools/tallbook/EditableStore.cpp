@@ -34,10 +34,16 @@ EditableStore::EditableStore(const Options& options) {
   _store = AccountsManager::initWithAccountsFile(_file);
 }
 
+EditableStore EditableStore::again() const {
+  EditableStore fresh(*this);
+  fresh._store = AccountsManager::initWithAccountsFile(_file);
+  return fresh;
+}
+
 void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
   const std::shared_ptr<BasicAccount> parent = record->parentAccount();
   if (!parent) {
-    _store->updateAccount(record);
+    _store->replaceAccountWithAccount(record, record);
     return;
   }
   const ArrayRef children =
@@ -51,7 +57,7 @@ void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
     }
   }
   parent->setAccountPropertyForKey(children, kAccountChildAccounts);
-  _store->updateAccount(parent);
+  _store->replaceAccountWithAccount(parent, parent);
 }
 
 void EditableStore::save(AccountsManager::KeepGeneration keep) const {
@@ -90,6 +96,11 @@ void requireNoUpgradeAhead(const AccountsFile& file, const Options& options) {
 void noteUntold(const InternalConsistencyFailure& failure) {
   note(std::string("the change is saved, but not everyone who listens could be told: ") +
        failure.what() + adviceOnFailure());
+}
+
+void requireRoomFor(const String& type, const AccountsManager& store) {
+  if (type != kOnMyDeviceAccountType || store.countOfBasicAccountsWithTypes({type}) == 0) return;
+  throw Failure(ExitCode::Usage, "the device has its on-device account already, and only one");
 }
 
 void requireLoadable(const DictionaryRef& properties) {

@@ -17,6 +17,8 @@ class EditableStore {
  public:
   /// Throws Failure for such a file, and for one of an older version whose upgrade is not given up.
   explicit EditableStore(const Options& options);
+  /// Another store of the same file as it was then, without what was changed in this one.
+  EditableStore again() const;
 
   /// The accounts file that the store was made of.
   const AccountsFile& file() const { return _file; }
@@ -39,6 +41,8 @@ class EditableStore {
 void requireNoUpgradeAhead(const AccountsFile& file, const Options& options);
 /// Says that a change is saved although not everyone who listens could be told of it.
 void noteUntold(const InternalConsistencyFailure& failure);
+/// Throws Failure for a second account of the type of which a device has one.
+void requireRoomFor(const String& type, const AccountsManager& store);
 /// Throws Failure for a top-level record that the next load would drop.
 void requireLoadable(const DictionaryRef& properties);
 

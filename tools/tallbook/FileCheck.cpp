@@ -2,38 +2,19 @@
 
 #include <map>
 #include <set>
-#include <utility>
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/Dataclasses.h"
 #include "tools/common/Output.h"
+#include "tools/tallbook/RecordKeys.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {
 namespace {
 
 using Kind = Value::Kind;
-
-/// The kind that each key must have to be read.
-const std::vector<std::pair<String, Kind>>& kindsOfKeys() {
-  static const std::vector<std::pair<String, Kind>> kinds{
-      {kAccountIdentifier, Kind::String},
-      {kAccountSyncIdentifier, Kind::String},
-      {kAccountType, Kind::String},
-      {kAccountClass, Kind::String},
-      {kAccountDisplayName, Kind::String},
-      {kAccountUsername, Kind::String},
-      {kAccountTypeString, Kind::String},
-      {kAccountShortTypeString, Kind::String},
-      {kAccountEnabledDataclasses, Kind::Array},
-      {kAccountProvisionedDataclasses, Kind::Array},
-      {kCalendarsAccountSubscribedCalendars, Kind::Array},
-      {kAccountChildAccounts, Kind::Array},
-  };
-  return kinds;
-}
 
 std::string quoted(std::string_view text) {
   return "\"" + std::string(text) + "\"";
@@ -147,7 +128,7 @@ class FileCheck {
   void checkKeys(const std::string& place, const Dictionary& record) {
     for (const auto& [key, kind] : kindsOfKeys()) {
       const Value& value = record[key];
-      if (!value.isNull() && value.kind() != kind) {
+      if (!value.isNull() && kind != Kind::Null && value.kind() != kind) {
         add("ignored", place, quoted(key) + " " + textOfWrongKind(value, nameOfKind(kind)));
       }
     }

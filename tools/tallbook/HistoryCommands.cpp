@@ -5,9 +5,9 @@
 
 #include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/EditableStore.h"
 #include "tools/tallbook/FileDifferences.h"
 #include "tools/tallbook/LocalTimeText.h"
+#include "tools/tallbook/WantedAccounts.h"
 
 namespace tallbook::tool {
 namespace {
@@ -116,17 +116,11 @@ ExitCode history(const Options& options, bool forget) {
 ExitCode restore(const Options& options, const std::string& generation) {
   const DictionaryRef wanted = contentToRestore(options, generation);
   const EditableStore store(options);
-  const DictionaryRef present = store.file().topLevel ? store.file().topLevel : Dictionary::make();
-  const auto changes = differencesBetween(*present, *wanted);
-  if (options.json) {
-    printJSON(jsonFromDifferences(changes));
-  } else {
-    printDifferences(changes);
-  }
+  const DictionaryRef before = accountsOf(store);
   AccountsManager::AccountTypes types;
   for (const auto& account : *store->allBasicAccounts()) types.push_back(account->type());
   store->replaceAccountsWithTypesWithAccounts(types, recordsOf(*wanted));
-  store.save(AccountsManager::KeepGeneration::Always);
+  showAndSave(options, store, before);
   return ExitCode::Done;
 }
 

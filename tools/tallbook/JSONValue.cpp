@@ -5,15 +5,14 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
+
+#include "tallbook/ScalarText.h"
 
 #include "tools/common/Outcome.h"
-#include "tools/tallbook/ISODate.h"
 
 namespace tallbook::tool {
 namespace {
-
-constexpr std::string_view kBase64Digits =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 JSON tagged(const char* tag, JSON content) {
   JSON object = JSON::object();
@@ -44,7 +43,9 @@ std::optional<double> realFromName(std::string_view name) {
 }
 
 JSON jsonFromDate(Date date) {
-  if (const auto text = isoText(date)) return tagged("$date", *text);
+  const std::string text = iso8601(date);
+  const auto again = dateFromISO8601(text);
+  if (again && Value(*again) == Value(date)) return tagged("$date", text);
   return tagged("$date", jsonFromReal(date.secondsSince2001));
 }
 
@@ -71,7 +72,7 @@ std::optional<Value> valueFromTag(const std::string& tag, const JSON& content, i
     return Value(UID{content.get<std::uint64_t>()});
   }
   if (tag == "$date" && content.is_string()) {
-    if (const auto date = dateFromISOText(content.get<std::string>())) return Value(*date);
+    if (const auto date = dateFromISO8601(content.get<std::string>())) return Value(*date);
   } else if (tag == "$date") {
     const Value seconds = valueAtDepth(content, depth + 1);
     if (seconds.kind() == Value::Kind::Real || seconds.kind() == Value::Kind::Integer) {
@@ -121,6 +122,16 @@ Value valueAtDepth(const JSON& json, int depth) {
 
 }  // namespace
 
+JSON jsonFromText(std::string_view text) {
+  try {
+    return JSON::parse(text);
+  } catch (const JSON::parse_error& error) {
+    const std::string_view what = error.what();
+    // Without the exception's name before it.
+    throw Failure(ExitCode::Usage, "no JSON: " + std::string(what.substr(what.find("] ") + 2)));
+  }
+}
+
 JSON jsonFromValue(const Value& value) {
   switch (value.kind()) {
     case Value::Kind::Null:
@@ -152,47 +163,6 @@ JSON jsonFromValue(const Value& value) {
 
 Value valueFromJSON(const JSON& json) {
   return valueAtDepth(json, 1);
-}
-
-std::string base64(std::string_view bytes) {
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  for (std::size_t at = 0; at < bytes.size(); at += 3) {
-    const std::string_view group = bytes.substr(at, 3);
-    std::uint32_t bits = 0;
-    for (std::size_t index = 0; index < 3; ++index) {
-      bits = bits << 8 | (index < group.size() ? static_cast<unsigned char>(group[index]) : 0u);
-    }
-    for (std::size_t index = 0; index < 4; ++index) {
-      const bool padding = index > group.size();
-      text += padding ? '=' : kBase64Digits[bits >> (18 - 6 * index) & 63];
-    }
-  }
-  return text;
-}
-
-std::optional<std::string> bytesFromBase64(std::string_view text) {
-  if (text.size() % 4 != 0) return std::nullopt;
-  std::size_t padding = 0;
-  while (padding < 2 && text.ends_with('=')) {
-    text.remove_suffix(1);
-    ++padding;
-  }
-  std::string bytes;
-  bytes.reserve(text.size() * 3 / 4);
-  std::uint32_t bits = 0;
-  int held = 0;
-  for (const char digit : text) {
-    const std::size_t six = kBase64Digits.find(digit);
-    if (six == std::string_view::npos) return std::nullopt;
-    bits = bits << 6 | static_cast<std::uint32_t>(six);
-    held += 6;
-    if (held >= 8) {
-      held -= 8;
-      bytes += static_cast<char>(bits >> held & 0xFF);
-    }
-  }
-  return bytes;
 }
 
 }  // namespace tallbook::tool

@@ -1,15 +1,13 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <string_view>
-
 #include "tallbook/Value.h"
 
 #include "tools/common/Output.h"
 
 namespace tallbook::tool {
 
+/// Throws Failure, with line and column, for a text that is no JSON.
+JSON jsonFromText(std::string_view text);
 /// The value as JSON that `valueFromJSON` makes the same value of, bit for bit. What JSON has no
 /// form for becomes an object with one key: {"$date": "2026-01-31T12:00:00Z"} or
 /// {"$date": seconds since 2001}, {"$data": base64}, {"$uid": number}, {"$real": "nan"}, and
@@ -17,9 +15,5 @@ namespace tallbook::tool {
 JSON jsonFromValue(const Value& value);
 /// Throws Failure for a malformed form and for nesting past `kMaximumNesting`.
 Value valueFromJSON(const JSON& json);
-
-std::string base64(std::string_view bytes);
-/// nullopt for a text that is no base64.
-std::optional<std::string> bytesFromBase64(std::string_view text);
 
 }  // namespace tallbook::tool

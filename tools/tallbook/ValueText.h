@@ -10,10 +10,10 @@ namespace tallbook::tool {
 
 /// The kinds that `valueFromText` takes.
 std::vector<std::string> writableKinds();
-/// The value that `text` spells: a string as it stands, numbers in decimal, true or false, dates in
-/// ISO 8601 or as seconds since 2001, data in base64, a UID's number, anything as "json". Throws
-/// Failure where the text does not spell one.
+/// The value that `text` spells. Throws Failure, with the accepted spellings, where it spells none.
 Value valueFromText(const std::string& text, std::string_view kind);
+/// "boolean", "integer" or "real" for a text that spells one; else "string".
+std::string_view kindThatTextLooksLike(const std::string& text);
 /// Throws Failure for a text that is not UTF-8, which no accounts file can hold.
 void requireUnicode(const std::string& text);
 

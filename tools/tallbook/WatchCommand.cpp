@@ -1,13 +1,14 @@
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 
 #include "tallbook/AccountsWatcher.h"
+#include "tallbook/ScalarText.h"
 
 #include "tools/common/AccountsFile.h"
 #include "tools/tallbook/BaselineFile.h"
 #include "tools/tallbook/ChangeText.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/ISODate.h"
 #include "tools/tallbook/LiveOutput.h"
 #include "tools/tallbook/LocalTimeText.h"
 #include "tools/tallbook/Records.h"
@@ -27,7 +28,7 @@ constexpr int kMillisecondsBetweenLooks = 2000;
 std::string isoTextOf(system_clock::time_point instant) {
   constexpr std::chrono::sys_days kEpoch = std::chrono::year(2001) / 1 / 1;
   const std::chrono::duration<double> since = instant - kEpoch;
-  return isoTextOfWholeSecond({since.count()}).value_or("");
+  return iso8601({std::floor(since.count())});
 }
 
 std::string_view nameOf(AccountsFileState::Kind kind) {

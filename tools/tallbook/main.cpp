@@ -47,11 +47,13 @@ class CommandLine {
   /// The arguments of a command about one value of one account.
   Declare identifierAnd(const char* what, std::string& value) {
     return [this, what, &value](CLI::App& sub) {
-      declareAccount(sub);
+      declareAccount(sub, identifier);
       sub.add_option(what, value, std::string_view(what) == "KEY" ? kKey : kDataclass)->required();
     };
   }
-  void declareAccount(CLI::App& sub) { sub.add_option("ID", identifier, kAccount)->required(); }
+  static void declareAccount(CLI::App& sub, std::string& account) {
+    sub.add_option("ID", account, kAccount)->required();
+  }
   void declareReading(CLI::App& app);
   void declareChanging(CLI::App& app);
   void command(CLI::App& app, const char* name, const char* summary,
@@ -72,11 +74,12 @@ class CommandLine {
   std::vector<std::string_view> _words;
   bool _declaresAll = false;
   bool _isOnDevice = true;
-  std::string identifier, key, text, kind, dataclass, type, name, parent, folder, helpFor;
+  Assignment assignment;
+  std::string identifier, key, dataclass, type, name, parent, folder, helpFor;
   std::optional<std::string> className, otherwise;
   std::optional<double> seconds;
-  std::string before, after, generation;
-  bool forget = false, modules = false;
+  std::string before, after, generation, accounts;
+  bool forget = false, modules = false, isAgreedTo = false, prune = false;
   std::vector<std::string> types;
   WatchOptions watching;
 };
@@ -121,13 +124,13 @@ void CommandLine::declareReading(CLI::App& app) {
 
   command(
       app, "show", "Everything about one account", [this] { return show(options, identifier); },
-      [this](CLI::App& sub) { declareAccount(sub); });
+      [this](CLI::App& sub) { declareAccount(sub, identifier); });
 
   command(
       app, "get", "One value of an account",
       [this] { return get(options, identifier, key, otherwise); },
       [this](CLI::App& sub) {
-        declareAccount(sub);
+        declareAccount(sub, identifier);
         sub.add_option("KEY", key, kKey)->required();
         sub.add_option("--default", otherwise, "Printed where the account lacks the key");
       });
@@ -166,7 +169,7 @@ void CommandLine::declareReading(CLI::App& app) {
       app, "explain", "Why the dataclasses of an account are on or off",
       [this] { return explain(options, identifier, dataclass); },
       [this](CLI::App& sub) {
-        declareAccount(sub);
+        declareAccount(sub, identifier);
         sub.add_option("DATACLASS", dataclass, "One of them; else all that its type carries");
       });
 
@@ -200,13 +203,15 @@ void CommandLine::declareReading(CLI::App& app) {
 
 void CommandLine::declareChanging(CLI::App& app) {
   command(
-      app, "set", "Store a value in an account",
-      [this] { return set(options, identifier, key, text, kind); },
+      app, "set", "Store a value in an account", [this] { return set(options, assignment); },
       [this](CLI::App& sub) {
-        declareAccount(sub);
-        sub.add_option("KEY", key, kKey)->required();
-        sub.add_option("VALUE", text, "Spelled as its kind is")->required();
-        sub.add_option("--type", kind, "Kind of the value; else that of the present one, or string")
+        declareAccount(sub, assignment.identifier);
+        sub.add_option("KEY", assignment.key, kKey)->required();
+        sub.add_option("VALUE", assignment.text, "Or -, for that of standard input")->required();
+        sub.add_flag("--new-key", assignment.mayBeNew,
+                     "Store a key that differs from a known one in capitals alone");
+        sub.add_option("--type", assignment.kind,
+                       "Kind of the value; else that of the present one, or string")
             ->check(CLI::IsMember(writableKinds()));
       });
 
@@ -235,8 +240,24 @@ void CommandLine::declareChanging(CLI::App& app) {
 
   command(
       app, "remove", "Remove an account, with its children",
-      [this] { return remove(options, identifier); },
-      [this](CLI::App& sub) { declareAccount(sub); });
+      [this] { return remove(options, identifier, isAgreedTo); },
+      [this](CLI::App& sub) {
+        declareAccount(sub, identifier);
+        sub.add_flag("--yes", isAgreedTo, "Do not ask before an account with children goes");
+      });
+
+  command(
+      app, "edit", "Edit an account, or all, as text", [this] { return edit(options, identifier); },
+      [this](CLI::App& sub) { sub.add_option("ID", identifier, "An account; else all of them"); });
+
+  command(
+      app, "apply", "Make accounts as a file has them",
+      [this] { return apply(options, accounts, prune); },
+      [this](CLI::App& sub) {
+        sub.add_option("FILE", accounts, "As dump prints it; - for standard input")->required();
+        sub.add_flag("--prune", prune, "Remove the accounts that the file lacks");
+        sub.add_flag("--dry-run", shared.host.isPreview, "Show the difference and change nothing");
+      });
 
   command(
       app, "restore", "Put the accounts of a generation back",

@@ -1,20 +1,24 @@
-#include "tools/tallbook/XMLText.h"
+#include "platform/propertylist/XMLWriter.h"
 
 #include <charconv>
 #include <cmath>
 
-#include "tools/common/Outcome.h"
-#include "tools/tallbook/ISODate.h"
-#include "tools/tallbook/JSONValue.h"
+#include "tallbook/ScalarText.h"
 
-namespace tallbook::tool {
+#include "platform/propertylist/Limits.h"
+#include "platform/propertylist/MalformedPropertyList.h"
+#include "platform/propertylist/UnicodeText.h"
+
+namespace tallbook {
 namespace {
 
-class XMLWriter {
+/// Writes into the property list, and knows where in it it is.
+class Writer {
  public:
-  explicit XMLWriter(XMLText& out) : _out(out) {}
+  explicit Writer(XMLPropertyList& out) : _out(out) {}
 
   void write(const Value& value) {
+    if (++_values > kMostValues) throw MalformedPropertyList("there are too many values");
     switch (value.kind()) {
       case Value::Kind::Null:
         refuse("is null");
@@ -87,13 +91,16 @@ class XMLWriter {
   }
 
   std::string dateText(Date date) {
-    const auto text = isoTextOfWholeSecond(date);
-    if (!text) refuse("is a date outside the years 1 to 9999");
-    if (date.secondsSince2001 != std::floor(date.secondsSince2001)) _out.hasShortenedDates = true;
-    return *text;
+    constexpr double kFirst = -63'113'904'000;  // 0001-01-01
+    constexpr double kEnd = 252'423'993'600;    // 10000-01-01
+    const double whole = std::floor(date.secondsSince2001);
+    if (!(whole >= kFirst && whole < kEnd)) refuse("is a date outside the years 1 to 9999");
+    if (date.secondsSince2001 != whole) _out.hasShortenedDates = true;
+    return iso8601(Date{whole});
   }
 
   std::string escaped(std::string_view text) const {
+    if (!utf16Length(text)) refuse("is no UTF-8");
     if (text.find("\xEF\xBF\xBE") != text.npos || text.find("\xEF\xBF\xBF") != text.npos) {
       refuse("holds a code that is no character");
     }
@@ -117,14 +124,11 @@ class XMLWriter {
   }
 
   [[noreturn]] void refuse(const std::string& why) const {
-    throw Failure(
-        ExitCode::NotFound,
-        "XML cannot carry the file: " + JSON(_place.empty() ? "its top level" : _place).dump() +
-            " " + why + "; \"tallbook dump --json\" prints everything");
+    throw MalformedPropertyList((_place.empty() ? "its top level" : _place) + " " + why);
   }
 
   void line(const std::string& text) {
-    _out.text.append(_depth, '\t');
+    _out.text.append(static_cast<std::size_t>(_depth), '\t');
     _out.text += text;
     _out.text += '\n';
   }
@@ -133,26 +137,27 @@ class XMLWriter {
   }
   void open(const std::string& tag) {
     line(tag);
-    ++_depth;
+    if (++_depth > kMaximumNesting) refuse("is nested too deeply");
   }
   void close(const std::string& tag) {
     --_depth;
     line(tag);
   }
 
-  XMLText& _out;
+  XMLPropertyList& _out;
   std::string _place;
-  std::size_t _depth = 0;
+  int _depth = 0;
+  std::size_t _values = 0;
 };
 
 }  // namespace
 
-XMLText xmlPropertyList(const Value& root) {
-  XMLText out;
+XMLPropertyList xmlText(const Value& root) {
+  XMLPropertyList out;
   out.text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n";
-  XMLWriter(out).write(root);
+  Writer(out).write(root);
   out.text += "</plist>\n";
   return out;
 }
 
-}  // namespace tallbook::tool
+}  // namespace tallbook

@@ -1,9 +1,10 @@
-#include "platform/propertylist/CivilTime.h"
-
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+
+#include "tallbook/ScalarText.h"
 
 namespace tallbook {
 namespace {
@@ -82,9 +83,11 @@ std::string iso8601(Date date) {
                     unsigned(calendar.month()), unsigned(calendar.day()), whole / 3600,
                     whole / 60 % 60, whole % 60);
   std::string answer(text, static_cast<std::size_t>(length));
-  if (const double fraction = seconds - whole; fraction > 0) {
-    std::snprintf(text, sizeof text, "%.6f", fraction);
-    answer += std::string_view(text).substr(1);
+  const long billionths = std::min(std::lround((seconds - whole) * 1e9), 999'999'999L);
+  if (billionths > 0) {
+    std::snprintf(text, sizeof text, ".%09ld", billionths);
+    answer += text;
+    answer.erase(answer.find_last_not_of('0') + 1);
   }
   return answer + "Z";
 }

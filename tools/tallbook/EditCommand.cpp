@@ -1,0 +1,68 @@
+#include "tools/common/Output.h"
+#include "tools/common/Question.h"
+#include "tools/tallbook/AccountsText.h"
+#include "tools/tallbook/Commands.h"
+#include "tools/tallbook/EditedText.h"
+#include "tools/tallbook/JSONValue.h"
+#include "tools/tallbook/Records.h"
+#include "tools/tallbook/WantedAccounts.h"
+
+namespace tallbook::tool {
+namespace {
+
+/// The whole file, or one record of it.
+Value contentToEdit(const EditableStore& store, const std::string& identifier) {
+  if (!identifier.empty()) return recordNamed(*store, identifier)->properties();
+  return store.file().records() ? store.file().topLevel : accountsOf(store);
+}
+
+void takeEdited(const EditableStore& store, const std::string& identifier,
+                const std::string& text) {
+  if (identifier.empty()) {
+    const AccountsFile wanted = accountsFromText(text, "the edited text");
+    if (wanted.isUnusable()) throw unusable(wanted, "correct it");
+    return takeAccounts(store, wanted.records(), true);
+  }
+  const DictionaryRef wanted = valueFromJSON(jsonFromText(text)).dictionary();
+  if (!wanted) throw Failure(ExitCode::Usage, "the edited text is no dictionary");
+  takeRecord(store, recordNamed(*store, identifier), wanted);
+}
+
+void save(const Options& options, const EditableStore& store, const std::string& identifier,
+          const std::string& text) {
+  const DictionaryRef before = accountsOf(store);
+  takeEdited(store, identifier, text);
+  showAndSave(options, store, before);
+}
+
+}  // namespace
+
+ExitCode edit(const Options& options, const std::string& identifier) {
+  // Of the file as it is now: what others change while the editor runs is merged with what is
+  // edited.
+  const EditableStore unedited(options);
+  requirePrintable(unedited.file());
+  const std::string before = jsonFromValue(contentToEdit(unedited, identifier)).dump(2) + "\n";
+  const EditedText edited(before);
+  for (;;) {
+    const bool hasSucceeded = edited.edit();
+    try {
+      const std::string text = edited.text();
+      if (text == before) {
+        edited.remove();
+        note(hasSucceeded ? "nothing was edited" : "the editor failed, and nothing was edited");
+        return hasSucceeded ? ExitCode::Done : ExitCode::NotSaved;
+      }
+      if (!hasSucceeded) throw Failure(ExitCode::NotSaved, "the editor failed");
+      save(options, unedited.again(), identifier, text);
+      edited.remove();
+      return ExitCode::Done;
+    } catch (const Failure& failure) {
+      const std::string why = failure.what();
+      if (isSomebodyThere() && isAgreed(why + "; edit the text again?")) continue;
+      throw Failure(failure.code(), why + "; the edited text is kept in " + edited.path());
+    }
+  }
+}
+
+}  // namespace tallbook::tool
