@@ -18,7 +18,7 @@ import tempfile
 import unittest
 
 MIGRATE = TALLBOOK = LIBRARY = OTHER_MODULE = ""
-MIGRATED, NOT_MIGRATED, USAGE, NO_MODULE, NOT_NEEDED = range(5)
+MIGRATED, NOT_MIGRATED, USAGE, NO_MODULE, NOT_NEEDED, NOT_PRINTED = range(6)
 
 ACCOUNTS = "var/mobile/Library/Preferences/com.orvane.tallbook.plist"
 MAIL = "var/mobile/Library/Mail/Accounts.plist"
@@ -351,6 +351,8 @@ class Refusals(HostTest):
                 self.migrate(*arguments, expect=code)
                 self.assertIn(message, self.message)
         self.migrate("--dry-run", root="/nowhere", expect=USAGE)
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(subprocess.run(self.command(), stdout=full).returncode, NOT_PRINTED)
 
     def test_an_accounts_file_that_cannot_be_read_is_kept(self):
         for content in [b"", b"noise", [1], {"Version": 3, "Accounts": 1}]:

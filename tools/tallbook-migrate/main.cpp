@@ -25,7 +25,8 @@ enum class Exit {
   NotMigrated = 1,  ///< the migration answered NO, could not save, or was not begun
   Usage = 2,
   NoModule = 3,
-  NotNeeded = 4  ///< the answer to --needed
+  NotNeeded = 4,  ///< the answer to --needed
+  NotPrinted = 5  ///< migrated, but the result could not be printed
 };
 
 struct CommandLine {
@@ -87,6 +88,9 @@ Verdict judge(const Migration& migration) {
 
 int report(const Migration& migration, const CommandLine& line) {
   Verdict verdict = judge(migration);
+  if (verdict.exit == Exit::Migrated) {
+    tool::failFromHereOnWith(static_cast<int>(Exit::NotPrinted));
+  }
   const ReportOptions options{line.shared.json, line.shared.host.isPreview, line.quiet};
   if (!printStory(migration.story, options)) {
     verdict = {Exit::NotMigrated,

@@ -1,12 +1,9 @@
-#include <iostream>
-
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/FileBytes.h"
 #include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/EditableStore.h"
-#include "tools/tallbook/JSONValue.h"
 #include "tools/tallbook/RecordKeys.h"
 #include "tools/tallbook/Records.h"
 #include "tools/tallbook/ValueText.h"
@@ -40,24 +37,6 @@ std::string textOfStandardInput() {
 
 }  // namespace
 
-ExitCode get(const Options& options, const std::string& identifier, const std::string& key,
-             const std::optional<std::string>& otherwise) {
-  const auto store = storeToRead();
-  const auto record = recordNamed(*store, identifier);
-  Value value = record->accountPropertyForKey(key);
-  if (value.isNull() && otherwise) value = *otherwise;
-  if (value.isNull()) {
-    throw Failure(ExitCode::NotFound, "the account has no \"" + key + "\"; \"tallbook show " +
-                                          identifier + "\" prints the keys it has");
-  }
-  if (options.json) {
-    printJSON(jsonFromValue(value));
-  } else {
-    std::cout << shown(plainText(value)) << '\n';
-  }
-  return ExitCode::Done;
-}
-
 ExitCode set(const Options& options, const Assignment& assignment) {
   const std::string& key = assignment.key;
   if (key.empty()) throw Failure(ExitCode::Usage, "a key is not empty; name the one to change");
@@ -89,24 +68,6 @@ ExitCode set(const Options& options, const Assignment& assignment) {
     note("\"" + key + "\" is new and stored as a string; if it is meant as the " + looks +
          " that it looks like, repeat the command with --type " + looks);
   }
-  return ExitCode::Done;
-}
-
-ExitCode unset(const Options& options, const std::string& identifier, const std::string& key) {
-  requireChangeable(key);
-  if (key == kAccountClass.view()) {
-    throw Failure(ExitCode::Usage,
-                  "an account without \"Class\" is dropped at the next load; set "
-                  "it to another class instead");
-  }
-  const EditableStore store(options);
-  const auto record = recordNamed(*store, identifier);
-  if (!record->properties()->contains(key)) {
-    throw Failure(ExitCode::NotFound, "the account has no \"" + key + "\" of its own");
-  }
-  record->removeAccountPropertyForKey(key);
-  store.take(record);
-  store.save();
   return ExitCode::Done;
 }
 

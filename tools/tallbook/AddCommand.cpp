@@ -1,0 +1,75 @@
+#include <iostream>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/DeviceLocalAccount.h"
+#include "tallbook/Vocabulary.h"
+
+#include "tools/common/Output.h"
+#include "tools/tallbook/Commands.h"
+#include "tools/tallbook/EditableStore.h"
+#include "tools/tallbook/Records.h"
+#include "tools/tallbook/ValueText.h"
+
+namespace tallbook::tool {
+namespace {
+
+std::string usualClass(const std::string& type) {
+  const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
+  const String first = usual && !usual->empty() ? (*usual)[0].string() : nullptr;
+  if (!first.empty()) return first.str();
+  throw Failure(ExitCode::Usage,
+                "nobody knows what class accounts of the type " + type + " usually have; give one");
+}
+
+std::shared_ptr<BasicAccount> newRecord(const AccountsManager& store, const std::string& type,
+                                        const std::string& className) {
+  if (type != kOnMyDeviceAccountType.view()) {
+    return BasicAccount::accountWithTypeClass(type, className);
+  }
+  requireRoomFor(type, store);
+  return BasicAccount::initWithProperties(DeviceLocalAccount::basicAccountProperties(className));
+}
+
+}  // namespace
+
+ExitCode add(const Options& options, const std::string& type,
+             const std::optional<std::string>& wantedClass, const std::string& name,
+             const std::string& parent) {
+  requireAccountType(type);
+  const std::string className = wantedClass ? *wantedClass : usualClass(type);
+  requireUnicode(className);
+  requireUnicode(name);
+  if (className.empty()) {
+    throw Failure(ExitCode::Usage, "an account needs the name of its class");
+  }
+  const EditableStore store(options);
+  const auto record = newRecord(*store, type, className);
+  if (!name.empty()) record->setDisplayName(name);
+  if (parent.empty()) {
+    requireLoadable(record->properties());
+    store->insertAccount(record);
+  } else {
+    const auto above = recordNamed(*store, parent);
+    if (above->parentAccount()) {
+      throw Failure(ExitCode::Usage, "\"" + parent +
+                                         "\" is a child itself, and children have none; give its "
+                                         "parent " +
+                                         above->parentAccountIdentifier().str());
+    }
+    store->addChildToAccount(record, above);
+  }
+  store.save();
+  const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
+  if (usual && !usual->contains(std::string_view(className))) {
+    note("accounts of the type " + type + " usually have one of the classes " + joined(usual) +
+         ", not " + className);
+  }
+  if (options.json) {
+    printJSON(JSON{{"identifier", record->identifier().str()}});
+  } else {
+    std::cout << record->identifier() << '\n';
+  }
+  return ExitCode::Done;
+}
+
+}  // namespace tallbook::tool

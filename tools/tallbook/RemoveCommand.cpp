@@ -1,0 +1,30 @@
+#include "tallbook/AccountsManager.h"
+#include "tallbook/Vocabulary.h"
+
+#include "tools/common/Question.h"
+#include "tools/tallbook/Commands.h"
+#include "tools/tallbook/EditableStore.h"
+#include "tools/tallbook/Records.h"
+
+namespace tallbook::tool {
+
+ExitCode remove(const Options& options, const std::string& identifier, bool isAgreedTo) {
+  const EditableStore store(options);
+  const auto record = recordNamed(*store, identifier);
+  const ArrayRef children = (*record->properties())[kAccountChildAccounts].array();
+  if (!isAgreedTo && children && !children->empty() && isSomebodyThere() &&
+      !isAgreed("remove \"" + nameOf(*record) + "\" and its children (" +
+                std::to_string(children->size()) + ")?")) {
+    throw Failure(ExitCode::NotSaved, "nothing is removed");
+  }
+  const String own = record->identifier();
+  if (const auto parent = record->parentAccount()) {
+    store->removeChildWithIdentifierFromAccount(own, parent);
+  } else {
+    store->deleteAccountWithIdentifier(own);
+  }
+  store.save();
+  return ExitCode::Done;
+}
+
+}  // namespace tallbook::tool

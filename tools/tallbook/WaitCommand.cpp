@@ -1,0 +1,30 @@
+#include <chrono>
+#include <cstdint>
+
+#include "tallbook/AccountsManager.h"
+#include "tallbook/Vocabulary.h"
+
+#include "tools/common/Output.h"
+#include "tools/tallbook/Commands.h"
+
+namespace tallbook::tool {
+
+ExitCode wait(const std::optional<double>& seconds) {
+  using Clock = std::chrono::steady_clock;
+  std::optional<std::chrono::milliseconds> timeout;
+  if (seconds) timeout.emplace(static_cast<std::int64_t>(*seconds * 1000));
+  const auto begin = Clock::now();
+  if (AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock, timeout)) {
+    return ExitCode::Done;
+  }
+  if (timeout && Clock::now() - begin >= *timeout) {
+    throw Failure(ExitCode::NotFound, "a migration still runs");
+  }
+  throw Failure(ExitCode::NotSaved,
+                std::string("the migration lock cannot be made, so nobody can tell whether a "
+                            "migration runs; make ") +
+                    kAccountMigrationLockFilename +
+                    " below the root a file that you may read, in a folder that is there");
+}
+
+}  // namespace tallbook::tool
