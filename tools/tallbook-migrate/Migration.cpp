@@ -2,6 +2,7 @@
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/InternalConsistencyFailure.h"
+#include "tallbook/Vocabulary.h"
 
 #include "tools/common/AccountsFile.h"
 #include "tools/common/Output.h"
@@ -31,9 +32,16 @@ Migration migrateDevice(DataMigrator& migrator, const Consent& consent) {
   migrator.setObserver(&migration.story);
   migrator.prepareDevice();
   try {
-    migration.isAnswered = migrator.performMigration();
+    if (!migrator.performMigration()) {
+      migration.problem =
+          std::string(
+              "the migration answered NO; see the messages above, and --verbose. Without "
+              "any, its lock could not be made: is ") +
+          kAccountMigrationLockFilename + " below the root a file?";
+    }
   } catch (const InternalConsistencyFailure& failure) {
-    migration.failure = failure.what();
+    migration.problem =
+        std::string("the installation is broken: ") + failure.what() + "; reinstall it";
   }
   migrator.setObserver(nullptr);
   return migration;

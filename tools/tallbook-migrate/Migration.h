@@ -19,8 +19,7 @@ struct Migration {
   explicit Migration(const Consent& consent) : story(consent.withoutCopy) {}
 
   Story story;
-  bool isAnswered = false;  ///< whether it answered that it succeeded
-  std::string failure;      ///< why it gave no answer at all; empty where it did
+  std::string problem;  ///< why it did not answer that it succeeded; empty where it did
 };
 
 /// Runs the migration on the process's device. Throws Failure for an accounts file that could not

@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "tallbook/Vocabulary.h"
-
 #include "tools/common/CommandLine.h"
 #include "tools/common/Outcome.h"
 #include "tools/common/Output.h"
@@ -20,14 +18,13 @@ const char* const kProgram = "tallbook-migrate";
 namespace tallbook::migrate {
 namespace {
 
-enum class Exit {
-  Migrated = 0,     ///< or there was nothing to do
-  NotMigrated = 1,  ///< the migration answered NO, could not save, or was not begun
-  Usage = 2,
-  NoModule = 3,
-  NotNeeded = 4,  ///< the answer to --needed
-  NotPrinted = 5  ///< migrated, but the result could not be printed
-};
+// Exit codes.
+constexpr int kMigrated = 0;     ///< or there was nothing to do
+constexpr int kNotMigrated = 1;  ///< the migration answered NO, could not save, or was not begun
+constexpr int kUsage = 2;
+constexpr int kNoModule = 3;
+constexpr int kNotNeeded = 4;   ///< the answer to --needed
+constexpr int kNotPrinted = 5;  ///< migrated, but the result could not be printed
 
 struct CommandLine {
   tool::SharedOptions shared;
@@ -54,53 +51,34 @@ void CommandLine::declare(CLI::App& app) {
                "Migrate although the accounts file before can be kept nowhere");
 }
 
-/// How a migration ended, and what there is to say of it that the table cannot.
-struct Verdict {
-  Exit exit = Exit::Migrated;
-  std::string message = "";
-};
-
-Verdict judge(const Migration& migration) {
+/// Why a migration did not do all that it should have done; empty for one that did.
+std::string problemOf(const Migration& migration) {
   const Story& story = migration.story;
-  if (!migration.failure.empty()) {
-    return {Exit::NotMigrated,
-            "the installation is broken: " + migration.failure + "; reinstall it"};
-  }
-  if (!migration.isAnswered) {
-    return {Exit::NotMigrated,
-            std::string("the migration answered NO; see the messages above, and --verbose. Without "
-                        "any, its lock could not be made: is ") +
-                kAccountMigrationLockFilename + " below the root a file?"};
-  }
-  if (!story.hasBegun()) {
-    return {Exit::Migrated,
-            "finished the removal of legacy files that an earlier migration had begun; run the "
-            "migration again for the rest"};
-  }
-  if (!story.isSaved()) return {Exit::NotMigrated, story.whyNotSaved()};
-  const bool isFileKept = std::ranges::any_of(story.legacyFiles(), [](const LegacyFileEnd& end) {
+  if (!migration.problem.empty()) return migration.problem;
+  if (story.hasBegun() && !story.isSaved()) return story.whyNotSaved();
+  const auto isKept = [](const LegacyFileEnd& end) {
     return end.kind == LegacyFileEnd::Kind::Kept;
-  });
-  if (!isFileKept) return {};
-  return {Exit::NotMigrated,
-          "not all legacy files were migrated; mend what is wrong, and run it again"};
+  };
+  if (std::ranges::none_of(story.legacyFiles(), isKept)) return "";
+  return "not all legacy files were migrated; mend what is wrong, and run it again";
 }
 
 int report(const Migration& migration, const CommandLine& line) {
-  Verdict verdict = judge(migration);
-  if (verdict.exit == Exit::Migrated) {
-    tool::failFromHereOnWith(static_cast<int>(Exit::NotPrinted));
-  }
+  std::string problem = problemOf(migration);
+  if (problem.empty()) tool::failFromHereOnWith(kNotPrinted);
   const ReportOptions options{line.shared.json, line.shared.host.isPreview, line.quiet};
   if (!printStory(migration.story, options)) {
-    verdict = {Exit::NotMigrated,
-               "accounts are gone for no reason that the migration told; the file before is kept, "
-               "see tallbook history"};
+    problem =
+        "accounts are gone for no reason that the migration told; the file before is kept, see "
+        "tallbook history";
   }
-  const int code = static_cast<int>(verdict.exit);
-  if (code != 0) return tool::fail(verdict.message, code);
-  if (!verdict.message.empty() && !line.quiet) tool::note(verdict.message);
-  return code;
+  if (!problem.empty()) return tool::fail(problem, kNotMigrated);
+  if (!migration.story.hasBegun() && !line.quiet) {
+    tool::note(
+        "finished the removal of legacy files that an earlier migration had begun; run the "
+        "migration again for the rest");
+  }
+  return kMigrated;
 }
 
 int run(const CommandLine& line) {
@@ -108,9 +86,7 @@ int run(const CommandLine& line) {
   const std::string module =
       line.module.empty() ? TALLBOOK_LIBRARY : std::filesystem::absolute(line.module).string();
   const auto migrator = migratorOfModule(module, line.className);
-  if (line.asksWhetherNeeded) {
-    return static_cast<int>(migrator->isNeeded() ? Exit::Migrated : Exit::NotNeeded);
-  }
+  if (line.asksWhetherNeeded) return migrator->isNeeded() ? kMigrated : kNotNeeded;
   return report(migrateDevice(*migrator, {line.shared.replaceUnreadable, line.withoutCopy}), line);
 }
 
@@ -118,17 +94,15 @@ int answer(int argc, char** argv) {
   CLI::App app("Migrates the accounts of a device to this release.", "tallbook-migrate");
   CommandLine line;
   line.declare(app);
-  if (const auto end = tool::parse(app, argc, argv, line.shared, static_cast<int>(Exit::Usage))) {
-    return *end;
-  }
+  if (const auto end = tool::parse(app, argc, argv, line.shared, kUsage)) return *end;
   line.shared.host.isSilent = line.quiet;
   try {
     return run(line);
   } catch (const ModuleFailure& failure) {
-    return tool::fail(failure.what(), static_cast<int>(Exit::NoModule));
+    return tool::fail(failure.what(), kNoModule);
   } catch (const tool::Failure& failure) {
     const bool isUsage = failure.code() == tool::ExitCode::Usage;
-    return tool::fail(failure.what(), static_cast<int>(isUsage ? Exit::Usage : Exit::NotMigrated));
+    return tool::fail(failure.what(), isUsage ? kUsage : kNotMigrated);
   }
 }
 
@@ -137,6 +111,5 @@ int answer(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace tallbook::migrate;
-  return tallbook::tool::runProgram([&] { return answer(argc, argv); },
-                                    static_cast<int>(Exit::NotMigrated));
+  return tallbook::tool::runProgram([&] { return answer(argc, argv); }, kNotMigrated);
 }
