@@ -101,7 +101,11 @@ class Reading {
  public:
   std::vector<AccountCreator> run() {
     const std::vector<std::string> paths = files();
-    for (const std::string& file : paths) addFile(file);
+    for (const std::string& file : paths) {
+      addFile(file);
+      // Without the first file's content nothing is looked up in the next.
+      if (_types.empty() && !_creators.empty()) return std::move(_creators);
+    }
     for (const auto& [type, unused] : AccountTypeCatalogue::shared().entries()) {
       if (isTold(type)) continue;
       addFault(paths.empty() ? std::string(kResource) + ".plist" : paths.front(),

@@ -126,7 +126,7 @@ TEST_F(AnAccountWithCreators, KnowsWhichOfThemServeNobody) {
 
   platform().resources.replaceBytes("AccountCreators", "no property list");
   creators = accountCreators();
-  ASSERT_EQ(creators.size(), 2u);
+  ASSERT_EQ(creators.size(), 1u) << "though the library takes nothing from the shipped file then";
   EXPECT_THAT(creators.front().place, EndsWith("AccountCreators.plist"));
   EXPECT_THAT(creators.front().fault, HasSubstr("no property list"));
 }
