@@ -76,8 +76,10 @@ void AccountsManager::releaseMigrationLock(const std::shared_ptr<LockHold>& lock
 
 bool AccountsManager::waitForMigrationToFinish(const LongWait& longWait,
                                                std::optional<std::chrono::milliseconds> timeout) {
-  const auto deadline =
-      timeout ? std::chrono::steady_clock::now() + *timeout : NamedLock::Deadline::max();
+  using std::chrono::milliseconds;
+  const auto now = std::chrono::steady_clock::now();
+  const auto longest = std::chrono::duration_cast<milliseconds>(NamedLock::Deadline::max() - now);
+  const auto deadline = timeout && *timeout < longest ? now + *timeout : NamedLock::Deadline::max();
   return holdMigrationLock("+[AccountsManager(MigrationSupport) waitForMigrationToFinish]",
                            longWait, deadline) != nullptr;
 }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 
@@ -12,7 +13,8 @@ namespace tallbook::tool {
 ExitCode wait(const std::optional<double>& seconds) {
   using Clock = std::chrono::steady_clock;
   std::optional<std::chrono::milliseconds> timeout;
-  if (seconds) timeout.emplace(static_cast<std::int64_t>(*seconds * 1000));
+  constexpr double kLongest = 1e9;  // as good as for ever, and no overflow of what counts it
+  if (seconds) timeout.emplace(static_cast<std::int64_t>(std::min(kLongest, *seconds) * 1000));
   const auto begin = Clock::now();
   if (AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock, timeout)) {
     return ExitCode::Done;
