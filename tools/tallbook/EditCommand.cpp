@@ -54,7 +54,7 @@ ExitCode edit(const Options& options, const std::string& identifier) {
         return hasSucceeded ? ExitCode::Done : ExitCode::NotSaved;
       }
       if (!hasSucceeded) throw Failure(ExitCode::NotSaved, "the editor failed");
-      save(options, unedited.again(), identifier, text);
+      save(options, unedited.again(options), identifier, text);
       edited.remove();
       return ExitCode::Done;
     } catch (const Failure& failure) {

@@ -21,20 +21,24 @@ void requireUsable(const AccountsFile& file, const Options& options) {
                  "the command with --replace-unreadable");
 }
 
+void waitForMigration(const Options& options) {
+  // Where the lock cannot be made, there is no migration either.
+  if (!options.waitsForMigration) return;
+  static_cast<void>(AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock));
+}
+
 }  // namespace
 
 EditableStore::EditableStore(const Options& options) {
-  // Where the lock cannot be made, there is no migration either.
-  if (options.waitsForMigration) {
-    static_cast<void>(AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock));
-  }
+  waitForMigration(options);
   _file = readAccountsFile();
   requireUsable(_file, options);
   requireNoUpgradeAhead(_file, options);
   _store = AccountsManager::initWithAccountsFile(_file);
 }
 
-EditableStore EditableStore::again() const {
+EditableStore EditableStore::again(const Options& options) const {
+  waitForMigration(options);
   EditableStore fresh(*this);
   fresh._store = AccountsManager::initWithAccountsFile(_file);
   return fresh;

@@ -17,8 +17,9 @@ class EditableStore {
  public:
   /// Throws Failure for such a file, and for one of an older version whose upgrade is not given up.
   explicit EditableStore(const Options& options);
-  /// Another store of the same file as it was then, without what was changed in this one.
-  EditableStore again() const;
+  /// Another store of the same file as it was then, without what was changed in this one. Waits
+  /// for a migration as the first one did.
+  EditableStore again(const Options& options) const;
 
   /// The accounts file that the store was made of.
   const AccountsFile& file() const { return _file; }
