@@ -397,6 +397,17 @@ class Changes(ToolTest):
         shown = self.json("list")[1]
         self.assertEqual([c["identifier"] for c in shown["children"]], ["c1", added])
 
+    def test_records_without_identifier_change_as_others_do(self):
+        child = {"Type": "CalDAV", "Class": "CalDAVAccount", "DisplayName": "Kid"}
+        for command in [["set", "Kid", "Port", "1"], ["edit", "Kid"], ["remove", "Kid"]]:
+            for records in [[mail("m1", ChildAccounts=[child])], [child]]:
+                with self.subTest(command=command, records=records):
+                    self.write(records)
+                    self.run_tool(*command, VISUAL="sed -i 's/{/{ \"Port\": \"1\",/'")
+                    records = self.read()
+                    left = records[0]["ChildAccounts"] if records and "ChildAccounts" in records[0] else records
+                    self.assertEqual([each["Port"] for each in left], [] if command[0] == "remove" else ["1"])
+
     def test_there_is_one_on_device_account(self):
         self.run_tool("add", "OnMyDevice", "DeviceLocalAccount")
         self.run_tool("add", "OnMyDevice", "DeviceLocalAccount", expect=USAGE)

@@ -1,3 +1,5 @@
+#include "tallbook/Vocabulary.h"
+
 #include "tools/common/Output.h"
 #include "tools/common/Question.h"
 #include "tools/tallbook/AccountsText.h"
@@ -25,7 +27,14 @@ void takeEdited(const EditableStore& store, const std::string& identifier,
   }
   const DictionaryRef wanted = valueFromJSON(jsonFromText(text)).dictionary();
   if (!wanted) throw Failure(ExitCode::Usage, "the edited text is no dictionary");
-  takeRecord(store, recordNamed(*store, identifier), wanted);
+  const auto record = recordNamed(*store, identifier);
+  if (!storedIdentifier(*record).empty()) return takeRecord(store, record, wanted);
+  // What a record receives that has no identifier is another at every load.
+  const DictionaryRef identified = wanted->mutableCopy();
+  for (const String& key : {kAccountIdentifier, kAccountSyncIdentifier}) {
+    if (wanted->contains(key)) identified->set(key, (*record->properties())[key]);
+  }
+  takeRecord(store, record, identified);
 }
 
 void save(const Options& options, const EditableStore& store, const std::string& identifier,

@@ -7,6 +7,7 @@
 #include "tools/common/Program.h"
 #include "tools/tallbook/ClashText.h"
 #include "tools/tallbook/CreatorsCheck.h"
+#include "tools/tallbook/Records.h"
 
 namespace tallbook::tool {
 namespace {
@@ -52,10 +53,14 @@ void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
   }
   const ArrayRef children =
       parent->accountPropertyForKey(kAccountChildAccounts).array()->mutableCopy();
+  // One that the file has no identifier for is found by all that the file has of it.
+  const bool isIdentified = !storedIdentifier(*record).empty();
   // Of two children with one identifier the later one is the record that look-ups give.
   for (std::size_t index = children->size(); index-- > 0;) {
     const DictionaryRef child = (*children)[index].dictionary();
-    if (child && (*child)[kAccountIdentifier].string() == record->identifier()) {
+    if (!child) continue;
+    if (isIdentified ? (*child)[kAccountIdentifier].string() == record->identifier()
+                     : Value(child) == Value(record->originalProperties())) {
       children->replace(index, record->properties());
       break;
     }

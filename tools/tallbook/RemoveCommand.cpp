@@ -19,6 +19,8 @@ ExitCode remove(const Options& options, const std::string& identifier, bool isAg
   }
   const String own = record->identifier();
   if (const auto parent = record->parentAccount()) {
+    // With the identifier by which it is found there, which the file may lack.
+    store.take(record);
     store->removeChildWithIdentifierFromAccount(own, parent);
   } else {
     store->deleteAccountWithIdentifier(own);
