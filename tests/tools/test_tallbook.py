@@ -544,9 +544,11 @@ class Bulk(ToolTest):
                 self.assertIn("Accounts[", self.message)
                 self.assertEqual(self.read(), family())
         for code, text in [(UNREADABLE, "{]"), (UNREADABLE, ""), (UNREADABLE, "[1]"), (UNREADABLE, '{"Accounts": 5}'),
+                           (UNREADABLE, "{}"), (UNREADABLE, '{"Accounts": [], "Accounts": []}'),
+                           (UNREADABLE, '{"Accounts": [1e400]}'), (UNREADABLE, '{"Accounts": [18446744073709551616]}'),
                            (UNREADABLE, '{"Accounts": [{"a": {"$data": "?"}}]}'), (USAGE, '{"Version": 7, "Accounts": []}')]:
             with self.subTest(text=text):
-                self.run_tool("apply", "-", given=text, expect=code)
+                self.run_tool("apply", "--prune", "-", given=text, expect=code)
         self.run_tool("apply", self.path + ".none", expect=NOT_FOUND)
         self.assertEqual(self.read(), family())
 

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "tallbook/ScalarText.h"
 
@@ -122,12 +125,44 @@ Value valueAtDepth(const JSON& json, int depth) {
   }
 }
 
+/// Reads as nlohmann's own reader does, but for what that takes for something else than was
+/// written: a long integer for a real, and of two values with one key the later one.
+class Reader : public nlohmann::detail::json_sax_dom_parser<JSON> {
+ public:
+  using json_sax_dom_parser::json_sax_dom_parser;
+
+  bool number_float(double real, const std::string& text) {
+    if (text.find_first_of(".eE") != text.npos) {
+      return json_sax_dom_parser::number_float(real, text);
+    }
+    throw Failure(ExitCode::Usage, "no integer from -2^63 to 2^64-1: " + text);
+  }
+  bool start_object(std::size_t size) {
+    _keys.emplace_back();
+    return json_sax_dom_parser::start_object(size);
+  }
+  bool end_object() {
+    _keys.pop_back();
+    return json_sax_dom_parser::end_object();
+  }
+  bool key(std::string& name) {
+    if (_keys.back().insert(name).second) return json_sax_dom_parser::key(name);
+    throw Failure(ExitCode::Usage, "the key \"" + name + "\" is twice in one dictionary");
+  }
+
+ private:
+  std::vector<std::set<std::string>> _keys;  ///< of the objects that are open
+};
+
 }  // namespace
 
 JSON jsonFromText(std::string_view text) {
   try {
-    return JSON::parse(text);
-  } catch (const JSON::parse_error& error) {
+    JSON json;
+    Reader reader(json);
+    JSON::sax_parse(text, &reader);
+    return json;
+  } catch (const JSON::exception& error) {
     const std::string_view what = error.what();
     // Without the exception's name before it.
     throw Failure(ExitCode::Usage, "no JSON: " + std::string(what.substr(what.find("] ") + 2)));

@@ -120,6 +120,10 @@ void takeRecord(const EditableStore& store, const std::shared_ptr<BasicAccount>&
 }
 
 void takeAccounts(const EditableStore& store, const ArrayRef& wanted, bool prune) {
+  if (!wanted) {
+    throw Failure(ExitCode::Unreadable,
+                  "the text has no \"Accounts\"; give an empty array where none is wanted");
+  }
   Taking taking(store, wanted);
   for (std::size_t index = 0; index < wanted.size(); ++index) {
     try {

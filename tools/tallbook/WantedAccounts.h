@@ -13,7 +13,8 @@ void takeRecord(const EditableStore& store, const std::shared_ptr<BasicAccount>&
 /// their identifiers, and adds the others. Accounts that the list lacks stay, or with `prune` go.
 ///
 /// Those that the file holds just as they are wanted need nothing, not even an identifier. Throws
-/// Failure, and leaves a store that is not to be saved, for all others that cannot be had.
+/// Failure, and leaves a store that is not to be saved, for all others that cannot be had, and for
+/// no list, which is hardly meant as an empty one.
 void takeAccounts(const EditableStore& store, const ArrayRef& wanted, bool prune);
 
 /// The store's accounts as they are now, as the top level of an accounts file; frozen.
