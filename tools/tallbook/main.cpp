@@ -312,7 +312,10 @@ ExitCode CommandLine::runCommand(const CLI::App& app) const {
   }
   if (!run) throw Failure(ExitCode::Usage, "what is to be done? See tallbook --help");
   if (_isOnDevice) shared.configure();
-  return run();
+  const ExitCode code = run();
+  // What a preview saves is not on the device.
+  if (shared.host.isPreview) failFromHereOnWith(static_cast<int>(ExitCode::NotSaved));
+  return code;
 }
 
 int answer(int argc, char** argv) {
