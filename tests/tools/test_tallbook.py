@@ -382,6 +382,7 @@ class Changes(ToolTest):
                                  ("integer", "1e3", "0x1F"), ("date", "today", "+01:00")]:
             self.run_tool("set", "m1", "Port", "--type", kind, text, expect=USAGE)
             self.assertIn(told, self.message)
+        self.run_tool("set", "m1", "ChildAccounts", "5", expect=USAGE)
         saved = self.which_file()
         self.run_tool("set", "m1", "Port", "143")
         self.assertEqual(self.which_file(), saved, "the value that was there was saved again")

@@ -51,6 +51,12 @@ ExitCode set(const Options& options, const Assignment& assignment) {
   const bool isGuessed = assignment.kind.empty() && usual == Value::Kind::Null;
   const Value value =
       valueFromText(text, assignment.kind.empty() ? spellingOf(usual) : assignment.kind);
+  // JSON spells every kind.
+  if (assignment.kind.empty() && !isGuessed && value.kind() != usual) {
+    throw Failure(ExitCode::Usage, "the value for \"" + key + "\" " +
+                                       textOfWrongKind(value, nameOfKind(usual)) +
+                                       "; if it is meant, repeat the command with --type json");
+  }
   if (value == present) return ExitCode::Done;
   if (key == kAccountClass.view()) {
     if (value.string().empty()) {
