@@ -37,7 +37,9 @@ std::string quotedForShell(const std::string& text) {
 
 EditedText::EditedText(const std::string& text) {
   std::error_code error;
-  std::string folder = (fs::temp_directory_path(error) / "tallbook-XXXXXX").string();
+  const fs::path temporary = fs::temp_directory_path(error);
+  if (error) cannotBeMade("a folder for the text", error.message());
+  std::string folder = (temporary / "tallbook-XXXXXX").string();
   if (!::mkdtemp(folder.data())) cannotBeMade(folder, std::generic_category().message(errno));
   _path = fs::path(folder) / "accounts.json";
   std::ofstream stream(_path);
