@@ -78,10 +78,10 @@ std::string iso8601(Date date) {
   const year_month_day calendar(kEpoch + days(static_cast<int>(day)));
   const double seconds = date.secondsSince2001 - day * kSecondsADay;
   const int whole = static_cast<int>(seconds);
-  const int length =
-      std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d", int(calendar.year()),
-                    unsigned(calendar.month()), unsigned(calendar.day()), whole / 3600,
-                    whole / 60 % 60, whole % 60);
+  const int length = std::snprintf(text, sizeof text, "%0*d-%02u-%02uT%02d:%02d:%02d",
+                                   calendar.year() < year(0) ? 5 : 4, int(calendar.year()),
+                                   unsigned(calendar.month()), unsigned(calendar.day()),
+                                   whole / 3600, whole / 60 % 60, whole % 60);
   std::string answer(text, static_cast<std::size_t>(length));
   const long billionths = std::min(std::lround((seconds - whole) * 1e9), 999'999'999L);
   if (billionths > 0) {
