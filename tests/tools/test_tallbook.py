@@ -164,8 +164,9 @@ class Outcomes(ToolTest):
         self.assertEqual(sorted(told), sorted(listed))
 
     def test_errors_are_json_where_results_are(self):
-        self.write([{"Type": "Mail", "Class": "IMAPAccount"}])
-        self.assertIsNone(self.json("list")[0]["identifier"])
+        self.write([{"Type": "Mail", "Class": "IMAPAccount", "DisplayName": "Anon"}])
+        for command in [["list"], ["explain", "Anon"]]:
+            self.assertIsNone(self.json(*command)[0]["identifier"], command)
         for code, *arguments in [(NOT_FOUND, "get", "m9", "Port"), (USAGE, "lits"), (USAGE, "get")]:
             self.run_tool("--json", *arguments, expect=code)
             self.assertEqual(json.loads(self.message)["code"], code, arguments)

@@ -6,6 +6,7 @@
 #include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/Explanation.h"
+#include "tools/tallbook/RecordSummary.h"
 #include "tools/tallbook/Records.h"
 
 namespace tallbook::tool {
@@ -56,7 +57,7 @@ ExitCode explain(const Options& options, const std::string& identifier,
     const String full = each.string();
     const Explanation why = explanation(*record, full);
     if (options.json) {
-      array.push_back({{"identifier", record->identifier().str()},
+      array.push_back({{"identifier", identifierOf(*record)},
                        {"dataclass", full.str()},
                        {"on", why.isOn},
                        {"reason", why.reason},

@@ -5,10 +5,14 @@
 
 namespace tallbook::tool {
 
+JSON identifierOf(const BasicAccount& record) {
+  const std::string identifier = storedIdentifier(record);
+  return identifier.empty() ? JSON() : JSON(identifier);
+}
+
 JSON summaryOf(const BasicAccount& record) {
   JSON object = JSON::object();
-  const std::string identifier = storedIdentifier(record);
-  object["identifier"] = identifier.empty() ? JSON() : JSON(identifier);
+  object["identifier"] = identifierOf(record);
   object["name"] = nameOf(record);
   object["type"] = record.type().str();
   object["class"] = record.accountClass().str();

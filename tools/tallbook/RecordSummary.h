@@ -6,8 +6,9 @@
 
 namespace tallbook::tool {
 
-/// What programs hear of every account that is listed or shown; null for an identifier that the
-/// file does not hold.
+/// The record's identifier as programs hear it; null for one that the file does not hold.
+JSON identifierOf(const BasicAccount& record);
+/// What programs hear of every account that is listed or shown.
 JSON summaryOf(const BasicAccount& record);
 
 }  // namespace tallbook::tool

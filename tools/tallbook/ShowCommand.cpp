@@ -15,7 +15,7 @@ ExitCode show(const Options& options, const std::string& identifier) {
   const auto record = recordNamed(*store, identifier);
   if (options.json) {
     JSON object = summaryOf(*record);
-    object["parent"] = jsonFromValue(record->parentAccountIdentifier());
+    object["parent"] = record->parentAccount() ? identifierOf(*record->parentAccount()) : JSON();
     object["provisioned"] = jsonFromValue(record->provisionedDataclasses());
     object["supported"] = jsonFromValue(record->supportedDataclasses());
     object["properties"] = jsonFromValue(record->properties());
