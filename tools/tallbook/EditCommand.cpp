@@ -13,13 +13,14 @@ namespace tallbook::tool {
 namespace {
 
 /// The whole file, or one record of it.
-Value contentToEdit(const EditableStore& store, const std::string& identifier) {
+DictionaryRef contentToEdit(const EditableStore& store, const std::string& identifier) {
   if (!identifier.empty()) return recordNamed(*store, identifier)->properties();
   return store.file().records() ? store.file().topLevel : accountsOf(store);
 }
 
+/// `shown` is what the text was made of.
 void takeEdited(const EditableStore& store, const std::string& identifier,
-                const std::string& text) {
+                const DictionaryRef& shown, const std::string& text) {
   if (identifier.empty()) {
     const AccountsFile wanted = accountsFromText(text, "the edited text");
     if (wanted.isUnusable()) throw unusable(wanted, "correct it");
@@ -32,15 +33,17 @@ void takeEdited(const EditableStore& store, const std::string& identifier,
   // What a record receives that has no identifier is another at every load.
   const DictionaryRef identified = wanted->mutableCopy();
   for (const String& key : {kAccountIdentifier, kAccountSyncIdentifier}) {
-    if (wanted->contains(key)) identified->set(key, (*record->properties())[key]);
+    if (wanted->contains(key) && (*wanted)[key] == (*shown)[key]) {
+      identified->set(key, (*record->properties())[key]);
+    }
   }
   takeRecord(store, record, identified);
 }
 
 void save(const Options& options, const EditableStore& store, const std::string& identifier,
-          const std::string& text) {
+          const DictionaryRef& shown, const std::string& text) {
   const DictionaryRef before = accountsOf(store);
-  takeEdited(store, identifier, text);
+  takeEdited(store, identifier, shown, text);
   showAndSave(options, store, before);
 }
 
@@ -51,7 +54,8 @@ ExitCode edit(const Options& options, const std::string& identifier) {
   // edited.
   const EditableStore unedited(options);
   requirePrintable(unedited.file());
-  const std::string before = jsonFromValue(contentToEdit(unedited, identifier)).dump(2) + "\n";
+  const DictionaryRef shown = contentToEdit(unedited, identifier);
+  const std::string before = jsonFromValue(shown).dump(2) + "\n";
   const EditedText edited(before);
   for (;;) {
     const bool hasSucceeded = edited.edit();
@@ -63,7 +67,7 @@ ExitCode edit(const Options& options, const std::string& identifier) {
         return hasSucceeded ? ExitCode::Done : ExitCode::NotSaved;
       }
       if (!hasSucceeded) throw Failure(ExitCode::NotSaved, "the editor failed");
-      save(options, unedited.again(options), identifier, text);
+      save(options, unedited.again(options), identifier, shown, text);
       edited.remove();
       return ExitCode::Done;
     } catch (const Failure& failure) {
