@@ -17,6 +17,7 @@ Expat loaded() {
   library.find(expat.SetElementHandler, "XML_SetElementHandler");
   library.find(expat.SetCharacterDataHandler, "XML_SetCharacterDataHandler");
   library.find(expat.SetEntityDeclHandler, "XML_SetEntityDeclHandler");
+  library.find(expat.SetSkippedEntityHandler, "XML_SetSkippedEntityHandler");
   library.find(expat.Parse, "XML_Parse");
   library.find(expat.StopParser, "XML_StopParser");
   library.find(expat.GetErrorCode, "XML_GetErrorCode");

@@ -13,6 +13,7 @@ struct Expat {
   decltype(&::XML_SetElementHandler) SetElementHandler = nullptr;
   decltype(&::XML_SetCharacterDataHandler) SetCharacterDataHandler = nullptr;
   decltype(&::XML_SetEntityDeclHandler) SetEntityDeclHandler = nullptr;
+  decltype(&::XML_SetSkippedEntityHandler) SetSkippedEntityHandler = nullptr;
   decltype(&::XML_Parse) Parse = nullptr;
   decltype(&::XML_StopParser) StopParser = nullptr;
   decltype(&::XML_GetErrorCode) GetErrorCode = nullptr;

@@ -168,6 +168,13 @@ void onEntity(void* userData, const XML_Char*, int, const XML_Char*, int, const 
   parseOf(userData).handle([] { throw MalformedPropertyList("an entity declaration"); });
 }
 
+// Where there is a DOCTYPE, whose text nobody reads, an entity that is declared nowhere is no error
+// to the parser, and its text would be missing.
+void onSkippedEntity(void* userData, const XML_Char* name, int) {
+  parseOf(userData).handle(
+      [&] { throw MalformedPropertyList("an unknown entity \"" + std::string(name) + "\""); });
+}
+
 }  // namespace
 
 Value XMLReader::read(std::string_view bytes) {
@@ -180,6 +187,7 @@ Value XMLReader::read(std::string_view bytes) {
   expat.SetElementHandler(parser.get(), onStart, onEnd);
   expat.SetCharacterDataHandler(parser.get(), onText);
   expat.SetEntityDeclHandler(parser.get(), onEntity);
+  expat.SetSkippedEntityHandler(parser.get(), onSkippedEntity);
 
   // The whole in one piece: what a piece ends in the middle of is scanned anew with the next one,
   // and a comment or an attribute may be as long as the file.

@@ -103,6 +103,7 @@ TEST(TheXMLReader, RefusesWhatIsNoPropertyList) {
       document("<true/>").substr(0, 60),
       "<!DOCTYPE plist [<!ENTITY a \"aaaa\">]><plist><string>&a;</string></plist>",
       "<!DOCTYPE plist [<!ENTITY % a SYSTEM \"file:///etc/passwd\">]><plist><true/></plist>",
+      "<!DOCTYPE plist SYSTEM \"x.dtd\"><plist><string>a&eacute;b</string></plist>",
   };
   for (const std::string& bytes : rows) {
     std::string problem;
