@@ -759,8 +759,11 @@ class Watching(ToolTest):
         return text
 
     def test_a_line_a_change_until_it_is_stopped_and_from_there_on_the_next_time(self):
+        signal.signal(signal.SIGHUP, signal.SIG_IGN)  # as nohup does
         watcher = self.watch("--keep", self.baseline)
+        signal.signal(signal.SIGHUP, signal.SIG_DFL)
         self.assertEqual(self.line(watcher), "Umbrella > CalDAV: added, CalDAV c2")
+        watcher.send_signal(signal.SIGHUP)
         for arguments, expected in [
                 (("disable", "m1", "Mail"), "Büro: Mail off"),
                 (("set", "m1", "DisplayName", "A\nB"), 'Büro: DisplayName "Büro" -> "A\\nB"'),

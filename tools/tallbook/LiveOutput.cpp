@@ -26,7 +26,12 @@ namespace {
 LiveOutput::LiveOutput(bool isPrintedTo) : _printedTo(isPrintedTo ? STDOUT_FILENO : -1) {
   sigset_t stopping;
   sigemptyset(&stopping);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stopping, signal);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    // One that is ignored, as under nohup, would be told all the same once it is blocked.
+    struct sigaction present {};
+    ::sigaction(signal, nullptr, &present);
+    if (present.sa_handler != SIG_IGN) sigaddset(&stopping, signal);
+  }
   ::sigprocmask(SIG_BLOCK, &stopping, nullptr);
   // A reader who goes away is an answer of the write, and no signal.
   std::signal(SIGPIPE, SIG_IGN);

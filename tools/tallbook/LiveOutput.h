@@ -5,7 +5,8 @@
 namespace tallbook::tool {
 
 /// Standard output of a command that goes on until somebody stops it, by ctrl-C, by SIGTERM, or by
-/// reading no more of what it prints. None of that ends the process by itself any more.
+/// reading no more of what it prints. None of that ends the process by itself any more. A signal
+/// that whoever started the command had it ignore, as nohup does, stays ignored.
 class LiveOutput {
  public:
   /// Where nothing is going to be printed, nobody need read it either.
