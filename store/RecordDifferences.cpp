@@ -9,6 +9,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "store/ChangedKeys.h"
+#include "store/IdentifierTable.h"
 #include "store/RecordPairing.h"
 #include "store/TBRuntimeFixMailAccount.h"
 
@@ -52,13 +53,27 @@ class Comparison {
 
   std::vector<ChangedAccount> compare(const Records& before, const Records& now) && {
     // Mostly one record of many differs; only what lies between the first and the last that do is
-    // paired.
+    // paired, unless it shares an identifier with what lies around it.
     const auto [firstBefore, firstNow] =
         std::mismatch(before.begin(), before.end(), now.begin(), now.end(), equalContent);
     const auto [lastBefore, lastNow] =
         std::mismatch(before.rbegin(), std::make_reverse_iterator(firstBefore), now.rbegin(),
                       std::make_reverse_iterator(firstNow), equalContent);
-    pair({firstBefore, lastBefore.base()}, {firstNow, lastNow.base()});
+    const Records differentBefore(firstBefore, lastBefore.base());
+    const Records differentNow(firstNow, lastNow.base());
+    IdentifierTable<bool> different;
+    for (const Records* records : {&differentBefore, &differentNow}) {
+      for (const DictionaryRef& record : *records) {
+        if (const String identifier = record[kAccountIdentifier].string()) different[identifier];
+      }
+    }
+    const auto isMet = [&](const DictionaryRef& record) {
+      const auto identifier = record[kAccountIdentifier].stringView();
+      return identifier && different.contains(*identifier);
+    };
+    const bool isAnyShared = std::any_of(before.begin(), firstBefore, isMet) ||
+                             std::any_of(lastBefore.base(), before.end(), isMet);
+    isAnyShared ? pair(before, now) : pair(differentBefore, differentNow);
     return std::move(_changes);
   }
 

@@ -116,6 +116,10 @@ TEST_F(AWatcher, TellsWhatBecameOfEachAccountAndChild) {
        {record("A"), record("A", {{"Port", 1}}), nameless},
        {record("A", {{"Port", 2}}), nameless, record("A"), nameless},
        {"- A [->]", "+ A [->]", "+  [->]"}},
+      {"of one identifier, between others that stay",
+       {record("A"), record("A", {{"Port", 1}}), record("B")},
+       {record("A"), record("A", {{"Port", 2}}), record("B")},
+       {"- A [->]", "+ A [->]"}},
   };
   for (const Case& each : cases) {
     SCOPED_TRACE(each.name);
