@@ -37,6 +37,18 @@ bool refuse(const std::string& path, const std::error_code& error) {
   return false;
 }
 
+/// Whether both paths lead to one file, as they do where a link leads from folder to folder.
+bool isOneFile(const std::string& a, const std::string& b) {
+  const auto versionAt = [](const std::string& path) {
+    const SplitPath at(path);
+    std::error_code error;
+    const auto folder = Platform::current().fileSystem().openFolder(at.folder, error);
+    return folder ? folder->look(at.name, error).version : FileVersion();
+  };
+  const FileVersion version = versionAt(a);
+  return version && version == versionAt(b);
+}
+
 void tellTheMailApplication() {
   Platform& platform = Platform::current();
   // Often there is no marker; then there is nothing to do.
@@ -156,7 +168,9 @@ void AccountsDataMigrator::_copyAsideAccountsPlist() {
   const std::string source = AccountsManager::fullPathToTallbookPlist();
   const std::string target = Platform::current().directories().sharedResources() +
                              "/Library/Logs/Dorvix/" + source.substr(source.rfind('/') + 1);
-  const std::error_code removal = files.remove(target);
+  // The accounts file itself must not go to make room for its copy.
+  const std::error_code removal =
+      isOneFile(target, source) ? make_error_code(std::errc::file_exists) : files.remove(target);
   if (removal && removal != std::errc::no_such_file_or_directory) {
     consoleLog("Couldn't remove existing tallbook copy at " + target);
   }

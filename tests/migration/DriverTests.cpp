@@ -132,6 +132,12 @@ TEST_F(ADriver, PutsTheAccountsFileAsideAsFarAsItCan) {
                 true,
                 {}},
            Case{[&] { fs::create_directories(copyPath() + "/folder"); }, false, {stuck, failed}},
+           Case{[&] {
+                  fs::remove_all(home() + "/Library/Logs/Dorvix");
+                  fs::create_directory_symlink("../Preferences", home() + "/Library/Logs/Dorvix");
+                },
+                false,
+                {stuck, failed}},
            Case{[&] { fs::remove_all(home() + "/Library/Logs"); }, false, {failed}},
            Case{[&] { fs::remove(accountsPath()); }, false, {failed}},
        }) {
