@@ -797,7 +797,8 @@ class Watching(ToolTest):
                          ["changed", "m1", "Mail", "Büro", {"Port": {"before": 993, "after": 143}}])
         watcher.stdout.close()
         self.assertEqual(watcher.wait(60), DONE)
-        for arguments, code in [(("--since", self.path), UNREADABLE), (("--type", "Nonsense"), USAGE),
+        for arguments, code in [(("--since", self.path), UNREADABLE), (("--keep", self.path), UNREADABLE),
+                                (("--type", "Nonsense"), USAGE),
                                 (("--keep", self.root + "/none/file"), NOT_SAVED)]:
             self.run_tool("watch", *arguments, expect=code)
 

@@ -41,7 +41,7 @@ std::unique_ptr<AccountsWatcher> watcherSince(const std::string& path) {
   auto watcher = baseline ? AccountsWatcher::since(*baseline) : nullptr;
   if (watcher) return watcher;
   throw Failure(ExitCode::Unreadable,
-                path + " is no baseline; remove it to begin with the accounts as they are now");
+                path + " is no baseline, and left as it is; name a file that is one, or a new one");
 }
 
 void keepBaseline(const AccountsWatcher& watcher, const std::string& path) {

@@ -68,6 +68,8 @@ class Watch {
       : _options(options), _watching(watching), _output(!watching.bus), _watcher(makeWatcher()) {}
 
   ExitCode run() {
+    // Nothing but a baseline may have to make room for one.
+    if (!_watching.keep.empty()) static_cast<void>(watcherSince(_watching.keep));
     keep();
     noteWhatIsNotWatched();
     do {
