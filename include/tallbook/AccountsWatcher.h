@@ -76,8 +76,8 @@ class TALLBOOK_EXPORT AccountsWatcher {
   /// A save wakes once, when the file is replaced, and one that has nothing to write wakes nobody.
   /// It may be readable without a change, as when another file of the folder is replaced.
   int descriptor() const noexcept;
-  /// Why the descriptor may not tell of the next change: a folder that may not be read, or the
-  /// system's limits; else none. Call `changes` from time to time then.
+  /// Why the descriptor may not tell of the next change: a folder that may not be read, a link that
+  /// leads nowhere, or the system's limits; else none. Call `changes` from time to time then.
   std::error_code descriptorProblem() const noexcept;
 
   /// What happened since the last answer. Reads the file only where it may have changed. Throws

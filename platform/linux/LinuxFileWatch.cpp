@@ -44,7 +44,10 @@ bool LinuxFileWatch::takeNotices() {
     watchWhatIsThere();
     mayHaveChanged = true;
   }
-  return mayHaveChanged;
+  if (mayHaveChanged || !_problem) return mayHaveChanged;
+  // What could not be watched may have come or changed without a notice.
+  watchWhatIsThere();
+  return true;
 }
 
 bool LinuxFileWatch::drain() {
@@ -89,7 +92,7 @@ void LinuxFileWatch::watchWhatIsThere() {
     std::error_code error;
     const FileDescriptor folder = _root.open(path, O_PATH | O_DIRECTORY, 0, error);
     if (!folder) {
-      _problem = unlessAbsent(error);
+      _problem = isLink(path) ? error : unlessAbsent(error);
       break;
     }
     error = add(folder, kAnything | kEnd, name);
@@ -111,8 +114,16 @@ bool LinuxFileWatch::watchFile() {
   if (!name || ::fstat(name.get(), &status) != 0) return false;
   if (S_ISREG(status.st_mode)) return !add(name, kFile, "");
   const FileDescriptor target = _root.open(_path, O_PATH, 0, error);
-  if (target) add(target, kFile, "");
+  if (target) error = add(target, kFile, "");
+  if (error) _problem = error;
   return false;
+}
+
+bool LinuxFileWatch::isLink(const std::string& path) const {
+  std::error_code error;
+  struct stat status {};
+  const FileDescriptor name = _root.open(path, O_PATH | O_NOFOLLOW, 0, error);
+  return name && ::fstat(name.get(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
 std::error_code LinuxFileWatch::add(const FileDescriptor& what, unsigned mask,

@@ -37,6 +37,8 @@ class LinuxFileWatch final : public FileWatch {
   void watchWhatIsThere();
   /// Watches the file, or what a link leads to. Whether the file tells its own end from then on.
   bool watchFile();
+  /// Where a link leads nowhere, nobody tells that something comes to lie there.
+  bool isLink(const std::string& path) const;
   /// Watches, or changes what is told of a thing that is watched.
   std::error_code add(const FileDescriptor& what, unsigned mask, const std::string& name);
 

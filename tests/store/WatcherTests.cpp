@@ -154,9 +154,13 @@ TEST_F(AWatcher, WakesForEverySaveAndForNothingElse) {
 }
 
 TEST_F(AWatcher, HearsHoweverTheFileComesAndGoes) {
-  const std::string elsewhere = path("/var/mobile/Elsewhere");
   const std::vector<Value> one = {record("A")};
   const auto write = [&] { writeAccounts({record("A")}); };
+  const auto writeBehindLink = [&] {
+    fs::create_directories(path("/data"));
+    test::writePropertyList(path("/data/com.orvane.tallbook.plist"),
+                            Dictionary::make({{"Accounts", Array::make(one)}}));
+  };
   const std::pair<const char*, std::function<void()>> ways[] = {
       {"removed", [&] { fs::remove(accountsPath()); }},
       {"made", write},
@@ -178,10 +182,8 @@ TEST_F(AWatcher, HearsHoweverTheFileComesAndGoes) {
       {"a link below this root in the folder's place",
        [&] {
          fs::create_directories(path("/var/mobile/Library"));
-         fs::create_directories(path("/data"));
          fs::create_directory_symlink("/data", preferencesFolder());
-         test::writePropertyList(path("/data/com.orvane.tallbook.plist"),
-                                 Dictionary::make({{"Accounts", Array::make(one)}}));
+         writeBehindLink();
        }},
       {"the folder behind the link removed", [&] { fs::remove_all(path("/data")); }},
   };
@@ -198,6 +200,9 @@ TEST_F(AWatcher, HearsHoweverTheFileComesAndGoes) {
     EXPECT_EQ(told(), Lines{isThere ? "+ A [->]" : "- A [->]"});
   }
   EXPECT_EQ(watcher->descriptor(), descriptor);
+  EXPECT_TRUE(watcher->descriptorProblem()) << "nobody tells what comes behind the link";
+  writeBehindLink();
+  EXPECT_EQ(told(), Lines{"+ A [->]"});
   EXPECT_FALSE(watcher->descriptorProblem());
 }
 
