@@ -65,8 +65,10 @@ with tempfile.TemporaryDirectory() as folder:
     assert sorted(caught_up) == ["look again at GMAIL: DisplayName\n", "look again at POP: Port\n",
                                  "look again at WORK: DisplayName Username New DaysToSync\n"], caught_up
     subprocess.run([tool, "--root", root, "remove", "POP"], check=True)
-    assert heard.stdout.readline() == "forget POP\n"
-    assert heard.communicate("", timeout=60)[0] == "" and heard.returncode == 0
+    forgotten = [heard.stdout.readline() for _ in range(2)]
+    assert forgotten == ["forget POP\n", "forget POP-NOTES\n"], forgotten
+    rest, _ = heard.communicate("", timeout=60)
+    assert (rest, heard.returncode) == ("", 0), (rest, heard.returncode)
 
     told = [open(log).read().splitlines() for log in logs]
     assert [lines[0] for lines in told] == ["batch of 2:", "batch of 3:"], told

@@ -803,6 +803,9 @@ class Watching(ToolTest):
             self.run_tool("watch", *arguments, expect=code)
 
     def test_the_bus_is_told_names_and_no_values(self):
+        self.run_tool("disable", "m1", "Mail")
+        # Without a bus the change is kept for the next start.
+        self.run_tool("watch", "--since", self.baseline, "--keep", self.baseline, "--bus", expect=NOT_SAVED)
         os.makedirs(os.path.join(self.root, "run/dbus"))
         address = "unix:path=" + os.path.join(self.root, "run/dbus/system_bus_socket")
         bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1",
@@ -818,7 +821,6 @@ class Watching(ToolTest):
         self.addCleanup(listener.kill)
         while "NameLost" not in listener.stdout.readline():
             pass  # the sign that it listens
-        self.run_tool("disable", "m1", "Mail")
         self.assertEqual(self.run_tool("watch", "--since", self.baseline, "--bus", "--once"), "")
         heard = ""
         while 'string "c2"' not in heard:

@@ -75,7 +75,11 @@ class Watch {
     do {
       const AccountsWatcher::Answer answer = _watcher->changes();
       if (!answer) continue;
-      if (!(_watching.bus ? announce(answer) : print(answer))) break;
+      if (_watching.bus) {
+        announce(answer);
+      } else if (!print(answer)) {
+        break;
+      }
       keep();
       if (_watching.once && isAnyTold(answer)) break;
     } while (_output.waitFor(_watcher->descriptor(), patience()));
@@ -114,12 +118,15 @@ class Watch {
     return std::ranges::any_of(answer.accounts, [&](const auto& change) { return isTold(change); });
   }
 
-  bool announce(const AccountsWatcher::Answer& answer) const {
+  void announce(const AccountsWatcher::Answer& answer) const {
     std::vector<ChangedAccount> told;
     std::ranges::copy_if(answer.accounts, std::back_inserter(told),
                          [&](const auto& change) { return isTold(change); });
-    if (!AccountsWatcher::announceOnBus(told)) note("the message bus took no notice of a change");
-    return true;
+    if (told.empty() || AccountsWatcher::announceOnBus(told)) return;
+    // Ends before the baseline is kept, so that whoever starts it again tells the change.
+    throw Failure(ExitCode::NotSaved,
+                  "the message bus took no notice of a change; started again, it is told of what "
+                  "has changed since the baseline that was kept");
   }
 
   /// False when the command is to end.
