@@ -49,6 +49,11 @@ bool isOneFile(const std::string& a, const std::string& b) {
   return version && version == versionAt(b);
 }
 
+bool isThere(const std::string& path) {
+  std::error_code unknown;
+  return Platform::current().fileSystem().exists(path, unknown) || unknown;
+}
+
 void tellTheMailApplication() {
   Platform& platform = Platform::current();
   // Often there is no marker; then there is nothing to do.
@@ -168,13 +173,20 @@ void AccountsDataMigrator::_copyAsideAccountsPlist() {
   const std::string source = AccountsManager::fullPathToTallbookPlist();
   const std::string target = Platform::current().directories().sharedResources() +
                              "/Library/Logs/Dorvix/" + source.substr(source.rfind('/') + 1);
-  // The accounts file itself must not go to make room for its copy.
-  const std::error_code removal =
-      isOneFile(target, source) ? make_error_code(std::errc::file_exists) : files.remove(target);
-  if (removal && removal != std::errc::no_such_file_or_directory) {
+  // The accounts file must not go to make room for its copy, be it that copy itself or a link to
+  // it: the copy takes the old one's place whole, or not at all.
+  const std::string bytes = files.readFile(source, _copyAsideFailure);
+  std::error_code removal = _copyAsideFailure;
+  if (_copyAsideFailure == std::errc::no_such_file_or_directory && !isThere(source)) {
+    removal = files.remove(target);
+  } else if (!_copyAsideFailure) {
+    removal = isOneFile(target, source) ? make_error_code(std::errc::file_exists)
+                                        : files.replaceFile(target, bytes);
+    _copyAsideFailure = removal;
+  }
+  if (removal && isThere(target)) {
     consoleLog("Couldn't remove existing tallbook copy at " + target);
   }
-  _copyAsideFailure = files.copyFile(source, target);
   if (_copyAsideFailure) {
     consoleLog("Error trying to save an tallbook plist copy: " + _copyAsideFailure.message());
   }

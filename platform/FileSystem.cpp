@@ -57,10 +57,4 @@ std::error_code FileSystem::replaceFile(const std::string& path, std::string_vie
   return error;
 }
 
-std::error_code FileSystem::copyFile(const std::string& from, const std::string& to) {
-  std::error_code error;
-  const std::string bytes = readFile(from, error);
-  return error ? error : createFile(to, bytes);
-}
-
 }  // namespace tallbook

@@ -127,8 +127,6 @@ class FileSystem {
   std::error_code createFile(const std::string& path, std::string_view bytes);
   /// The same in the place of what is at `path`, which is the old or the new file at every moment.
   std::error_code replaceFile(const std::string& path, std::string_view bytes);
-  /// `createFile` with a regular file's bytes.
-  std::error_code copyFile(const std::string& from, const std::string& to);
 };
 
 /// A path's folder and its last name.

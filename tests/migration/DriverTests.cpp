@@ -138,6 +138,13 @@ TEST_F(ADriver, PutsTheAccountsFileAsideAsFarAsItCan) {
                 },
                 false,
                 {stuck, failed}},
+           Case{[&] {
+                  fs::rename(accountsPath(), copyPath());
+                  fs::create_symlink("../Logs/Dorvix/" + fs::path(copyPath()).filename().string(),
+                                     accountsPath());
+                },
+                true,
+                {}},
            Case{[&] { fs::remove_all(home() + "/Library/Logs"); }, false, {failed}},
            Case{[&] { fs::remove(accountsPath()); }, false, {failed}},
        }) {

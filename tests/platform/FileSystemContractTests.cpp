@@ -82,10 +82,6 @@ TYPED_TEST(AFileSystem, KeepsBytesAsTheyAre) {
   for (const std::string& bytes : {""s, "a\0b\xff"s, std::string(3'000'000, 'x')}) {
     ASSERT_FALSE(this->files.createFile(this->at("/d/new"), bytes));
     EXPECT_TRUE(this->contentOf("/d/new") == bytes);
-    ASSERT_FALSE(this->files.copyFile(this->at("/d/new"), this->at("/d/copy")));
-    EXPECT_TRUE(this->contentOf("/d/copy") == bytes);
-    ASSERT_FALSE(this->folder("/d")->rename("copy", "new"));
-    EXPECT_FALSE(this->exists("/d/copy"));
     ASSERT_FALSE(this->files.remove(this->at("/d/new")));
     EXPECT_FALSE(this->exists("/d/new"));
   }
@@ -198,10 +194,6 @@ TYPED_TEST(AFileSystem, ChangesNothingWhenItFails) {
       {"create over a directory", disk.createFile(below("/d/sub"), "x"), errc::file_exists},
       {"create nowhere", disk.createFile(below("/n/x"), "x"), errc::no_such_file_or_directory},
       {"create below a file", disk.createFile(below("/d/old/x"), "x"), errc::not_a_directory},
-      {"copy over", disk.copyFile(below("/d/old"), below("/d/sub")), errc::file_exists},
-      {"copy nothing", disk.copyFile(below("/d/none"), below("/d/x")),
-       errc::no_such_file_or_directory},
-      {"copy a directory", disk.copyFile(below("/d/sub"), below("/d/x")), errc::is_a_directory},
       {"remove nothing", disk.remove(below("/d/none")), errc::no_such_file_or_directory},
       {"remove a directory", disk.remove(below("/d/sub")), errc::is_a_directory},
       {"make below a file", disk.createDirectories(below("/d/old/x"), 0755), errc::not_a_directory},

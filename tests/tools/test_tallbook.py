@@ -118,7 +118,7 @@ class Outcomes(ToolTest):
         for code, *arguments in [
                 (DONE, "list"), (DONE, "list", "--type", "Mail"), (NOT_FOUND, "list", "--type", "Gmail"),
                 (USAGE, "list", "--type", "Nonsense"), (USAGE,), (USAGE, "frobnicate"),
-                (USAGE, "--root", "/nowhere", "list"), (DONE, "--help"),
+                (USAGE, "--root", "/nowhere", "list"), (USAGE, "--root", "", "list"), (DONE, "--help"),
                 (DONE, "show", "c2"), (NOT_FOUND, "show", "c3"), (USAGE, "show"),
                 (DONE, "get", "m1", "Port"), (NOT_FOUND, "get", "m1", "Nothing"),
                 (NOT_FOUND, "set", "m9", "Port", "1"), (USAGE, "set", "m1", "Port", "many"),

@@ -65,7 +65,7 @@ std::string problemOf(const Migration& migration) {
 
 int report(const Migration& migration, const CommandLine& line) {
   std::string problem = problemOf(migration);
-  if (problem.empty()) tool::failFromHereOnWith(kNotPrinted);
+  if (problem.empty() && !line.shared.host.isPreview) tool::failFromHereOnWith(kNotPrinted);
   const ReportOptions options{line.shared.json, line.shared.host.isPreview, line.quiet};
   if (!printStory(migration.story, options)) {
     problem =
