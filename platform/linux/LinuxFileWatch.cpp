@@ -31,7 +31,7 @@ std::error_code unlessAbsent(const std::error_code& error) {
 LinuxFileWatch::LinuxFileWatch(FileDescriptor notices, const std::string& path,
                                const DeviceRoot& root)
     : _notices(std::move(notices)), _path(path), _root(root) {
-  watchWhatIsThere();
+  watchFrom(_root.path().size());
 }
 
 // After new watches are made, what happened meanwhile is taken too: it may concern what was just
@@ -40,50 +40,55 @@ LinuxFileWatch::LinuxFileWatch(FileDescriptor notices, const std::string& path,
 bool LinuxFileWatch::takeNotices() {
   constexpr int kMostRounds = 8;
   bool mayHaveChanged = false;
-  for (int round = 0; round < kMostRounds && drain(); ++round) {
-    watchWhatIsThere();
+  for (int round = 0; round < kMostRounds; ++round) {
+    const std::size_t end = drain();
+    if (end == kNowhere) break;
+    watchFrom(end);
     mayHaveChanged = true;
   }
   if (mayHaveChanged || !_problem) return mayHaveChanged;
   // What could not be watched may have come or changed without a notice.
-  watchWhatIsThere();
+  watchFrom(_root.path().size());
   return true;
 }
 
-bool LinuxFileWatch::drain() {
+std::size_t LinuxFileWatch::drain() {
   // More than the kernel's queue holds by default, in pieces.
   constexpr int kMostReads = 64;
   alignas(inotify_event) char buffer[std::size_t{1} << 15];
-  bool isOfInterest = false;
+  std::size_t topmost = kNowhere;
   for (int read = 0; read < kMostReads; ++read) {
     const ssize_t length = ::read(_notices.get(), buffer, sizeof buffer);
     if (length <= 0) break;
     for (ssize_t at = 0; at < length;) {
       const auto* const event = reinterpret_cast<const inotify_event*>(buffer + at);
-      isOfInterest |= isAbout(event->wd, event->mask, event->len > 0 ? event->name : "");
+      topmost =
+          std::min(topmost, placeOf(event->wd, event->mask, event->len > 0 ? event->name : ""));
       at += static_cast<ssize_t>(sizeof *event + event->len);
     }
   }
-  return isOfInterest;
+  return topmost;
 }
 
-bool LinuxFileWatch::isAbout(int number, unsigned mask, const char* name) const {
+std::size_t LinuxFileWatch::placeOf(int number, unsigned mask, const char* name) const {
   // Where notices were lost, anything may have happened.
-  if (mask & IN_Q_OVERFLOW) return true;
-  return std::ranges::any_of(_watched, [&](const Watched& watched) {
-    if (watched.number != number) return false;
-    const bool isItself = (mask & (kEnd | IN_IGNORED | IN_UNMOUNT)) != 0;
-    return isItself || watched.name.empty() || watched.name == name;
+  if (mask & IN_Q_OVERFLOW) return _root.path().size();
+  const bool isItself = (mask & (kEnd | IN_IGNORED | IN_UNMOUNT)) != 0;
+  // One thing may be met twice, by way of a link; the upper place is the first.
+  const auto found = std::ranges::find_if(_watched, [&](const Watched& watched) {
+    return watched.number == number && (isItself || watched.name.empty() || watched.name == name);
   });
+  return found == _watched.end() ? kNowhere : found->end;
 }
 
-void LinuxFileWatch::watchWhatIsThere() {
-  const std::vector<Watched> before = std::move(_watched);
-  _watched.clear();
+void LinuxFileWatch::watchFrom(std::size_t end) {
+  // A problem may be anywhere. The file is watched with its folder.
+  end = _problem ? _root.path().size() : std::min(end, _path.rfind('/'));
+  const std::vector<Watched> before = _watched;
+  std::erase_if(_watched, [&](const Watched& watched) { return watched.end >= end; });
   _problem.clear();
-  // From the root down, each watched before the next one is looked for, so that whatever comes or
-  // goes in between is told.
-  std::size_t end = _root.path().size();
+  // Downwards, each watched before the next one is looked for, so that whatever comes or goes in
+  // between is told.
   for (std::size_t next; end < _path.size(); end = next) {
     next = std::min(_path.find('/', end + 1), _path.size());
     const bool isOwnFolder = next == _path.size();
@@ -95,10 +100,10 @@ void LinuxFileWatch::watchWhatIsThere() {
       _problem = isLink(path) ? error : unlessAbsent(error);
       break;
     }
-    error = add(folder, kAnything | kEnd, name);
+    error = add(folder, kAnything | kEnd, end, name);
     // A folder above may be entered though not read: then only what it is itself goes unnoticed.
     if (error && (isOwnFolder || error != std::errc::permission_denied)) _problem = error;
-    if (isOwnFolder && watchFile() && !error) add(folder, kReplacement | kEnd, name);
+    if (isOwnFolder && watchFile() && !error) add(folder, kReplacement | kEnd, end, name);
   }
   for (const Watched& old : before) {
     const bool isStill = std::ranges::any_of(
@@ -112,9 +117,9 @@ bool LinuxFileWatch::watchFile() {
   struct stat status {};
   const FileDescriptor name = _root.open(_path, O_PATH | O_NOFOLLOW, 0, error);
   if (!name || ::fstat(name.get(), &status) != 0) return false;
-  if (S_ISREG(status.st_mode)) return !add(name, kFile, "");
+  if (S_ISREG(status.st_mode)) return !add(name, kFile, _path.size(), "");
   const FileDescriptor target = _root.open(_path, O_PATH, 0, error);
-  if (target) error = add(target, kFile, "");
+  if (target) error = add(target, kFile, _path.size(), "");
   if (error) _problem = error;
   return false;
 }
@@ -126,13 +131,13 @@ bool LinuxFileWatch::isLink(const std::string& path) const {
   return name && ::fstat(name.get(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-std::error_code LinuxFileWatch::add(const FileDescriptor& what, unsigned mask,
+std::error_code LinuxFileWatch::add(const FileDescriptor& what, unsigned mask, std::size_t end,
                                     const std::string& name) {
   // By the opened thing, wherever its path leads by now.
   const std::string path = "/proc/self/fd/" + std::to_string(what.get());
   const int number = ::inotify_add_watch(_notices.get(), path.c_str(), mask);
   if (number < 0) return lastSystemError();
-  _watched.push_back({number, name});
+  _watched.push_back({number, end, name});
   return {};
 }
 

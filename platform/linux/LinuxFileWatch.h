@@ -27,20 +27,25 @@ class LinuxFileWatch final : public FileWatch {
   /// One watched thing, by the kernel's number for it.
   struct Watched {
     int number;
+    std::size_t end;   ///< where its path ends in that of the file
     std::string name;  ///< in the folder; empty for the file, of which everything counts
   };
+  static constexpr std::size_t kNowhere = std::string::npos;
 
-  /// Takes what is there, and answers whether any of it is about the file.
-  bool drain();
-  bool isAbout(int number, unsigned mask, const char* name) const;
-  /// Watches what lies on the path now, and nothing else any more.
-  void watchWhatIsThere();
+  /// Takes what is there, and answers where the path of the topmost thing ends that any of it is
+  /// about; nowhere where nothing is about the file.
+  std::size_t drain();
+  std::size_t placeOf(int number, unsigned mask, const char* name) const;
+  /// Watches what lies on the path now, from the folder whose path ends there, and nothing else any
+  /// more. Those above it are as they were.
+  void watchFrom(std::size_t end);
   /// Watches the file, or what a link leads to. Whether the file tells its own end from then on.
   bool watchFile();
   /// Where a link leads nowhere, nobody tells that something comes to lie there.
   bool isLink(const std::string& path) const;
   /// Watches, or changes what is told of a thing that is watched.
-  std::error_code add(const FileDescriptor& what, unsigned mask, const std::string& name);
+  std::error_code add(const FileDescriptor& what, unsigned mask, std::size_t end,
+                      const std::string& name);
 
   FileDescriptor _notices;
   const std::string _path;
