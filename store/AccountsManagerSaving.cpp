@@ -13,6 +13,7 @@
 #include "store/AccountsMerge.h"
 #include "store/IdentifierTable.h"
 #include "store/Notifications.h"
+#include "store/RecordDifferences.h"
 #include "store/SavesOfMigration.h"
 #include "store/TBRuntimeFixProtocol.h"
 #include "store/WatchedAccounts.h"

@@ -7,6 +7,7 @@
 
 #include "platform/Platform.h"
 #include "store/AccountsFile.h"
+#include "store/RecordDifferences.h"
 #include "store/WatchedAccounts.h"
 
 namespace tallbook {
@@ -102,7 +103,7 @@ std::error_code AccountsWatcher::descriptorProblem() const noexcept {
 AccountsWatcher::Answer AccountsWatcher::changes() {
   const bool mayHaveChanged = !_state->watch || _state->watch->takeNotices();
   Answer answer;
-  if (!mayHaveChanged && !_state->hasToLook && !descriptorProblem()) return answer;
+  if (!mayHaveChanged && !_state->hasToLook) return answer;
   // Until all of it is told, which may throw.
   _state->hasToLook = true;
   const AccountsFile file = AccountsFile::read();

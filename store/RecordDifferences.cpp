@@ -37,13 +37,7 @@ ArrayRef enabledDataclassesOf(const Account& account) {
 }
 
 Records childrenOf(const DictionaryRef& record) {
-  Records children;
-  const ArrayRef list = record[kAccountChildAccounts].array();
-  children.reserve(list.size());
-  for (const Value& element : list) {
-    if (DictionaryRef child = element.dictionary()) children.push_back(std::move(child));
-  }
-  return children;
+  return dictionariesIn(record[kAccountChildAccounts].array());
 }
 
 class Comparison {
@@ -161,6 +155,17 @@ class Comparison {
 std::vector<ChangedAccount> differencesBetween(const std::vector<DictionaryRef>& before,
                                                const std::vector<DictionaryRef>& now) {
   return Comparison().compare(before, now);
+}
+
+std::vector<DictionaryRef> dictionariesIn(const ArrayRef& list) {
+  std::vector<DictionaryRef> dictionaries;
+  dictionaries.reserve(list.size());
+  for (const Value& element : list) {
+    if (DictionaryRef dictionary = element.dictionary()) {
+      dictionaries.push_back(std::move(dictionary));
+    }
+  }
+  return dictionaries;
 }
 
 }  // namespace tallbook

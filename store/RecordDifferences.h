@@ -13,4 +13,7 @@ namespace tallbook {
 std::vector<ChangedAccount> differencesBetween(const std::vector<DictionaryRef>& before,
                                                const std::vector<DictionaryRef>& now);
 
+/// The dictionaries of a list of records; none for null.
+std::vector<DictionaryRef> dictionariesIn(const ArrayRef& list);
+
 }  // namespace tallbook

@@ -41,15 +41,4 @@ std::optional<std::vector<DictionaryRef>> WatchedAccounts::recordsOf(const Value
   return dictionariesIn(records->frozenCopy());
 }
 
-std::vector<DictionaryRef> dictionariesIn(const ArrayRef& list) {
-  std::vector<DictionaryRef> dictionaries;
-  dictionaries.reserve(list.size());
-  for (const Value& element : list) {
-    if (DictionaryRef dictionary = element.dictionary()) {
-      dictionaries.push_back(std::move(dictionary));
-    }
-  }
-  return dictionaries;
-}
-
 }  // namespace tallbook

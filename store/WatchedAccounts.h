@@ -31,7 +31,4 @@ class WatchedAccounts {
   std::vector<DictionaryRef> _records;  // frozen
 };
 
-/// The dictionaries of a list; none for null.
-std::vector<DictionaryRef> dictionariesIn(const ArrayRef& list);
-
 }  // namespace tallbook
