@@ -13,8 +13,7 @@
 namespace tallbook::tool {
 namespace {
 
-std::string usualClass(const std::string& type) {
-  const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
+std::string firstOf(const ArrayRef& usual, const std::string& type) {
   const String first = usual && !usual->empty() ? (*usual)[0].string() : nullptr;
   if (!first.empty()) return first.str();
   throw Failure(ExitCode::Usage,
@@ -36,7 +35,8 @@ ExitCode add(const Options& options, const std::string& type,
              const std::optional<std::string>& wantedClass, const std::string& name,
              const std::string& parent) {
   requireAccountType(type);
-  const std::string className = wantedClass ? *wantedClass : usualClass(type);
+  const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
+  const std::string className = wantedClass ? *wantedClass : firstOf(usual, type);
   requireUnicode(className);
   requireUnicode(name);
   if (className.empty()) {
@@ -59,7 +59,6 @@ ExitCode add(const Options& options, const std::string& type,
     store->addChildToAccount(record, above);
   }
   store.save();
-  const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
   if (usual && !usual->contains(std::string_view(className))) {
     note("accounts of the type " + type + " usually have one of the classes " + joined(usual) +
          ", not " + className);
