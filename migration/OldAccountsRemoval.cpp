@@ -4,6 +4,7 @@
 #include "migration/AccountsDataMigrator.h"
 #include "migration/Console.h"
 #include "platform/Platform.h"
+#include "store/KeptFiles.h"
 
 namespace tallbook {
 namespace {
@@ -104,7 +105,7 @@ std::error_code AccountsDataMigrator::moveAside(const std::string& path, const s
   std::string aside;
   int number = 1;
   do {
-    aside = ".unreadable-" + std::to_string(number++);
+    aside = kUnreadableEnding + std::to_string(number++);
     error = folder->renameToNew(at.name, at.name + aside);
   } while (error == errc::file_exists || error == errc::directory_not_empty);
   if (!error) tellEnd(path, End::MovedAside, why, path + aside);

@@ -1,6 +1,14 @@
 #include "platform/FileSystem.h"
 
+#include <cstdio>
+#include <random>
+
 namespace tallbook {
+namespace {
+
+constexpr const char* kFreshBeginning = ".tallbook-";
+
+}  // namespace
 
 SplitPath::SplitPath(const std::string& path) {
   const auto slash = path.rfind('/');
@@ -16,6 +24,20 @@ std::error_code createFile(Folder& folder, const std::string& name, std::string_
   if (!error) error = file->finish();
   if (error) static_cast<void>(folder.remove(name));
   return error;
+}
+
+std::string freshFileName() {
+  std::random_device random;
+  char name[32];
+  std::snprintf(name, sizeof name, "%s%08x%08x", kFreshBeginning, random(), random());
+  return name;
+}
+
+bool isFreshFileName(std::string_view name) {
+  constexpr std::string_view kBeginning = kFreshBeginning;
+  constexpr std::size_t kDigits = 16;
+  return name.size() == kBeginning.size() + kDigits && name.starts_with(kBeginning) &&
+         name.find_first_not_of("0123456789abcdef", kBeginning.size()) == name.npos;
 }
 
 bool FileSystem::exists(const std::string& path, std::error_code& error) const {

@@ -137,6 +137,10 @@ struct SplitPath {
   std::string name;
 };
 
+/// A name that nothing has, and whether a name is one of these.
+std::string freshFileName();
+bool isFreshFileName(std::string_view name);
+
 /// Makes the file under the name, as `FileSystem::createFile` does.
 std::error_code createFile(Folder& folder, const std::string& name, std::string_view bytes);
 

@@ -48,7 +48,7 @@ class KeptFiles {
 
  private:
   std::string nameOf(Number number) const {
-    return _name + ".unreadable-" + std::to_string(number);
+    return _name + kUnreadableEnding + std::to_string(number);
   }
 
   std::optional<Number> numberOf(std::string_view name) const {

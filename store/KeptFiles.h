@@ -8,6 +8,9 @@
 
 namespace tallbook {
 
+/// What the name of a file that is kept unread ends in, before its number.
+constexpr const char* kUnreadableEnding = ".unreadable-";
+
 /// Keeps a file that is no accounts file beside itself, as `NAME.unreadable-N`, before it is
 /// replaced: the content that nobody could read may be the only copy of somebody's accounts. N is
 /// one above the highest that there is; the same content is kept once, and of more than nine files

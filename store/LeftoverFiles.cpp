@@ -1,26 +1,15 @@
 #include "tallbook/LeftoverFiles.h"
 
 #include <algorithm>
-#include <string_view>
 #include <system_error>
 
 #include "tallbook/Vocabulary.h"
 
 #include "platform/Platform.h"
 #include "store/AccountsFile.h"
+#include "store/KeptFiles.h"
 
 namespace tallbook {
-namespace {
-
-bool isNameOfNewFile(std::string_view name) {
-  constexpr std::string_view kBeginning = ".tallbook-";
-  constexpr std::size_t kDigits = 16;
-  return name.size() == kBeginning.size() + kDigits && name.starts_with(kBeginning) &&
-         name.find_first_not_of("0123456789abcdef", kBeginning.size()) == name.npos;
-}
-
-}  // namespace
-
 std::vector<LeftoverFile> leftoverFiles() {
   const SplitPath accounts(AccountsFile::path());
   std::error_code error;
@@ -29,9 +18,9 @@ std::vector<LeftoverFile> leftoverFiles() {
   if (!folder) return files;
   for (const std::string& name : folder->names(error)) {
     const std::string path = accounts.folder + "/" + name;
-    if (isNameOfNewFile(name)) {
+    if (isFreshFileName(name)) {
       files.push_back({path, "a save was stopped before it was done; remove it when nobody saves"});
-    } else if (name.starts_with(accounts.name + ".unreadable-")) {
+    } else if (name.starts_with(accounts.name + kUnreadableEnding)) {
       files.push_back({path,
                        "a save found it in place of the accounts file; take from it what is "
                        "needed, and remove it"});

@@ -2,10 +2,8 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
-#include <random>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -169,13 +167,6 @@ std::vector<std::string> LinuxFolder::names(std::error_code& error) const {
     }
   }
   return names;
-}
-
-std::string freshFileName() {
-  std::random_device random;
-  char name[32];
-  std::snprintf(name, sizeof name, ".tallbook-%08x%08x", random(), random());
-  return name;
 }
 
 std::string LinuxFolder::freshName() const {

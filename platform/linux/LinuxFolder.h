@@ -44,9 +44,6 @@ class LinuxFolder final : public Folder {
   const AccountDatabase& _accounts;
 };
 
-/// A name that nothing has.
-std::string freshFileName();
-
 /// Why the caller cannot give a file of theirs to that account and group.
 std::error_code obstacleToGiving(const AccountDatabase& accounts, const std::string& owner,
                                  const std::string& group);
