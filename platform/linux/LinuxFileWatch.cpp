@@ -78,17 +78,36 @@ std::size_t LinuxFileWatch::placeOf(int number, unsigned mask, const char* name)
   const auto found = std::ranges::find_if(_watched, [&](const Watched& watched) {
     return watched.number == number && (isItself || watched.name.empty() || watched.name == name);
   });
-  return found == _watched.end() ? kNowhere : found->end;
+  if (found == _watched.end()) return kNowhere;
+  return isItself || found->name.empty() ? found->end : found->end + 1 + found->name.size();
 }
 
 void LinuxFileWatch::watchFrom(std::size_t end) {
-  // A problem may be anywhere. The file is watched with its folder.
-  end = _problem ? _root.path().size() : std::min(end, _path.rfind('/'));
   const std::vector<Watched> before = _watched;
-  std::erase_if(_watched, [&](const Watched& watched) { return watched.end >= end; });
+  const auto forgetFrom = [this](std::size_t start) {
+    std::erase_if(_watched, [=](const Watched& watched) { return watched.end >= start; });
+  };
+  forgetFrom(end);
+  // As every save leaves it: the folder is watched as it has to be beside a file that tells its own
+  // end. Otherwise the file is watched with its folder. A problem may be anywhere.
+  const bool isDone = end == _path.size() && !_problem && _tellsReplacementsOnly && watchFile();
+  if (!isDone) {
+    end = _problem ? _root.path().size() : std::min(end, _path.rfind('/'));
+    forgetFrom(end);
+    watchDownwardsFrom(end);
+  }
+  for (const Watched& old : before) {
+    const bool isStill = std::ranges::any_of(
+        _watched, [&](const Watched& watched) { return watched.number == old.number; });
+    if (!isStill) ::inotify_rm_watch(_notices.get(), old.number);
+  }
+}
+
+// Each is watched before the next one is looked for, so that whatever comes or goes in between is
+// told.
+void LinuxFileWatch::watchDownwardsFrom(std::size_t end) {
   _problem.clear();
-  // Downwards, each watched before the next one is looked for, so that whatever comes or goes in
-  // between is told.
+  _tellsReplacementsOnly = false;
   for (std::size_t next; end < _path.size(); end = next) {
     next = std::min(_path.find('/', end + 1), _path.size());
     const bool isOwnFolder = next == _path.size();
@@ -103,12 +122,9 @@ void LinuxFileWatch::watchFrom(std::size_t end) {
     error = add(folder, kAnything | kEnd, end, name);
     // A folder above may be entered though not read: then only what it is itself goes unnoticed.
     if (error && (isOwnFolder || error != std::errc::permission_denied)) _problem = error;
-    if (isOwnFolder && watchFile() && !error) add(folder, kReplacement | kEnd, end, name);
-  }
-  for (const Watched& old : before) {
-    const bool isStill = std::ranges::any_of(
-        _watched, [&](const Watched& watched) { return watched.number == old.number; });
-    if (!isStill) ::inotify_rm_watch(_notices.get(), old.number);
+    if (isOwnFolder && watchFile() && !error) {
+      _tellsReplacementsOnly = !add(folder, kReplacement | kEnd, end, name);
+    }
   }
 }
 

@@ -36,9 +36,11 @@ class LinuxFileWatch final : public FileWatch {
   /// about; nowhere where nothing is about the file.
   std::size_t drain();
   std::size_t placeOf(int number, unsigned mask, const char* name) const;
-  /// Watches what lies on the path now, from the folder whose path ends there, and nothing else any
-  /// more. Those above it are as they were.
+  /// Watches what lies on the path now, from the folder or file whose path ends there, and nothing
+  /// else any more. Those above it are as they were.
   void watchFrom(std::size_t end);
+  /// The same from a folder down, of which nothing is watched yet.
+  void watchDownwardsFrom(std::size_t end);
   /// Watches the file, or what a link leads to. Whether the file tells its own end from then on.
   bool watchFile();
   /// Where a link leads nowhere, nobody tells that something comes to lie there.
@@ -51,6 +53,7 @@ class LinuxFileWatch final : public FileWatch {
   const std::string _path;
   const DeviceRoot& _root;
   std::vector<Watched> _watched;
+  bool _tellsReplacementsOnly = false;  ///< the file's folder
   std::error_code _problem;
 };
 
