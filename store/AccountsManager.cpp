@@ -6,10 +6,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
-#include "store/AccountPositions.h"
-#include "store/AccountsFile.h"
-#include "store/IdentifierTable.h"
-#include "store/SavesOfMigration.h"
+#include "store/AccountsManagerState.h"
 #include "store/TBRuntimeFixMailAccount.h"
 
 namespace tallbook {
@@ -29,22 +26,13 @@ DictionaryRef snapshotToSave(const BasicAccount& account) {
 
 }  // namespace
 
-AccountsManager::AccountsManager()
-    : _topLevelAccountsByID(std::make_unique<AccountTable>()),
-      _orderedTopLevelAccounts(std::make_shared<AccountList>()),
-      _childAccountsByID(std::make_unique<AccountTable>()),
-      _childAccountIDToParentAccountID(std::make_unique<IdentifierTable<String>>()),
-      _childAccountIDsByParentAccountID(std::make_unique<IdentifierTable<std::vector<String>>>()),
-      _originalAccountsByID(std::make_unique<IdentifierTable<DictionaryRef>>()),
-      _runtimeFixers(_createRuntimeFixers()) {}
+AccountsManager::State::State() {
+  runtimeFixers.push_back(std::make_unique<TBRuntimeFixMailAccount>());
+}
+
+AccountsManager::AccountsManager() : _state(std::make_unique<State>()) {}
 
 AccountsManager::~AccountsManager() = default;
-
-std::vector<std::unique_ptr<TBRuntimeFixProtocol>> AccountsManager::_createRuntimeFixers() {
-  std::vector<std::unique_ptr<TBRuntimeFixProtocol>> fixers;
-  fixers.push_back(std::make_unique<TBRuntimeFixMailAccount>());
-  return fixers;
-}
 
 std::uint64_t AccountsManager::currentVersion() noexcept {
   return 12;
@@ -61,16 +49,16 @@ std::shared_ptr<AccountsManager> AccountsManager::init() {
 std::shared_ptr<AccountsManager> AccountsManager::initInsideOfMigration() {
   AccountsFile file = AccountsFile::read();
   auto store = initWithAccountsFile(file.contents());
-  store->_savesOfMigration = std::make_unique<SavesOfMigration>(std::move(file));
+  store->_state->savesOfMigration = std::make_unique<SavesOfMigration>(std::move(file));
   return store;
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::initWithAccountsFile(
     const AccountsFileContents& file) {
   auto store = _initWithAccountsInfo(file.records());
-  store->_dataVersion = file.state.version;
-  store->_fileState = file.state;
-  store->rememberSavedRecords();
+  store->_state->dataVersion = file.state.version;
+  store->_state->fileState = file.state;
+  store->_state->rememberSavedRecords();
   return store;
 }
 
@@ -82,21 +70,41 @@ AccountsFileState AccountsManager::stateOfAccountsFile() {
   return readAccountsFile().state;
 }
 
+const AccountsFileState& AccountsManager::fileState() const noexcept {
+  return _state->fileState;
+}
+
+std::uint64_t AccountsManager::dataVersion() const noexcept {
+  return _state->dataVersion;
+}
+
+void AccountsManager::setDataVersion(std::uint64_t version) noexcept {
+  _state->dataVersion = version;
+}
+
+const std::vector<RecordFault>& AccountsManager::droppedRecords() const noexcept {
+  return _state->droppedRecords;
+}
+
+const std::vector<RecordFault>& AccountsManager::unloadableRecords() const noexcept {
+  return _state->unloadableRecords;
+}
+
 std::shared_ptr<AccountsManager> AccountsManager::initWithAccounsInfoArray(const ArrayRef& infos) {
   return _initWithAccountsInfo(infos);
 }
 
 std::shared_ptr<AccountsManager> AccountsManager::_initWithAccountsInfo(const ArrayRef& infos) {
   std::shared_ptr<AccountsManager> store(new AccountsManager);
-  if (infos) store->loadAccounts(*infos);
-  store->_setOriginalAccountDictionaries();
+  if (infos) store->_state->loadAccounts(*infos);
+  store->_state->setOriginalAccountDictionaries();
   return store;
 }
 
-void AccountsManager::loadAccounts(const Array& infos) {
+void AccountsManager::State::loadAccounts(const Array& infos) {
   bool repaired = false;
-  _orderedTopLevelAccounts->reserve(infos.size());
-  _topLevelAccountsByID->reserve(infos.size());
+  orderedTopLevelAccounts->reserve(infos.size());
+  topLevelAccountsByID.reserve(infos.size());
   for (const Value& info : infos) {
     const DictionaryRef properties = info.dictionary();
     auto account = properties ? BasicAccount::initWithProperties(properties) : nullptr;
@@ -104,21 +112,21 @@ void AccountsManager::loadAccounts(const Array& infos) {
       logMessage("-[AccountsManager(Internal) _initWithAccountsInfo:]", [&] {
         return "ERROR: Failed to create a BasicAccount from " + info.description();
       });
-      _droppedRecords.push_back({info, BasicAccount::whyNoRecord(info)});
+      droppedRecords.push_back({info, BasicAccount::whyNoRecord(info)});
       continue;
     }
-    const FixerVerdict verdict = offerToFixers(*account, "loading accounts", _droppedRecords);
+    const FixerVerdict verdict = offerToFixers(*account, "loading accounts", droppedRecords);
     repaired |= verdict != FixerVerdict::NothingToFix;
     if (verdict != FixerVerdict::CannotBeFixed) appendAccount(std::move(account));
   }
   if (!repaired) return;
-  for (const auto& fixer : _runtimeFixers) fixer->accountsHaveBeenSaved(false);
+  for (const auto& fixer : runtimeFixers) fixer->accountsHaveBeenSaved(false);
 }
 
-FixerVerdict AccountsManager::offerToFixers(BasicAccount& account, std::string_view occasion,
-                                            std::vector<RecordFault>& unfixable) {
+FixerVerdict AccountsManager::State::offerToFixers(BasicAccount& account, std::string_view occasion,
+                                                   std::vector<RecordFault>& unfixable) {
   FixerVerdict worst = FixerVerdict::NothingToFix;
-  for (const auto& fixer : _runtimeFixers) {
+  for (const auto& fixer : runtimeFixers) {
     const FixerVerdict verdict = fixer->fixBasicAccountIfNeededLoggingMessage(account, occasion);
     if (verdict == FixerVerdict::CannotBeFixed) {
       unfixable.push_back({account.properties(), fixer->whyItCannotBeFixed(account)});
@@ -128,25 +136,25 @@ FixerVerdict AccountsManager::offerToFixers(BasicAccount& account, std::string_v
   return worst;
 }
 
-void AccountsManager::appendAccount(std::shared_ptr<BasicAccount> account) {
+void AccountsManager::State::appendAccount(std::shared_ptr<BasicAccount> account) {
   if (const String identifier = account->identifier()) {
-    (*_topLevelAccountsByID)[identifier] = account;
+    topLevelAccountsByID[identifier] = account;
     fileChildren(account, identifier);
   }
-  if (_positions) _positions->add(account.get(), _orderedTopLevelAccounts->size());
-  _orderedTopLevelAccounts->push_back(std::move(account));
+  if (positions) positions->add(account.get(), orderedTopLevelAccounts->size());
+  orderedTopLevelAccounts->push_back(std::move(account));
 }
 
-void AccountsManager::_loadChildrenFromAccount(const std::shared_ptr<BasicAccount>& account) {
+void AccountsManager::State::loadChildrenFromAccount(const std::shared_ptr<BasicAccount>& account) {
   if (const String identifier = account->identifier()) fileChildren(account, identifier);
 }
 
-void AccountsManager::fileChildren(const std::shared_ptr<BasicAccount>& account,
-                                   const String& parentID) {
-  _removeChildrenForAccountWithIdentifier(parentID);
+void AccountsManager::State::fileChildren(const std::shared_ptr<BasicAccount>& account,
+                                          const String& parentID) {
+  removeChildrenForAccountWithIdentifier(parentID);
   const ArrayRef children = account->accountPropertyForKey(kAccountChildAccounts).array();
   if (!children) return;
-  std::vector<String>& childIDs = (*_childAccountIDsByParentAccountID)[parentID];
+  std::vector<String>& childIDs = childAccountIDsByParentAccountID[parentID];
   childIDs.reserve(children->size());
   for (const Value& info : *children) {
     const DictionaryRef properties = info.dictionary();
@@ -160,30 +168,30 @@ void AccountsManager::fileChildren(const std::shared_ptr<BasicAccount>& account,
       continue;
     }
     childIDs.push_back(childID);
-    (*_childAccountsByID)[childID] = std::move(child);
-    (*_childAccountIDToParentAccountID)[childID] = parentID;
+    childAccountsByID[childID] = std::move(child);
+    childAccountIDToParentAccountID[childID] = parentID;
   }
 }
 
-void AccountsManager::_removeChildrenForAccountWithIdentifier(std::string_view identifier) {
-  const std::vector<String>* childIDs = _childAccountIDsByParentAccountID->find(identifier);
+void AccountsManager::State::removeChildrenForAccountWithIdentifier(std::string_view identifier) {
+  const std::vector<String>* childIDs = childAccountIDsByParentAccountID.find(identifier);
   if (!childIDs) return;
   for (const String& childID : *childIDs) {
     // A child filed under another parent since then is that parent's.
-    const String* parentID = _childAccountIDToParentAccountID->find(childID);
+    const String* parentID = childAccountIDToParentAccountID.find(childID);
     if (!parentID || *parentID != identifier) continue;
-    _childAccountIDToParentAccountID->erase(childID);
-    _childAccountsByID->erase(childID);
+    childAccountIDToParentAccountID.erase(childID);
+    childAccountsByID.erase(childID);
   }
-  _childAccountIDsByParentAccountID->erase(identifier);
+  childAccountIDsByParentAccountID.erase(identifier);
 }
 
-void AccountsManager::_setOriginalAccountDictionaries() {
-  _originalAccountsByID = std::make_unique<IdentifierTable<DictionaryRef>>();
-  _originalAccountsByID->reserve(_orderedTopLevelAccounts->size());
-  for (const auto& account : *_orderedTopLevelAccounts) {
+void AccountsManager::State::setOriginalAccountDictionaries() {
+  originalAccountsByID = {};
+  originalAccountsByID.reserve(orderedTopLevelAccounts->size());
+  for (const auto& account : *orderedTopLevelAccounts) {
     if (const String identifier = account->identifier()) {
-      _originalAccountsByID->append(identifier, snapshotToSave(*account));
+      originalAccountsByID.append(identifier, snapshotToSave(*account));
       continue;
     }
     logMessage("-[AccountsManager(Internal) _setOriginalAccountDictionaries]", [&] {
@@ -195,12 +203,12 @@ void AccountsManager::_setOriginalAccountDictionaries() {
 
 std::shared_ptr<BasicAccount> AccountsManager::accountWithIdentifier(
     std::string_view identifier) const {
-  if (const auto* account = _topLevelAccountsByID->find(identifier)) return *account;
-  const auto* child = _childAccountsByID->find(identifier);
+  if (const auto* account = _state->topLevelAccountsByID.find(identifier)) return *account;
+  const auto* child = _state->childAccountsByID.find(identifier);
   if (!child) return nullptr;
   const String childID = (*child)->identifier();
-  const String* parentID = _childAccountIDToParentAccountID->find(childID);
-  const auto* parent = parentID ? _topLevelAccountsByID->find(*parentID) : nullptr;
+  const String* parentID = _state->childAccountIDToParentAccountID.find(childID);
+  const auto* parent = parentID ? _state->topLevelAccountsByID.find(*parentID) : nullptr;
   return parent ? *parent : nullptr;
 }
 
@@ -213,34 +221,43 @@ std::shared_ptr<BasicAccount> AccountsManager::displayAccountWithSyncIdentifier(
 
 std::shared_ptr<BasicAccount> AccountsManager::syncableAccountWithSyncIdentifier(
     std::string_view syncIdentifier) const {
-  for (const auto& account : *_orderedTopLevelAccounts) {
+  for (const auto& account : *_state->orderedTopLevelAccounts) {
     if (account->syncStoreIdentifier() == syncIdentifier) return account;
   }
   std::shared_ptr<BasicAccount> found;
-  _childAccountsByID->forEach([&](const String&, const auto& child) {
+  _state->childAccountsByID.forEach([&](const String&, const auto& child) {
     if (!found && child->syncStoreIdentifier() == syncIdentifier) found = child;
   });
   return found;
 }
 
+std::shared_ptr<const AccountsManager::AccountList> AccountsManager::allBasicAccounts() const {
+  return _state->orderedTopLevelAccounts;
+}
+
+std::uint64_t AccountsManager::count() const noexcept {
+  return _state->orderedTopLevelAccounts->size();
+}
+
 AccountsManager::AccountList AccountsManager::allBasicSyncableAccounts() const {
-  AccountList accounts = *_orderedTopLevelAccounts;
-  accounts.reserve(accounts.size() + _childAccountsByID->size());
-  _childAccountsByID->forEach([&](const String&, const auto& child) { accounts.push_back(child); });
+  AccountList accounts = *_state->orderedTopLevelAccounts;
+  accounts.reserve(accounts.size() + _state->childAccountsByID.size());
+  _state->childAccountsByID.forEach(
+      [&](const String&, const auto& child) { accounts.push_back(child); });
   return accounts;
 }
 
 AccountsManager::AccountList AccountsManager::basicAccountsWithTypes(
     const AccountTypes& types) const {
   AccountList accounts;
-  std::ranges::copy_if(*_orderedTopLevelAccounts, std::back_inserter(accounts),
+  std::ranges::copy_if(*_state->orderedTopLevelAccounts, std::back_inserter(accounts),
                        [&](const auto& account) { return hasTypeAmong(*account, types); });
   return accounts;
 }
 
 std::uint64_t AccountsManager::countOfBasicAccountsWithTypes(const AccountTypes& types) const {
   return static_cast<std::uint64_t>(
-      std::ranges::count_if(*_orderedTopLevelAccounts,
+      std::ranges::count_if(*_state->orderedTopLevelAccounts,
                             [&](const auto& account) { return hasTypeAmong(*account, types); }));
 }
 

@@ -6,15 +6,15 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
-#include "store/IdentifierTable.h"
-#include "store/TBRuntimeFixProtocol.h"
+#include "store/AccountsManagerState.h"
 
 namespace tallbook {
 
 std::shared_ptr<BasicAccount> AccountsManager::fullAccountWithIdentifierLoader(
     std::string_view identifier, AccountLoader* loader) const {
   if (identifier.empty()) return nullptr;
-  for (const AccountTable* table : {_topLevelAccountsByID.get(), _childAccountsByID.get()}) {
+  for (const State::AccountTable* table :
+       {&_state->topLevelAccountsByID, &_state->childAccountsByID}) {
     if (const auto* account = table->find(identifier)) {
       // Making the full account runs other components' code, which may change the store.
       const std::shared_ptr<BasicAccount> kept = *account;
@@ -34,9 +34,9 @@ AccountsManager::AccountList AccountsManager::accountsWithTypesWithLoader(
     if (fullAccount) fullAccounts.push_back(std::move(fullAccount));
   };
   // Making a full account runs other components' code, which may change the store.
-  const AccountList accounts = *_orderedTopLevelAccounts;
+  const AccountList accounts = *_state->orderedTopLevelAccounts;
   std::unordered_map<const BasicAccount*, AccountList> childrenByParent;
-  _childAccountsByID->forEach([&](const String&, const auto& child) {
+  _state->childAccountsByID.forEach([&](const String&, const auto& child) {
     if (isWanted(*child)) childrenByParent[child->parentAccount().get()].push_back(child);
   });
   for (const auto& account : accounts) {
@@ -59,10 +59,10 @@ AccountsManager::AccountList AccountsManager::allMailAccounts() const {
 }
 
 std::shared_ptr<BasicAccount> AccountsManager::fullDeviceLocalAccount() {
-  const auto stored = std::ranges::find_if(*_orderedTopLevelAccounts, [](const auto& account) {
-    return account->type() == kOnMyDeviceAccountType;
-  });
-  if (stored != _orderedTopLevelAccounts->end()) {
+  const auto stored = std::ranges::find_if(
+      *_state->orderedTopLevelAccounts,
+      [](const auto& account) { return account->type() == kOnMyDeviceAccountType; });
+  if (stored != _state->orderedTopLevelAccounts->end()) {
     const std::shared_ptr<BasicAccount> account = *stored;
     return account->fullAccountUsingLoader(nullptr);
   }

@@ -8,8 +8,7 @@
 #include "model/LibraryLogging.h"
 #include "platform/NamedLock.h"
 #include "platform/Platform.h"
-#include "store/SavesOfMigration.h"
-#include "store/TBRuntimeFixProtocol.h"
+#include "store/AccountsManagerState.h"
 
 namespace tallbook {
 namespace {
@@ -60,14 +59,14 @@ std::shared_ptr<LockHold> AccountsManager::createAndLockMigrationLock() {
 }
 
 std::string AccountsManager::_keepGenerationBeforeMigration() {
-  const AccountsFile& file = _savesOfMigration->file;
+  const AccountsFile& file = _state->savesOfMigration->file;
   std::string failure = file.keepAsGeneration(Generations::Cause::Migration);
-  if (failure.empty()) _savesOfMigration->known = file.version();
+  if (failure.empty()) _state->savesOfMigration->known = file.version();
   return failure;
 }
 
 std::vector<Value> AccountsManager::_recordsAsSaved() const {
-  return _savesOfMigration ? _savesOfMigration->records : std::vector<Value>();
+  return _state->savesOfMigration ? _state->savesOfMigration->records : std::vector<Value>();
 }
 
 void AccountsManager::releaseMigrationLock(const std::shared_ptr<LockHold>& lock) {

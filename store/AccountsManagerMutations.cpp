@@ -6,9 +6,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "model/LibraryLogging.h"
-#include "store/AccountPositions.h"
-#include "store/IdentifierTable.h"
-#include "store/TBRuntimeFixProtocol.h"
+#include "store/AccountsManagerState.h"
 
 namespace tallbook {
 namespace {
@@ -30,23 +28,23 @@ void AccountsManager::updateAccount(const std::shared_ptr<BasicAccount>& account
   const String identifier = account->identifier();
   if (!identifier) return;
   bool isStored = false;
-  for (auto& stored : *_orderedTopLevelAccounts) {
+  for (auto& stored : *_state->orderedTopLevelAccounts) {
     if (stored->identifier() != identifier) continue;
     stored = account;
     isStored = true;
   }
   if (!isStored) return;
-  _positions = nullptr;
-  (*_topLevelAccountsByID)[identifier] = account;
-  _loadChildrenFromAccount(account);
+  _state->positions = nullptr;
+  _state->topLevelAccountsByID[identifier] = account;
+  _state->loadChildrenFromAccount(account);
 }
 
 void AccountsManager::insertAccount(const std::shared_ptr<BasicAccount>& account) {
   if (!account) return;
   logMutation("-[AccountsManager insertAccount:]", "Inserting", *account);
   const String identifier = account->identifier();
-  if (identifier && _topLevelAccountsByID->contains(identifier)) return;
-  appendAccount(account);
+  if (identifier && _state->topLevelAccountsByID.contains(identifier)) return;
+  _state->appendAccount(account);
 }
 
 void AccountsManager::deleteAccount(const std::shared_ptr<BasicAccount>& account) {
@@ -60,14 +58,14 @@ void AccountsManager::deleteAccounts(const AccountList& accounts) {
     logMutation("-[AccountsManager deleteAccount:]", "Deleting", *account);
     const String identifier = account->identifier();
     if (!identifier) continue;
-    _removeChildrenForAccountWithIdentifier(identifier);
-    _topLevelAccountsByID->erase(identifier);
+    _state->removeChildrenForAccountWithIdentifier(identifier);
+    _state->topLevelAccountsByID.erase(identifier);
     ++left[identifier];
   }
-  _positions = nullptr;
+  _state->positions = nullptr;
   // Of several records with one identifier the last one goes first.
   std::unordered_set<std::shared_ptr<BasicAccount>> deleted;
-  AccountList& stored = *_orderedTopLevelAccounts;
+  AccountList& stored = *_state->orderedTopLevelAccounts;
   for (auto account = stored.rbegin(); account != stored.rend(); ++account) {
     const String identifier = (*account)->identifier();
     std::size_t* wanted = left.find(identifier);
@@ -77,7 +75,7 @@ void AccountsManager::deleteAccounts(const AccountList& accounts) {
 }
 
 void AccountsManager::deleteAccountWithIdentifier(std::string_view identifier) {
-  const auto* found = _topLevelAccountsByID->find(identifier);
+  const auto* found = _state->topLevelAccountsByID.find(identifier);
   if (!found) return;
   const std::shared_ptr<BasicAccount> account = *found;
   deleteAccount(account);
@@ -86,59 +84,61 @@ void AccountsManager::deleteAccountWithIdentifier(std::string_view identifier) {
 void AccountsManager::replaceAccountWithAccount(const std::shared_ptr<BasicAccount>& account,
                                                 const std::shared_ptr<BasicAccount>& withAccount) {
   if (!withAccount) return;
-  if (!_positions) _positions = std::make_unique<AccountPositions>(*_orderedTopLevelAccounts);
-  const auto position = _positions->firstOf(account.get());
+  if (!_state->positions)
+    _state->positions = std::make_unique<AccountPositions>(*_state->orderedTopLevelAccounts);
+  const auto position = _state->positions->firstOf(account.get());
   if (!position) return;
   // A list handed out earlier keeps showing the store as it was; without one, none is copied.
-  if (_orderedTopLevelAccounts.use_count() > 1) {
-    _orderedTopLevelAccounts = std::make_shared<AccountList>(*_orderedTopLevelAccounts);
+  if (_state->orderedTopLevelAccounts.use_count() > 1) {
+    _state->orderedTopLevelAccounts =
+        std::make_shared<AccountList>(*_state->orderedTopLevelAccounts);
   }
   if (const String identifier = account->identifier()) {
-    _removeChildrenForAccountWithIdentifier(identifier);
-    _topLevelAccountsByID->erase(identifier);
+    _state->removeChildrenForAccountWithIdentifier(identifier);
+    _state->topLevelAccountsByID.erase(identifier);
   }
   if (const String identifier = withAccount->identifier()) {
-    (*_topLevelAccountsByID)[identifier] = withAccount;
+    _state->topLevelAccountsByID[identifier] = withAccount;
   }
-  _positions->remove(account.get(), *position);
-  _positions->add(withAccount.get(), *position);
-  (*_orderedTopLevelAccounts)[*position] = withAccount;
-  _loadChildrenFromAccount(withAccount);
+  _state->positions->remove(account.get(), *position);
+  _state->positions->add(withAccount.get(), *position);
+  (*_state->orderedTopLevelAccounts)[*position] = withAccount;
+  _state->loadChildrenFromAccount(withAccount);
 }
 
 void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& types,
                                                            const AccountList& accounts) {
   logMessage("-[AccountsManager replaceAccountsWithTypes:withAccounts:]",
              [] { return std::string("Replacing accounts"); });
-  AccountTable givenByID;
+  State::AccountTable givenByID;
   for (const auto& given : accounts) {
     if (!given) continue;
     // The property itself: a subclass may answer another identifier than it stores.
     const String identifier = given->accountPropertyForKey(kAccountIdentifier).string();
     if (identifier) givenByID[identifier] = given;
   }
-  auto newTable = std::make_unique<AccountTable>();
-  newTable->reserve(_orderedTopLevelAccounts->size());
+  State::AccountTable newTable;
+  newTable.reserve(_state->orderedTopLevelAccounts->size());
   std::unordered_set<const BasicAccount*> placed;
 
   // From the last record to the first, so that of two with one identifier the first one counts;
   // the kept ones are collected backwards.
   auto newList = std::make_shared<AccountList>();
-  newList->reserve(_orderedTopLevelAccounts->size());
-  for (auto stored = _orderedTopLevelAccounts->rbegin(); stored != _orderedTopLevelAccounts->rend();
-       ++stored) {
+  newList->reserve(_state->orderedTopLevelAccounts->size());
+  for (auto stored = _state->orderedTopLevelAccounts->rbegin();
+       stored != _state->orderedTopLevelAccounts->rend(); ++stored) {
     const String identifier = (*stored)->identifier();
     const auto* given = identifier ? givenByID.find(identifier) : nullptr;
     std::shared_ptr<BasicAccount> kept = *stored;
     if (given) {
       kept = *given;
       // Once, however many records with its identifier it replaces.
-      if (placed.insert(kept.get()).second) _loadChildrenFromAccount(kept);
+      if (placed.insert(kept.get()).second) _state->loadChildrenFromAccount(kept);
     } else if (std::ranges::find(types, kept->type()) != types.end()) {
-      if (identifier) _removeChildrenForAccountWithIdentifier(identifier);
+      if (identifier) _state->removeChildrenForAccountWithIdentifier(identifier);
       continue;
     }
-    if (identifier) (*newTable)[identifier] = kept;
+    if (identifier) newTable[identifier] = kept;
     newList->push_back(std::move(kept));
   }
   std::ranges::reverse(*newList);
@@ -146,33 +146,34 @@ void AccountsManager::replaceAccountsWithTypesWithAccounts(const AccountTypes& t
   for (const auto& given : accounts) {
     if (!given || placed.contains(given.get())) continue;
     if (given->parentAccountIdentifier()) {
-      moveChild(given, *newTable);
+      _state->moveChild(*this, given, newTable);
       continue;
     }
     newList->push_back(given);
     if (const String identifier = given->identifier()) {
-      (*newTable)[identifier] = given;
+      newTable[identifier] = given;
     }
-    _loadChildrenFromAccount(given);
+    _state->loadChildrenFromAccount(given);
   }
-  _positions = nullptr;
-  _orderedTopLevelAccounts = std::move(newList);
-  _topLevelAccountsByID = std::move(newTable);
+  _state->positions = nullptr;
+  _state->orderedTopLevelAccounts = std::move(newList);
+  _state->topLevelAccountsByID = std::move(newTable);
 }
 
-void AccountsManager::moveChild(const std::shared_ptr<BasicAccount>& child,
-                                const AccountTable& parents) {
+void AccountsManager::State::moveChild(AccountsManager& store,
+                                       const std::shared_ptr<BasicAccount>& child,
+                                       const AccountTable& parents) {
   const String childID = child->identifier();
   const String parentID = child->parentAccountIdentifier();
   const auto* found = parents.find(parentID);
   const auto newParent = found ? *found : nullptr;
-  if (const String* filedUnder = _childAccountIDToParentAccountID->find(childID)) {
+  if (const String* filedUnder = childAccountIDToParentAccountID.find(childID)) {
     const auto oldParent = newParent && *filedUnder == newParent->identifier()
                                ? newParent
-                               : accountWithIdentifier(*filedUnder);
-    if (oldParent) removeChildWithIdentifierFromAccount(childID, oldParent);
+                               : store.accountWithIdentifier(*filedUnder);
+    if (oldParent) store.removeChildWithIdentifierFromAccount(childID, oldParent);
   }
-  if (newParent) addChildToAccount(child, newParent);
+  if (newParent) store.addChildToAccount(child, newParent);
 }
 
 void AccountsManager::removeChildWithIdentifierFromAccount(
@@ -189,7 +190,7 @@ void AccountsManager::removeChildWithIdentifierFromAccount(
     std::ranges::remove_copy_if(*children, std::back_inserter(remaining), isRemoved);
     account->setAccountPropertyForKey(Array::make(std::move(remaining)), kAccountChildAccounts);
   }
-  _loadChildrenFromAccount(account);
+  _state->loadChildrenFromAccount(account);
 }
 
 void AccountsManager::addChildToAccount(const std::shared_ptr<BasicAccount>& child,
@@ -200,7 +201,7 @@ void AccountsManager::addChildToAccount(const std::shared_ptr<BasicAccount>& chi
   const ArrayRef children = present ? present->mutableCopy() : Array::make();
   children->append(child->properties());
   account->setAccountPropertyForKey(children, kAccountChildAccounts);
-  _loadChildrenFromAccount(account);
+  _state->loadChildrenFromAccount(account);
 }
 
 }  // namespace tallbook

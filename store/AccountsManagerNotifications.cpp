@@ -9,10 +9,9 @@
 #include "model/LibraryLogging.h"
 #include "model/PlugInRegistry.h"
 #include "platform/Platform.h"
+#include "store/AccountsManagerState.h"
 #include "store/ChangeDetection.h"
-#include "store/IdentifierTable.h"
 #include "store/Notifications.h"
-#include "store/TBRuntimeFixProtocol.h"
 
 namespace tallbook {
 namespace {
@@ -134,6 +133,10 @@ void AccountsManager::_addNotificationToDictionaryForChangeTypeOriginalPropertie
 }
 
 void AccountsManager::_sendNotificationsForChangedAccounts() {
+  _state->sendNotificationsForChangedAccounts();
+}
+
+void AccountsManager::State::sendNotificationsForChangedAccounts() {
   struct Change {
     AccountChange kind;
     String identifier;
@@ -147,16 +150,16 @@ void AccountsManager::_sendNotificationsForChangedAccounts() {
     if (original->sharesStorageWith(*current)) return;
     changes.push_back({AccountChange::Kept, identifier, original, current});
   };
-  if (_topLevelAccountsByID->isFiledLike(*_originalAccountsByID)) {
-    _topLevelAccountsByID->forEachBeside(*_originalAccountsByID, compare);
+  if (topLevelAccountsByID.isFiledLike(originalAccountsByID)) {
+    topLevelAccountsByID.forEachBeside(originalAccountsByID, compare);
   } else {
-    _originalAccountsByID->forEach([&](const String& identifier, const DictionaryRef& original) {
-      if (!_topLevelAccountsByID->contains(identifier)) {
+    originalAccountsByID.forEach([&](const String& identifier, const DictionaryRef& original) {
+      if (!topLevelAccountsByID.contains(identifier)) {
         changes.push_back({AccountChange::Removed, identifier, original, nullptr});
       }
     });
-    _topLevelAccountsByID->forEach([&](const String& identifier, const auto& account) {
-      if (const DictionaryRef* original = _originalAccountsByID->find(identifier)) {
+    topLevelAccountsByID.forEach([&](const String& identifier, const auto& account) {
+      if (const DictionaryRef* original = originalAccountsByID.find(identifier)) {
         compare(identifier, account, *original);
       } else {
         changes.push_back({AccountChange::Added, identifier, nullptr, account->propertiesToSave()});

@@ -9,13 +9,10 @@
 
 #include "model/LibraryLogging.h"
 #include "store/AccountMerge.h"
-#include "store/AccountsFile.h"
+#include "store/AccountsManagerState.h"
 #include "store/AccountsMerge.h"
-#include "store/IdentifierTable.h"
 #include "store/Notifications.h"
 #include "store/RecordDifferences.h"
-#include "store/SavesOfMigration.h"
-#include "store/TBRuntimeFixProtocol.h"
 #include "store/WatchedAccounts.h"
 
 namespace tallbook {
@@ -97,44 +94,48 @@ bool isAsWanted(const AccountsFile& file, const std::vector<Value>& records) {
 
 bool AccountsManager::saveAllAccounts() {
   logMessage(kSaving, [] { return std::string("Saving all accounts"); });
-  const bool repaired = fixAccountsBeforeSaving();
+  const bool repaired = _state->fixAccountsBeforeSaving();
   const bool replaced =
-      replaceFile(KeepGeneration::AtMostOnceAMinute,
-                  [this](const AccountsFile& file) { return mergedRecords(file); });
-  finishSave(repaired, replaced);
+      _state->replaceFile(KeepGeneration::AtMostOnceAMinute,
+                          [this](const AccountsFile& file) { return _state->mergedRecords(file); });
+  _state->finishSave(repaired, replaced);
   return replaced;
 }
 
 SaveReceipt AccountsManager::saveChanges(KeepGeneration keep) {
   logMessage(kSavingChanges, [] { return std::string("Saving changes"); });
-  const bool repaired = fixAccountsBeforeSaving();
+  const bool repaired = _state->fixAccountsBeforeSaving();
   SaveReceipt receipt;
   receipt.isSaved =
-      replaceFile(keep, [&](const AccountsFile& file) -> std::optional<std::vector<Value>> {
+      _state->replaceFile(keep, [&](const AccountsFile& file) -> std::optional<std::vector<Value>> {
         ++receipt.attempts;
         const ArrayRef records = file.records();
         MergedAccounts merged =
-            mergedAccounts(_savedRecords, heldRecords(), dictionariesIn(records));
+            mergedAccounts(_state->savedRecords, _state->heldRecords(), dictionariesIn(records));
         receipt.clashes = std::move(merged.clashes);
         receipt.takenOver = std::move(merged.takenOver);
         appendOthers(merged.records, records);
         if (isAsWanted(file, merged.records)) return std::nullopt;
         return std::move(merged.records);
       });
-  receipt.failure = _saveFailure;
-  receipt.generationFailure = _generationFailure;
+  receipt.failure = _state->saveFailure;
+  receipt.generationFailure = _state->generationFailure;
   if (receipt.isSaved) freeze(receipt.clashes);
-  finishSave(repaired, receipt.isSaved);
+  _state->finishSave(repaired, receipt.isSaved);
   return receipt;
 }
 
-bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRecords) {
+const SaveFailure& AccountsManager::saveFailure() const noexcept {
+  return _state->saveFailure;
+}
+
+bool AccountsManager::State::replaceFile(KeepGeneration keep, const MakeRecords& makeRecords) {
   using Cause = Generations::Cause;
-  _saveFailure = {};
-  _generationFailure.clear();
-  if (_fileState.kind == AccountsFileState::Kind::Unreadable) {
-    _saveFailure = {"replace the accounts file, which could not be read when this store was made",
-                    _fileState.reason, _fileState.error};
+  saveFailure = {};
+  generationFailure.clear();
+  if (fileState.kind == AccountsFileState::Kind::Unreadable) {
+    saveFailure = {"replace the accounts file, which could not be read when this store was made",
+                   fileState.reason, fileState.error};
     logMessage(kSaving, [] { return std::string("Failed to save accounts to filesystem."); });
     return false;
   }
@@ -151,91 +152,92 @@ bool AccountsManager::replaceFile(KeepGeneration keep, const MakeRecords& makeRe
     if (!records) return true;
     std::optional<Cause> cause = keep == KeepGeneration::Always ? Cause::Restore : Cause::Save;
     std::vector<Value> ofMigration;
-    if (_savesOfMigration) {
+    if (savesOfMigration) {
       ofMigration = *records;
-      cause = _savesOfMigration->causeToKeep(file);
+      cause = savesOfMigration->causeToKeep(file);
     }
-    const ArrayRef written = _leftOutOf.empty() ? nullptr : Array::make(*records);
+    const ArrayRef written = leftOutOf.empty() ? nullptr : Array::make(*records);
     AccountsFileSave save = file.replace(*std::move(records), cause);
     replacement = save.end;
     if (replacement == Replacement::Done) leaveOutOfWatchers(file.records(), written);
-    if (_savesOfMigration && replacement == Replacement::Done) {
-      _savesOfMigration->known = save.version;
-      _savesOfMigration->records = std::move(ofMigration);
+    if (savesOfMigration && replacement == Replacement::Done) {
+      savesOfMigration->known = save.version;
+      savesOfMigration->records = std::move(ofMigration);
     }
-    _saveFailure = std::move(save.failure);
-    _generationFailure = std::move(save.generationFailure);
+    saveFailure = std::move(save.failure);
+    generationFailure = std::move(save.generationFailure);
   }
   return replacement == Replacement::Done;
 }
 
-void AccountsManager::leaveOutOfWatchers(const ArrayRef& before, const ArrayRef& after) {
-  std::erase_if(_leftOutOf, [&](const std::weak_ptr<WatchedAccounts>& watched) {
+void AccountsManager::State::leaveOutOfWatchers(const ArrayRef& before, const ArrayRef& after) {
+  std::erase_if(leftOutOf, [&](const std::weak_ptr<WatchedAccounts>& watched) {
     const auto accounts = watched.lock();
     if (accounts) accounts->leaveOut(dictionariesIn(before), dictionariesIn(after));
     return !accounts;
   });
 }
 
-void AccountsManager::finishSave(bool repaired, bool replaced) {
+void AccountsManager::State::finishSave(bool repaired, bool replaced) {
   if (replaced) {
-    for (const auto& account : *_orderedTopLevelAccounts) {
+    for (const auto& account : *orderedTopLevelAccounts) {
       account->setOriginalProperties(account->propertiesToSave());
     }
     rememberSavedRecords();
   }
   if (repaired) {
-    for (const auto& fixer : _runtimeFixers) fixer->accountsHaveBeenSaved(true);
+    for (const auto& fixer : runtimeFixers) fixer->accountsHaveBeenSaved(true);
   }
   if (replaced && !Notifications::areSkipped()) {
-    _sendNotificationsForChangedAccounts();
-    _setOriginalAccountDictionaries();
+    sendNotificationsForChangedAccounts();
+    setOriginalAccountDictionaries();
   }
 }
 
-void AccountsManager::rememberSavedRecords() {
-  _savedRecords.clear();
-  _savedRecords.reserve(_orderedTopLevelAccounts->size());
-  for (const auto& account : *_orderedTopLevelAccounts) {
+void AccountsManager::State::rememberSavedRecords() {
+  savedRecords.clear();
+  savedRecords.reserve(orderedTopLevelAccounts->size());
+  for (const auto& account : *orderedTopLevelAccounts) {
     // Null where a client has cleared it: then nothing is known of what was saved.
-    if (account->originalProperties()) _savedRecords.push_back(account->originalProperties());
+    if (account->originalProperties()) savedRecords.push_back(account->originalProperties());
   }
 }
 
-std::vector<HeldRecord> AccountsManager::heldRecords() const {
+std::vector<HeldRecord> AccountsManager::State::heldRecords() const {
   std::vector<HeldRecord> held;
-  held.reserve(_orderedTopLevelAccounts->size());
-  for (const auto& account : *_orderedTopLevelAccounts) {
+  held.reserve(orderedTopLevelAccounts->size());
+  for (const auto& account : *orderedTopLevelAccounts) {
     held.push_back({account->propertiesToSave(), account->originalProperties()});
   }
   return held;
 }
 
-bool AccountsManager::fixAccountsBeforeSaving() {
+bool AccountsManager::State::fixAccountsBeforeSaving() {
   bool repaired = false;
-  _unloadableRecords.clear();
-  for (auto account = _orderedTopLevelAccounts->rbegin();
-       account != _orderedTopLevelAccounts->rend(); ++account) {
-    const FixerVerdict verdict = offerToFixers(**account, "saving accounts", _unloadableRecords);
+  unloadableRecords.clear();
+  for (auto account = orderedTopLevelAccounts->rbegin(); account != orderedTopLevelAccounts->rend();
+       ++account) {
+    const FixerVerdict verdict = offerToFixers(**account, "saving accounts", unloadableRecords);
     repaired |= verdict != FixerVerdict::NothingToFix;
     if (verdict != FixerVerdict::CannotBeFixed) continue;
     // Still written, so that nothing is lost, but no longer found and reported as removed.
     if (const String identifier = (*account)->identifier()) {
-      _removeChildrenForAccountWithIdentifier(identifier);
-      _topLevelAccountsByID->erase(identifier);
+      removeChildrenForAccountWithIdentifier(identifier);
+      topLevelAccountsByID.erase(identifier);
     }
   }
   return repaired;
 }
 
-std::vector<Value> AccountsManager::mergedRecords(const AccountsFile& file) const {
+std::vector<Value> AccountsManager::State::mergedRecords(const AccountsFile& file) const {
   const auto onDiskStore = initWithAccountsFile(file.contents());
-  Counterparts onDisk(*onDiskStore->_topLevelAccountsByID);
-  onDisk.noteShared(*onDiskStore->_topLevelAccountsByID, *onDiskStore->_orderedTopLevelAccounts);
-  onDisk.noteShared(*_topLevelAccountsByID, *_orderedTopLevelAccounts);
+  const State& stateOnDisk = *onDiskStore->_state;
+  Counterparts onDisk(stateOnDisk.topLevelAccountsByID);
+  onDisk.noteShared(stateOnDisk.topLevelAccountsByID, *stateOnDisk.orderedTopLevelAccounts);
+  onDisk.noteShared(topLevelAccountsByID, *orderedTopLevelAccounts);
   std::vector<Value> records;
-  records.reserve(_orderedTopLevelAccounts->size());
-  for (const auto& account : *_orderedTopLevelAccounts) {
+  records.reserve(orderedTopLevelAccounts->size());
+  for (const auto& account : *orderedTopLevelAccounts) {
     const DictionaryRef merged = mergeInMemoryPropertiesOriginalPropertiesOnDiskProperties(
         account->propertiesToSave(), account->originalProperties(),
         onDisk.propertiesOf(account->identifier()));

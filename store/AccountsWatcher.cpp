@@ -7,6 +7,7 @@
 
 #include "platform/Platform.h"
 #include "store/AccountsFile.h"
+#include "store/AccountsManagerState.h"
 #include "store/RecordDifferences.h"
 #include "store/WatchedAccounts.h"
 
@@ -80,7 +81,7 @@ std::unique_ptr<AccountsWatcher> AccountsWatcher::fromNow() {
 
 std::unique_ptr<AccountsWatcher> AccountsWatcher::fromStore(const AccountsManager& store) {
   auto state = std::make_unique<State>();
-  state->accounts = std::make_shared<WatchedAccounts>(store._savedRecords);
+  state->accounts = std::make_shared<WatchedAccounts>(store._state->savedRecords);
   return std::unique_ptr<AccountsWatcher>(new AccountsWatcher(std::move(state)));
 }
 
@@ -121,7 +122,7 @@ DictionaryRef AccountsWatcher::baseline() const {
 }
 
 void AccountsWatcher::leaveOutChangesOf(AccountsManager& store) {
-  store._leftOutOf.push_back(_state->accounts);
+  store._state->leftOutOf.push_back(_state->accounts);
 }
 
 bool AccountsWatcher::announceOnBus(const std::vector<ChangedAccount>& accounts) {

@@ -19,16 +19,7 @@
 
 namespace tallbook {
 
-class AccountsFile;
-class AccountPositions;
-template <class T>
-class IdentifierTable;
-struct HeldRecord;
 class LockHold;
-enum class FixerVerdict : std::int32_t;
-struct SavesOfMigration;
-class TBRuntimeFixProtocol;
-class WatchedAccounts;
 
 /// A record that no store can hold, and why, on one line.
 struct RecordFault {
@@ -79,16 +70,16 @@ class TALLBOOK_EXPORT AccountsManager {
   /// The same without its content.
   [[nodiscard]] static AccountsFileState stateOfAccountsFile();
   /// What lay there when the store was made; `Missing` for a store that was not made of the file.
-  const AccountsFileState& fileState() const noexcept { return _fileState; }
+  const AccountsFileState& fileState() const noexcept;
   /// The file's version as it was read, 0 where there was none; the upgrade of an older file
   /// raises it. Saving never writes it.
-  std::uint64_t dataVersion() const noexcept { return _dataVersion; }
-  void setDataVersion(std::uint64_t version) noexcept { _dataVersion = version; }
+  std::uint64_t dataVersion() const noexcept;
+  void setDataVersion(std::uint64_t version) noexcept;
 
   /// What the file holds and loading left out when the store was made.
-  const std::vector<RecordFault>& droppedRecords() const noexcept { return _droppedRecords; }
+  const std::vector<RecordFault>& droppedRecords() const noexcept;
   /// What the last save wrote although no load accepts it: the records' own, live dictionaries.
-  const std::vector<RecordFault>& unloadableRecords() const noexcept { return _unloadableRecords; }
+  const std::vector<RecordFault>& unloadableRecords() const noexcept;
 
   // Look-up
 
@@ -104,14 +95,14 @@ class TALLBOOK_EXPORT AccountsManager {
       std::string_view syncIdentifier) const;
   /// The live list of top-level records. Replacing operations install another list; do not change
   /// the store while iterating over this one.
-  std::shared_ptr<const AccountList> allBasicAccounts() const { return _orderedTopLevelAccounts; }
+  std::shared_ptr<const AccountList> allBasicAccounts() const;
   /// All top-level records in store order, then all indexed child records in the order in which
   /// they were filed: that of their parents, until a parent is changed.
   [[nodiscard]] AccountList allBasicSyncableAccounts() const;
   [[nodiscard]] AccountList basicAccountsWithTypes(const AccountTypes& types) const;
   std::uint64_t countOfBasicAccountsWithTypes(const AccountTypes& types) const;
   /// Number of top-level records.
-  std::uint64_t count() const noexcept { return _orderedTopLevelAccounts->size(); }
+  std::uint64_t count() const noexcept;
 
   // Full accounts. They throw InternalConsistencyFailure as `fullAccountUsingLoader` does. A change
   // made through a full account is not saved; see there.
@@ -190,7 +181,7 @@ class TALLBOOK_EXPORT AccountsManager {
   enum class KeepGeneration { AtMostOnceAMinute, Always };
   [[nodiscard]] SaveReceipt saveChanges(KeepGeneration keep = KeepGeneration::AtMostOnceAMinute);
   /// Why the last save failed; false-like where it did not.
-  const SaveFailure& saveFailure() const noexcept { return _saveFailure; }
+  const SaveFailure& saveFailure() const noexcept;
   /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,
   /// keys removed here are gone. `inMemory` itself when either of the others is null or empty.
   /// Throws InternalConsistencyFailure when `inMemory` is null.
@@ -258,54 +249,11 @@ class TALLBOOK_EXPORT AccountsManager {
 
  private:
   friend class AccountsWatcher;
-  using AccountTable = IdentifierTable<std::shared_ptr<BasicAccount>>;
+  struct State;
 
   AccountsManager();
-  void _loadChildrenFromAccount(const std::shared_ptr<BasicAccount>& account);
-  void _removeChildrenForAccountWithIdentifier(std::string_view identifier);
-  void _setOriginalAccountDictionaries();
-  static std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _createRuntimeFixers();
-  void loadAccounts(const Array& infos);
-  void appendAccount(std::shared_ptr<BasicAccount> account);
-  void fileChildren(const std::shared_ptr<BasicAccount>& account, const String& parentID);
-  void moveChild(const std::shared_ptr<BasicAccount>& child, const AccountTable& parents);
-  /// Appends what cannot be fixed to `unfixable`.
-  FixerVerdict offerToFixers(BasicAccount& account, std::string_view occasion,
-                             std::vector<RecordFault>& unfixable);
-  bool fixAccountsBeforeSaving();
-  /// What the file is to hold, given what it holds; nullopt to leave it as it is.
-  using MakeRecords = std::function<std::optional<std::vector<Value>>(const AccountsFile& file)>;
-  bool replaceFile(KeepGeneration keep, const MakeRecords& makeRecords);
-  void leaveOutOfWatchers(const ArrayRef& before, const ArrayRef& after);
-  void finishSave(bool repaired, bool replaced);
-  void rememberSavedRecords();
-  std::vector<HeldRecord> heldRecords() const;
-  std::vector<Value> mergedRecords(const AccountsFile& file) const;
 
-  std::unique_ptr<AccountTable> _topLevelAccountsByID;
-  std::shared_ptr<AccountList> _orderedTopLevelAccounts;
-  /// Where the records stand in the list; made when one is first replaced, and dropped when the
-  /// list changes in another way than at its end.
-  std::unique_ptr<AccountPositions> _positions;
-  std::unique_ptr<AccountTable> _childAccountsByID;
-  std::unique_ptr<IdentifierTable<String>> _childAccountIDToParentAccountID;
-  /// The reverse of the table above, in the order of "ChildAccounts": dropping one parent's
-  /// children must not walk everybody's.
-  std::unique_ptr<IdentifierTable<std::vector<String>>> _childAccountIDsByParentAccountID;
-  std::unique_ptr<IdentifierTable<DictionaryRef>> _originalAccountsByID;
-  std::uint64_t _dataVersion = 0;
-  AccountsFileState _fileState;
-  /// The records as they were last read from or written to the file, those deleted here since then
-  /// included; frozen.
-  std::vector<DictionaryRef> _savedRecords;
-  /// What watchers know of the accounts who are not to tell what this store changes.
-  std::vector<std::weak_ptr<WatchedAccounts>> _leftOutOf;
-  SaveFailure _saveFailure;
-  std::string _generationFailure;
-  std::unique_ptr<SavesOfMigration> _savesOfMigration;  ///< null for all other stores
-  std::vector<RecordFault> _droppedRecords;
-  std::vector<RecordFault> _unloadableRecords;
-  std::vector<std::unique_ptr<TBRuntimeFixProtocol>> _runtimeFixers;
+  const std::unique_ptr<State> _state;
 };
 
 }  // namespace tallbook
