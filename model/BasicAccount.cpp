@@ -6,6 +6,7 @@
 #include "tallbook/PlugInClass.h"
 #include "tallbook/Vocabulary.h"
 
+#include "model/BasicAccountLinks.h"
 #include "model/LibraryLogging.h"
 #include "platform/Platform.h"
 
@@ -18,6 +19,14 @@ namespace {
   basicAccount.initWithProperties = &BasicAccount::initWithProperties;
   return basicAccount;
 });
+
+/// The nearest string, the record's own or an ancestor's; null when nobody has one.
+String stringForKey(const BasicAccount& account, std::string_view key) {
+  for (const BasicAccount* record = &account; record; record = record->parentAccount().get()) {
+    if (String text = (*record->properties())[key].string()) return text;
+  }
+  return nullptr;
+}
 
 }  // namespace
 
@@ -97,15 +106,8 @@ BasicAccount::BasicAccount(Making making)
 BasicAccount::~BasicAccount() = default;
 
 Value BasicAccount::accountPropertyForKey(std::string_view key) const {
-  for (const BasicAccount* record = this; record; record = record->_parentAccount.get()) {
+  for (const BasicAccount* record = this; record; record = record->parentAccount().get()) {
     if (const Value* value = record->_properties->find(key)) return *value;
-  }
-  return nullptr;
-}
-
-String BasicAccount::stringForKey(std::string_view key) const {
-  for (const BasicAccount* record = this; record; record = record->_parentAccount.get()) {
-    if (String text = (*record->_properties)[key].string()) return text;
   }
   return nullptr;
 }
@@ -142,31 +144,31 @@ void BasicAccount::setOriginalProperties(const DictionaryRef& properties) {
 }
 
 String BasicAccount::type() const {
-  return stringForKey(kAccountType);
+  return stringForKey(*this, kAccountType);
 }
 
 String BasicAccount::identifier() const {
-  return stringForKey(kAccountIdentifier);
+  return stringForKey(*this, kAccountIdentifier);
 }
 
 String BasicAccount::syncStoreIdentifier() const {
-  return stringForKey(kAccountSyncIdentifier);
+  return stringForKey(*this, kAccountSyncIdentifier);
 }
 
 String BasicAccount::accountClass() const {
-  return stringForKey(kAccountClass);
+  return stringForKey(*this, kAccountClass);
 }
 
 String BasicAccount::displayName() const {
-  return stringForKey(kAccountDisplayName);
+  return stringForKey(*this, kAccountDisplayName);
 }
 
 String BasicAccount::typeString() const {
-  return stringForKey(kAccountTypeString);
+  return stringForKey(*this, kAccountTypeString);
 }
 
 String BasicAccount::shortTypeString() const {
-  return stringForKey(kAccountShortTypeString);
+  return stringForKey(*this, kAccountShortTypeString);
 }
 
 void BasicAccount::setAccountClass(const String& className) {
@@ -179,15 +181,26 @@ void BasicAccount::setDisplayName(const String& name) {
   setAccountPropertyForKey(name, kAccountDisplayName);
 }
 
+BasicAccount::Links& BasicAccount::links() {
+  if (!_links) _links = std::make_unique<Links>();
+  return *_links;
+}
+
+const std::shared_ptr<BasicAccount>& BasicAccount::parentAccount() const noexcept {
+  static const std::shared_ptr<BasicAccount> none;
+  return _links ? _links->parentAccount : none;
+}
+
 void BasicAccount::setParentAccount(std::shared_ptr<BasicAccount> parent) {
-  for (const BasicAccount* above = parent.get(); above; above = above->_parentAccount.get()) {
+  for (const BasicAccount* above = parent.get(); above; above = above->parentAccount().get()) {
     if (above == this) throw InternalConsistencyFailure("An account cannot be its own ancestor");
   }
-  _parentAccount = std::move(parent);
+  if (parent || _links) links().parentAccount = std::move(parent);
 }
 
 String BasicAccount::parentAccountIdentifier() const {
-  return _parentAccount ? _parentAccount->identifier() : nullptr;
+  const std::shared_ptr<BasicAccount>& parent = parentAccount();
+  return parent ? parent->identifier() : nullptr;
 }
 
 }  // namespace tallbook

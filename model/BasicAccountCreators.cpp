@@ -5,6 +5,7 @@
 #include "tallbook/InternalConsistencyFailure.h"
 #include "tallbook/PlugInClass.h"
 
+#include "model/BasicAccountLinks.h"
 #include "model/DictionaryFile.h"
 #include "model/LibraryLogging.h"
 #include "model/PlugInRegistry.h"
@@ -133,24 +134,24 @@ String BasicAccount::syncAccountCreatorClassNameForAccountType(const String& acc
 }
 
 std::shared_ptr<BasicAccount> BasicAccount::fullAccountUsingLoader(AccountLoader* loader) {
-  if (_fullAccount) return _fullAccount;
+  if (_links && _links->fullAccount) return _links->fullAccount;
   const String className = fullAccountCreatorClassNameForAccountTypeLoader(type(), loader);
   const PlugInClass* creator = classNamed(className);
   if (!creator) throw InternalConsistencyFailure(classNotLoaded(className));
   const auto full = makeFullAccount(*creator, shared_from_this());
   if (!full) throw InternalConsistencyFailure(classAndIdentifier(className, identifier()));
-  full->setParentAccount(_parentAccount);
+  full->setParentAccount(parentAccount());
   setFullAccount(full);
-  return _fullAccount;
+  return full;
 }
 
 void BasicAccount::setFullAccount(std::shared_ptr<BasicAccount> fullAccount) {
-  _fullAccount = std::move(fullAccount);
+  if (fullAccount || _links) links().fullAccount = std::move(fullAccount);
 }
 
 std::shared_ptr<AccountRefreshProtocol> BasicAccount::_cachedSyncAccount() {
   constexpr std::string_view operation = "-[BasicAccount(Internal) _cachedSyncAccount]";
-  if (_syncAccount) return _syncAccount;
+  if (_links && _links->syncAccount) return _links->syncAccount;
   const String className = syncAccountCreatorClassNameForAccountType(type());
   if (!className) return nullptr;
   const PlugInClass* creator = classNamed(className);
@@ -163,12 +164,12 @@ std::shared_ptr<AccountRefreshProtocol> BasicAccount::_cachedSyncAccount() {
     return nullptr;
   }
   if (creator->accountToRefreshForBasicAccount) {
-    _syncAccount = creator->accountToRefreshForBasicAccount(shared_from_this());
+    if (auto made = creator->accountToRefreshForBasicAccount(shared_from_this())) {
+      return links().syncAccount = std::move(made);
+    }
   }
-  if (!_syncAccount) {
-    logMessage(operation, [&] { return "ERROR: " + classAndIdentifier(className, identifier()); });
-  }
-  return _syncAccount;
+  logMessage(operation, [&] { return "ERROR: " + classAndIdentifier(className, identifier()); });
+  return nullptr;
 }
 
 bool BasicAccount::refreshContainerWithIdentifierForDataclassIsUserRequested(

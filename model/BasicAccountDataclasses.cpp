@@ -62,14 +62,15 @@ ArrayRef enabledByParent(const std::shared_ptr<BasicAccount>& parent) {
   return enabled && !enabled->empty() ? enabled : nullptr;
 }
 
-}  // namespace
-
-ArrayRef BasicAccount::arrayForKey(std::string_view key) const {
-  for (const BasicAccount* record = this; record; record = record->_parentAccount.get()) {
-    if (ArrayRef list = (*record->_properties)[key].array()) return list;
+/// The nearest list, the record's own or an ancestor's; null when nobody has one.
+ArrayRef arrayForKey(const BasicAccount& account, std::string_view key) {
+  for (const BasicAccount* record = &account; record; record = record->parentAccount().get()) {
+    if (ArrayRef list = (*record->properties())[key].array()) return list;
   }
   return nullptr;
 }
+
+}  // namespace
 
 ArrayRef BasicAccount::supportedDataclasses() const {
   const String ownType = type();
@@ -79,7 +80,7 @@ ArrayRef BasicAccount::supportedDataclasses() const {
 
 ArrayRef BasicAccount::provisionedDataclasses() const {
   const ArrayRef supported = supportedDataclasses();
-  const ArrayRef stored = arrayForKey(kAccountProvisionedDataclasses);
+  const ArrayRef stored = arrayForKey(*this, kAccountProvisionedDataclasses);
   const std::vector<String> restricted = _profileRestrictedDataclasses();
   std::vector<Value> provisioned = withoutRepetitions(*supported);
   std::erase_if(provisioned, [&](const Value& dataclass) {
@@ -90,8 +91,8 @@ ArrayRef BasicAccount::provisionedDataclasses() const {
 }
 
 ArrayRef BasicAccount::enabledDataclasses() const {
-  if (ArrayRef inherited = enabledByParent(_parentAccount)) return inherited;
-  const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
+  if (ArrayRef inherited = enabledByParent(parentAccount())) return inherited;
+  const ArrayRef stored = arrayForKey(*this, kAccountEnabledDataclasses);
   if (!stored) return nullptr;
   const ArrayRef provisioned = provisionedDataclasses();
   std::vector<Value> enabled;
@@ -104,11 +105,11 @@ ArrayRef BasicAccount::enabledDataclasses() const {
 // As `enabledDataclasses` would answer. One dataclass is withdrawn by one feature at most, so that
 // the other ones need not be asked about: a migration puts this question for every account.
 bool BasicAccount::isEnabledForDataclass(std::string_view dataclass) const {
-  if (const ArrayRef inherited = enabledByParent(_parentAccount))
+  if (const ArrayRef inherited = enabledByParent(parentAccount()))
     return inherited->contains(dataclass);
-  const ArrayRef stored = arrayForKey(kAccountEnabledDataclasses);
+  const ArrayRef stored = arrayForKey(*this, kAccountEnabledDataclasses);
   if (!stored || !stored->contains(dataclass)) return false;
-  const ArrayRef provisioned = arrayForKey(kAccountProvisionedDataclasses);
+  const ArrayRef provisioned = arrayForKey(*this, kAccountProvisionedDataclasses);
   return (!provisioned || provisioned->contains(dataclass)) &&
          supportedDataclasses()->contains(dataclass) && !restrictionOnDataclass(dataclass);
 }

@@ -251,7 +251,7 @@ class TALLBOOK_EXPORT AccountsManager {
   friend class AccountsWatcher;
   struct State;
 
-  AccountsManager();
+  TALLBOOK_INTERNAL AccountsManager();
 
   const std::unique_ptr<State> _state;
 };

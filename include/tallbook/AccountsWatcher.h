@@ -104,7 +104,7 @@ class TALLBOOK_EXPORT AccountsWatcher {
 
  private:
   struct State;
-  explicit AccountsWatcher(std::unique_ptr<State> state);
+  TALLBOOK_INTERNAL explicit AccountsWatcher(std::unique_ptr<State> state);
 
   std::unique_ptr<State> _state;
 };

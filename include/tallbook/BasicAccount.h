@@ -124,7 +124,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// Stores "DisplayName" among the record's own; null removes it.
   void setDisplayName(const String& name);
   /// Null for a top-level record.
-  const std::shared_ptr<BasicAccount>& parentAccount() const noexcept { return _parentAccount; }
+  const std::shared_ptr<BasicAccount>& parentAccount() const noexcept;
   /// Throws InternalConsistencyFailure for the record itself and for one below it.
   void setParentAccount(std::shared_ptr<BasicAccount> parent);
   String parentAccountIdentifier() const;
@@ -206,15 +206,12 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   static DictionaryRef propertiesWithTypeClass(const String& type, const String& className);
 
  private:
-  /// The nearest value of that kind, the record's own or an ancestor's; null when nobody has one.
-  String stringForKey(std::string_view key) const;
-  ArrayRef arrayForKey(std::string_view key) const;
+  struct Links;
+  TALLBOOK_INTERNAL Links& links();
 
   DictionaryRef _originalProperties;
   DictionaryRef _properties;
-  std::shared_ptr<BasicAccount> _fullAccount;
-  std::shared_ptr<AccountRefreshProtocol> _syncAccount;
-  std::shared_ptr<BasicAccount> _parentAccount;
+  std::unique_ptr<Links> _links;  ///< null until there is one
 };
 
 }  // namespace tallbook

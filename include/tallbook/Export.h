@@ -2,3 +2,5 @@
 
 /// Marks what the shared library exports; everything else in it is hidden.
 #define TALLBOOK_EXPORT __attribute__((visibility("default")))
+/// Marks what an exported class keeps to itself.
+#define TALLBOOK_INTERNAL __attribute__((visibility("hidden")))

@@ -196,8 +196,8 @@ class TALLBOOK_EXPORT Value {
   }
   void destroyShared() noexcept;
   /// Whether the value can never change: it is no container, or a frozen one.
-  bool isImmutable() const noexcept;
-  Value frozenCopyAtDepth(int depth, std::size_t& left) const;
+  TALLBOOK_INTERNAL bool isImmutable() const noexcept;
+  TALLBOOK_INTERNAL Value frozenCopyAtDepth(int depth, std::size_t& left) const;
 
   std::uint64_t _bits = 0;
   Kind _kind = Kind::Null;
@@ -253,9 +253,9 @@ class TALLBOOK_EXPORT Array final : public Counted {
   explicit Array(std::vector<Value> elements, bool frozen) noexcept
       : _elements(std::move(elements)), _frozen(frozen) {}
   ~Array() = default;
-  void checkMutable() const;
-  void checkMutableAt(std::size_t index) const;
-  ArrayRef frozenCopyAtDepth(int depth, std::size_t& left) const;
+  TALLBOOK_INTERNAL void checkMutable() const;
+  TALLBOOK_INTERNAL void checkMutableAt(std::size_t index) const;
+  TALLBOOK_INTERNAL ArrayRef frozenCopyAtDepth(int depth, std::size_t& left) const;
 
   std::vector<Value> _elements;
   bool _frozen;
@@ -314,10 +314,10 @@ class TALLBOOK_EXPORT Dictionary final : public Counted {
   friend class Value;
   class Table;
 
-  Dictionary(Ref<Table> table, bool frozen) noexcept;
-  ~Dictionary();
-  void checkMutable() const;
-  DictionaryRef frozenCopyAtDepth(int depth, std::size_t& left) const;
+  TALLBOOK_INTERNAL Dictionary(Ref<Table> table, bool frozen) noexcept;
+  TALLBOOK_INTERNAL ~Dictionary();
+  TALLBOOK_INTERNAL void checkMutable() const;
+  TALLBOOK_INTERNAL DictionaryRef frozenCopyAtDepth(int depth, std::size_t& left) const;
 
   Ref<Table> _table;
   bool _frozen;
