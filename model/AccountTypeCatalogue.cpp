@@ -11,11 +11,14 @@
 
 #include "model/CanonicalDataclasses.h"
 #include "model/DictionaryFile.h"
+#include "model/DropIns.h"
 #include "platform/OncePerPlatform.h"
 #include "platform/Platform.h"
 
 namespace tallbook {
 namespace {
+
+constexpr std::string_view kResource = "AccountTypesProperties";
 
 bool isProcessorForMultitasking() {
   const Value architecture =
@@ -79,8 +82,7 @@ const AccountTypeCatalogue& AccountTypeCatalogue::shared() {
 }
 
 AccountTypeCatalogue AccountTypeCatalogue::read() {
-  const auto path =
-      Platform::current().resourceBundle().pathForResource("AccountTypesProperties", "plist");
+  const auto path = Platform::current().resourceBundle().pathForResource(kResource, "plist");
   if (!path) throw InternalConsistencyFailure("Could not find AccountTypesProperties.plist");
   const DictionaryRef types = dictionaryFromFile(*path);
   if (!types) {
@@ -88,13 +90,43 @@ AccountTypeCatalogue AccountTypeCatalogue::read() {
   }
   const bool hasNotes = isProcessorForMultitasking();
   AccountTypeCatalogue catalogue;
-  catalogue._entries.reserve(types->size());
-  for (const auto& [type, described] : *types) {
-    if (const DictionaryRef entry = described.dictionary()) {
-      catalogue._entries.emplace_back(type, entryFrom(entry, hasNotes));
+  catalogue.add(types, hasNotes);
+  for (const DropIn& dropIn : dropInsOf(kResource)) {
+    const std::string fault = dropIn.content ? catalogue.faultOf(dropIn.content) : dropIn.fault;
+    if (fault.empty()) {
+      catalogue.add(dropIn.content, hasNotes);
+    } else {
+      logLeftOut(dropIn.path, fault);
+      catalogue._leftOut.push_back({dropIn.path, fault});
     }
   }
   return catalogue;
+}
+
+void AccountTypeCatalogue::add(const DictionaryRef& types, bool hasNotes) {
+  _entries.reserve(_entries.size() + types->size());
+  for (const auto& [type, described] : *types) {
+    if (const DictionaryRef entry = described.dictionary()) {
+      _entries.emplace_back(type, entryFrom(entry, hasNotes));
+    }
+  }
+}
+
+std::string AccountTypeCatalogue::faultOf(const DictionaryRef& types) const {
+  for (const auto& [type, described] : *types) {
+    const std::string name = "\"" + type.str() + "\"";
+    if (type.empty()) return "it has a type without a name";
+    if (entryForType(type)) return "the type " + name + " is there already";
+    if (!described.dictionary())
+      return "its " + name + " " + textOfWrongKind(described, "dictionary");
+    const DictionaryRef entry = described.dictionary();
+    const Value listed = entry[kPropertiesSupportedDataclasses];
+    if (!listed.array()) {
+      return "\"" + kPropertiesSupportedDataclasses.str() + "\" of its " + name + " " +
+             textOfWrongKind(listed, "array");
+    }
+  }
+  return {};
 }
 
 const AccountTypeEntry* AccountTypeCatalogue::entryForType(std::string_view type) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -17,8 +18,14 @@ struct AccountTypeEntry {
   ArrayRef orderedDataclasses;    ///< the same in canonical order, each once; never null
 };
 
-/// The account types that records may have. Read from the resource "AccountTypesProperties" once
-/// and never changed afterwards, so that any thread may read it.
+/// A drop-in that the catalogue does without, and why, on one line.
+struct LeftOutDropIn {
+  std::string path;
+  std::string fault;
+};
+
+/// The account types that records may have. Read from the resource "AccountTypesProperties" and its
+/// drop-ins once and never changed afterwards, so that any thread may read it.
 class AccountTypeCatalogue {
  public:
   /// The process's catalogue. Throws InternalConsistencyFailure when the resource is missing or no
@@ -30,12 +37,18 @@ class AccountTypeCatalogue {
   const std::vector<std::pair<String, AccountTypeEntry>>& entries() const noexcept {
     return _entries;
   }
+  const std::vector<LeftOutDropIn>& leftOut() const noexcept { return _leftOut; }
 
  private:
   static AccountTypeCatalogue read();
+  /// Adds the types of the resource or of a drop-in, which are dictionaries.
+  void add(const DictionaryRef& types, bool hasNotes);
+  /// Why the types of a drop-in cannot be added, on one line; else empty.
+  std::string faultOf(const DictionaryRef& types) const;
 
   // So few that searching them one by one is quicker than hashing.
   std::vector<std::pair<String, AccountTypeEntry>> _entries;
+  std::vector<LeftOutDropIn> _leftOut;
 };
 
 }  // namespace tallbook

@@ -6,7 +6,7 @@
 #include "tallbook/PlugInClass.h"
 
 #include "model/BasicAccountLinks.h"
-#include "model/DictionaryFile.h"
+#include "model/CreatorsInformation.h"
 #include "model/LibraryLogging.h"
 #include "model/PlugInRegistry.h"
 #include "platform/OncePerPlatform.h"
@@ -54,23 +54,7 @@ std::shared_ptr<BasicAccount> makeFullAccount(const PlugInClass& creator,
 
 DictionaryRef BasicAccount::_creatorsInfo() {
   initialize();
-  DictionaryRef information;
-  // A type that the device's own file lacks is served as the shipped one has it.
-  for (const std::string& file :
-       Platform::current().resourceBundle().pathsForResource("AccountCreators", "plist")) {
-    const DictionaryRef content = dictionaryFromFile(file);
-    if (!information) {
-      if (!content) return nullptr;
-      information = content;
-    } else if (content) {
-      const DictionaryRef both = information->mutableCopy();
-      for (const auto& [type, entries] : *content) {
-        if (!both->contains(type)) both->set(type, entries);
-      }
-      information = both->frozenCopy();
-    }
-  }
-  return information;
+  return CreatorsInformation::read().merged();
 }
 
 DictionaryRef BasicAccount::_accountCreationMap() {

@@ -8,12 +8,19 @@
 
 namespace tallbook {
 
-DictionaryRef dictionaryFromFile(const std::string& path) {
+DictionaryRef dictionaryFromFile(const std::string& path, std::string* fault) {
+  const auto failed = [&](const std::string& why) {
+    if (fault) *fault = why;
+    return DictionaryRef();
+  };
   std::error_code error;
   const std::string bytes = Platform::current().fileSystem().readFile(path, error);
-  if (error) return nullptr;
-  const auto root = propertyListFromBytes(bytes);
-  return root ? root->dictionary() : nullptr;
+  if (error) return failed("it cannot be read: " + error.message());
+  std::string whyNone;
+  const auto root = propertyListFromBytes(bytes, fault ? &whyNone : nullptr);
+  if (!root) return failed("it is no property list: " + whyNone);
+  const DictionaryRef content = root->dictionary();
+  return content ? content : failed("it " + textOfWrongKind(*root, "dictionary"));
 }
 
 DictionaryRef dictionaryFromResource(std::string_view name) {

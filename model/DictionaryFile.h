@@ -8,8 +8,8 @@
 namespace tallbook {
 
 /// The property-list dictionary in the file at `path`, frozen; null when there is no such file, it
-/// cannot be read, or it holds anything else.
-DictionaryRef dictionaryFromFile(const std::string& path);
+/// cannot be read, or it holds anything else; `fault` then says why, on one line.
+DictionaryRef dictionaryFromFile(const std::string& path, std::string* fault = nullptr);
 
 /// The same for the shipped resource `name`.plist.
 DictionaryRef dictionaryFromResource(std::string_view name);

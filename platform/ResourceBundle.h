@@ -18,6 +18,8 @@ class ResourceBundle {
   /// The paths of all resources of that name, the device's own before the shipped one.
   virtual std::vector<std::string> pathsForResource(std::string_view name,
                                                     std::string_view type) const = 0;
+  /// The device's folder for files that add to the resource, `name`.d; it need not be there.
+  virtual std::string dropInFolder(std::string_view name) const = 0;
   /// The text of `key` in the string table `table`, in the user's language, else in English. A key
   /// that no table has: `defaultText`, or the key itself where that is empty.
   virtual std::string localizedString(std::string_view key, std::string_view table,

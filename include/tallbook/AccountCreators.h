@@ -24,8 +24,10 @@ struct AccountCreator {
 };
 
 /// The entries that count: those of a type in the device's own AccountCreators file, or where that
-/// lacks the type, in the shipped one. Read afresh; loads no module. Throws
-/// InternalConsistencyFailure where the catalogue of account types cannot be read.
+/// lacks the type, in the shipped one, and those that drop-ins add. Of a drop-in with a fault, here
+/// or in AccountTypesProperties.d, nothing counts; it is listed with the first one. Read afresh;
+/// loads no module. Throws InternalConsistencyFailure where the catalogue of account types cannot
+/// be read.
 [[nodiscard]] TALLBOOK_EXPORT std::vector<AccountCreator> accountCreators();
 
 /// Of the class operations that count for a creator's role, those that its class has and has not.

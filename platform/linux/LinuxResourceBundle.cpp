@@ -62,6 +62,11 @@ std::vector<std::string> LinuxResourceBundle::pathsForResource(std::string_view 
   return paths;
 }
 
+// What another machine's components add is nothing for a device tree, which lacks their modules.
+std::string LinuxResourceBundle::dropInFolder(std::string_view name) const {
+  return _folders.front() + "/" + std::string(name) + ".d";
+}
+
 std::string LinuxResourceBundle::localizedString(std::string_view key, std::string_view table,
                                                  std::string_view defaultText) const {
   std::vector<std::string> languages = userLanguages();

@@ -28,6 +28,7 @@ class LinuxResourceBundle final : public ResourceBundle {
                                              std::string_view type) const override;
   std::vector<std::string> pathsForResource(std::string_view name,
                                             std::string_view type) const override;
+  std::string dropInFolder(std::string_view name) const override;
   std::string localizedString(std::string_view key, std::string_view table,
                               std::string_view defaultText) const override;
 

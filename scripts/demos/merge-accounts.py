@@ -13,7 +13,7 @@ import sys
 
 DATACLASS = "com.orvane.Dataclass."
 ACCOUNTS = "var/mobile/Library/Preferences/com.orvane.tallbook.plist"
-CREATORS = "usr/share/tallbook/AccountCreators.plist"
+DROP_IN = "usr/share/tallbook/AccountCreators.d/example.plist"
 
 ALL_DATACLASSES = [
     DATACLASS + name
@@ -74,7 +74,7 @@ def accounts():
 
 
 def creators(module):
-    """Every account type's creators: the example classes, whatever the shipped resource says."""
+    """The example classes as further creators of every account type."""
     resources = pathlib.Path(__file__).resolve().parents[2] / "resources"
     types = plistlib.loads((resources / "AccountTypesProperties.plist").read_bytes())
 
@@ -102,7 +102,7 @@ def main():
         sys.exit("usage: merge-accounts.py ROOT MODULE")
     root = pathlib.Path(sys.argv[1])
     write(root / ACCOUNTS, {"Version": 12, "Accounts": accounts()})
-    write(root / CREATORS, creators(sys.argv[2]))
+    write(root / DROP_IN, creators(sys.argv[2]))
 
 
 if __name__ == "__main__":

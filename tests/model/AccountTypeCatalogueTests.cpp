@@ -44,6 +44,26 @@ TEST_F(AnAccountTypeCatalogue, KeepsRecognisedDataclassesInTheirOrder) {
   }
 }
 
+TEST_F(AnAccountTypeCatalogue, TakesNewTypesFromDropIns) {
+  const auto dropIn = [&](const std::string& file, const String& type, const Value& entry) {
+    test::writePropertyList(platform().resources.dropInNamed(file, "AccountTypesProperties"),
+                            Dictionary::make({{type, entry}}));
+  };
+  const auto carrying = [](const std::string& listed) {
+    return Dictionary::make({{"Supported Dataclasses", dataclasses(listed)}});
+  };
+  dropIn("chat.plist", "Chat", carrying("Notes Contacts"));
+  dropIn("chat2.plist", "Chat", carrying("Mail"));
+  dropIn("mail.plist", "Mail", carrying("Notes"));
+  dropIn("bare.plist", "Bare", Dictionary::make());
+  EXPECT_EQ(words(BasicAccount::supportedDataclassesForAccountType("Chat")), "Notes Contacts");
+  EXPECT_EQ(words(BasicAccount::supportedDataclassesForAccountType("Mail")), "Mail Notes");
+  EXPECT_FALSE(BasicAccount::_isValidAccountType("Bare"));
+  EXPECT_TRUE(logContains("bare.plist: \"Supported Dataclasses\" of its \"Bare\" is "));
+  EXPECT_TRUE(logContains("chat2.plist: the type \"Chat\" is there already"));
+  EXPECT_TRUE(logContains("mail.plist: the type \"Mail\" is there already"));
+}
+
 TEST_F(AnAccountTypeCatalogue, AnswersAbsentForWhatTheResourceLacksOrGetsWrong) {
   platform().resources.replace(
       "AccountTypesProperties",

@@ -12,6 +12,7 @@ namespace tallbook {
 namespace {
 
 using test::failureOf;
+using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
@@ -129,6 +130,42 @@ TEST_F(AnAccountWithCreators, KnowsWhichOfThemServeNobody) {
   ASSERT_EQ(creators.size(), 1u) << "though the library takes nothing from the shipped file then";
   EXPECT_THAT(creators.front().place, EndsWith("AccountCreators.plist"));
   EXPECT_THAT(creators.front().fault, HasSubstr("no property list"));
+}
+
+TEST_F(AnAccountWithCreators, TakesWhatDropInsAddInTheOrderOfTheirNames) {
+  ship({creator("SyncAccount", "creators.so", "Shipped")});
+  const auto dropIn = [&](const std::string& file, const Value& content) {
+    test::writePropertyList(platform().resources.dropInNamed(file, "AccountCreators"), content);
+  };
+  const auto forMail = [](const Value& entry) {
+    return Dictionary::make({{"Mail", Array::make({entry})}});
+  };
+  const DictionaryRef first = creator("SyncAccount", "creators.so", "First");
+  const DictionaryRef second = creator("SyncAccount", "creators.so", "Second");
+  dropIn("20.plist", forMail(second));
+  dropIn("10.plist", forMail(first));
+  dropIn("15.plist.dpkg-new", forMail(creator("SyncAccount", "creators.so", "Unpacked")));
+  dropIn("30.plist",
+         Dictionary::make({{"Gmail", Array::make({second})},
+                           {"Mail", Array::make({second, creator("Sync", "creators.so", "C")})}}));
+  dropIn("31.plist", forMail(creator("SyncAccount", "removed.so", "C")));
+  dropIn("32.plist", Array::make());
+  std::filesystem::create_directory(
+      platform().resources.dropInNamed("33.plist", "AccountCreators"));
+
+  const DictionaryRef information = BasicAccount::_creatorsInfo();
+  EXPECT_EQ(information["Mail"],
+            Value(Array::make({creator("SyncAccount", "creators.so", "Shipped"), first, second})));
+  EXPECT_TRUE(information["Gmail"].array().empty()) << "nothing counts of a drop-in with a fault";
+  std::vector<std::string> faults;
+  for (const AccountCreator& each : accountCreators()) {
+    if (!each.fault.empty()) faults.push_back(each.place + ": " + each.fault);
+  }
+  EXPECT_THAT(faults, ElementsAre(HasSubstr("30.plist, Mail[1]: its \"Type\" is \"Sync\""),
+                                  HasSubstr("31.plist, Mail[0]: "),
+                                  HasSubstr("32.plist: it is of the kind"),
+                                  HasSubstr("33.plist: it cannot be read")));
+  EXPECT_TRUE(logContains("Leaving out " + faults.front()));
 }
 
 TEST_F(AnAccountWithCreators, ReadsTheInformationAgainUntilItCouldBeRead) {

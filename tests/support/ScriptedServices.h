@@ -136,6 +136,10 @@ class ScriptedResources final : public ResourceBundle {
   void replaceBytes(const std::string& name, std::string_view bytes);
   /// Replaces the string table of a language.
   void replaceStrings(const std::string& table, const std::string& language, const Value& texts);
+  /// The path of a file that adds to the property list `name`.plist.
+  std::string dropInNamed(const std::string& file, const std::string& name) const {
+    return dropInFolder(name) + "/" + file;
+  }
   /// Makes the property list `name`.plist look like it was never shipped.
   void takeAway(const std::string& name) { _missing.insert(name); }
 
@@ -143,6 +147,9 @@ class ScriptedResources final : public ResourceBundle {
                                              std::string_view type) const override;
   std::vector<std::string> pathsForResource(std::string_view name,
                                             std::string_view type) const override;
+  std::string dropInFolder(std::string_view name) const override {
+    return _bundle.dropInFolder(name);
+  }
   std::string localizedString(std::string_view key, std::string_view table,
                               std::string_view defaultText) const override {
     return _bundle.localizedString(key, table, defaultText);

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tallbook/AccountCreators.h"
+#include "tallbook/Value.h"
+
+namespace tallbook {
+
+/// What one file of the creators information has for one type: a list of entries in a sound file.
+struct CreatorEntries {
+  std::string file;
+  String type;
+  Value list;
+};
+
+/// Each entry, with what is wrong with it; what stands in the place of a list of entries is one.
+std::vector<AccountCreator> creatorsIn(const CreatorEntries& entries);
+
+}  // namespace tallbook
