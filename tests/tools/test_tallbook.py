@@ -154,14 +154,19 @@ class Outcomes(ToolTest):
         self.run_tool("remove", "workshop")
         self.assertNotIn("m12", [record["Identifier"] for record in self.read()])
 
-    def test_the_help_lists_the_commands_of_the_manual(self):
-        manual = os.path.join(os.path.dirname(__file__), "../../docs/tallbook.md")
+    def test_the_manual_has_the_commands_and_the_options_of_the_help(self):
+        manual = os.path.join(os.path.dirname(__file__), "../../docs/man/tallbook.1.scd")
         with open(manual, encoding="utf-8") as file:
-            rows = re.findall(r"^\| (`.*?`) \| ", file.read().split("## Commands")[1].split("## Values")[0],
-                              re.MULTILINE)
-        told = re.findall("`([a-z]+)", " ".join(rows))
-        listed = re.findall(r"^  ([a-z]+) ", self.run_tool("--help").split("Subcommands:")[1], re.MULTILINE)
+            chapters = dict(each.split("\n", 1) for each in re.split("^# ", file.read(), flags=re.MULTILINE)[1:])
+        told = dict(each.split("\n", 1) for each in chapters["COMMANDS"].split("\n## ")[1:])
+
+        shared, commands = self.run_tool("--help").split("Subcommands:")
+        listed = re.findall(r"^  ([a-z]+) ", commands, re.MULTILINE)
         self.assertEqual(sorted(told), sorted(listed))
+        for text, section in [(shared, chapters["OPTIONS"]), *((self.run_tool("help", each), told[each])
+                                                                for each in listed)]:
+            options = re.findall("^  (?:-h,)?(--[a-z-]+)", text, re.MULTILINE)
+            self.assertLessEqual(set(options) - {"--help"}, set(re.findall(r"\*(--[a-z-]+)\*", section)))
 
     def test_errors_are_json_where_results_are(self):
         self.write([{"Type": "Mail", "Class": "IMAPAccount", "DisplayName": "Anon"}])
