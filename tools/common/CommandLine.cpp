@@ -13,6 +13,7 @@ namespace tallbook::tool {
 void SharedOptions::declare(CLI::App& app) {
   app.set_version_flag("--version", std::string(kProgram) + " " + TALLBOOK_VERSION);
   app.add_option("--root", host.root, "Root of the device tree; the running system without it")
+      ->type_name("DIR")
       // A script's unset variable must not mean the running system.
       ->check([](const std::string& root) { return root.empty() ? "it is empty" : ""; })
       ->envname("TALLBOOK_ROOT");

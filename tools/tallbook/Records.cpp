@@ -14,29 +14,6 @@ namespace tallbook::tool {
 
 namespace {
 
-/// A record and what a person may call it by: its own names, not those that it has from a parent.
-struct Named {
-  std::shared_ptr<BasicAccount> record;
-  std::string identifier;
-  std::string name;
-};
-
-std::vector<Named> namedRecords(const AccountsManager& store) {
-  AccountsManager::AccountList records = *store.allBasicAccounts();
-  for (const auto& record : store.allBasicSyncableAccounts()) {
-    if (record->parentAccount()) records.push_back(record);
-  }
-  std::vector<Named> named;
-  named.reserve(records.size());
-  for (const auto& record : records) {
-    const DictionaryRef own = record->properties();
-    String name = (*own)[kAccountDisplayName].string();
-    if (name.empty()) name = (*own)[kAccountUsername].string();
-    named.push_back({record, record->identifier().str(), name.str()});
-  }
-  return named;
-}
-
 std::shared_ptr<BasicAccount> recordWithIdentifier(const AccountsManager& store,
                                                    std::string_view identifier) {
   const auto topLevel = store.accountWithIdentifier(identifier);
@@ -48,6 +25,22 @@ std::shared_ptr<BasicAccount> recordWithIdentifier(const AccountsManager& store,
 }
 
 }  // namespace
+
+std::vector<NamedRecord> namedRecords(const AccountsManager& store) {
+  AccountsManager::AccountList records = *store.allBasicAccounts();
+  for (const auto& record : store.allBasicSyncableAccounts()) {
+    if (record->parentAccount()) records.push_back(record);
+  }
+  std::vector<NamedRecord> named;
+  named.reserve(records.size());
+  for (const auto& record : records) {
+    const DictionaryRef own = record->properties();
+    String name = (*own)[kAccountDisplayName].string();
+    if (name.empty()) name = (*own)[kAccountUsername].string();
+    named.push_back({record, record->identifier().str(), name.str()});
+  }
+  return named;
+}
 
 std::shared_ptr<AccountsManager> storeToRead() {
   const AccountsFile file = readAccountsFile();
@@ -61,13 +54,15 @@ std::shared_ptr<AccountsManager> storeToRead() {
 
 std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const std::string& name) {
   if (auto record = recordWithIdentifier(store, name)) return record;
-  const std::vector<Named> all = namedRecords(store);
+  const std::vector<NamedRecord> all = namedRecords(store);
   // The first way of naming that fits any account is meant.
-  const auto isIdentifier = [&](const Named& each) { return isSameWord(each.identifier, name); };
-  const auto isNear = [&](const Named& each) {
+  const auto isIdentifier = [&](const NamedRecord& each) {
+    return isSameWord(each.identifier, name);
+  };
+  const auto isNear = [&](const NamedRecord& each) {
     return isSameWord(each.name, name) || beginsWith(each.identifier, name);
   };
-  std::vector<Named> fitting;
+  std::vector<NamedRecord> fitting;
   std::ranges::copy_if(all, std::back_inserter(fitting), isIdentifier);
   if (fitting.empty() && !name.empty()) {
     std::ranges::copy_if(all, std::back_inserter(fitting), isNear);
@@ -75,14 +70,14 @@ std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const st
   if (fitting.size() == 1) return fitting.front().record;
   if (fitting.empty()) {
     std::vector<std::string> known;
-    for (const Named& each : all) known.insert(known.end(), {each.name, each.identifier});
+    for (const NamedRecord& each : all) known.insert(known.end(), {each.name, each.identifier});
     const std::string advice = adviceOnMisspelt(name, known);
     throw Failure(ExitCode::NotFound,
                   "no account is called " + shortened(name) +
                       (advice.empty() ? "; \"tallbook list\" shows those there are" : advice));
   }
   std::string candidates;
-  for (const Named& each : fitting) {
+  for (const NamedRecord& each : fitting) {
     candidates += (candidates.empty() ? "" : ", ") + shortened(nameOf(*each.record)) + " (" +
                   each.record->type().str() + ", " + shortened(each.identifier) + ")";
   }

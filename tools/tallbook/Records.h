@@ -17,6 +17,15 @@ std::shared_ptr<AccountsManager> storeToRead();
 /// where there is none or several are.
 std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const std::string& name);
 
+/// A record and what a person may call it by: its own names, not those that it has from a parent.
+struct NamedRecord {
+  std::shared_ptr<BasicAccount> record;
+  std::string identifier;
+  std::string name;  ///< display name, else user name; may be empty
+};
+/// All records of a store, children behind the top-level ones.
+std::vector<NamedRecord> namedRecords(const AccountsManager& store);
+
 /// The name that a person knows the record by: display name, user name, kind, type.
 std::string nameOf(const BasicAccount& record);
 /// The identifier that the file has for the record; empty where the file has none, since the one

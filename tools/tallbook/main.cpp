@@ -14,6 +14,7 @@
 #include "tools/common/Output.h"
 #include "tools/common/Program.h"
 #include "tools/tallbook/Commands.h"
+#include "tools/tallbook/CompleteCommand.h"
 #include "tools/tallbook/CreatorsCheck.h"
 #include "tools/tallbook/ValueText.h"
 
@@ -108,7 +109,8 @@ void CommandLine::declare(CLI::App& app) {
   app.fallthrough();
   // What nobody expects is told of by `command`, which knows what there is.
   app.allow_extras();
-  _declaresAll = isAmongWords("-h") || isAmongWords("--help") || isAmongWords("help");
+  _declaresAll = isAmongWords("-h") || isAmongWords("--help") || isAmongWords("help") ||
+                 isAmongWords(kCompleteCommand);
   declareCommands(app);
   if (_declaresAll || !app.get_subcommands([](CLI::App*) { return true; }).empty()) return;
   _declaresAll = true;
@@ -119,7 +121,10 @@ void CommandLine::declareReading(CLI::App& app) {
   command(
       app, "list", "The accounts", [this] { return list(options, types); },
       [this](CLI::App& sub) {
-        sub.add_option("--type", types, "Only those of the account type")->expected(1)->take_all();
+        sub.add_option("--type", types, "Only those of the account type")
+            ->type_name("TYPE")
+            ->expected(1)
+            ->take_all();
       });
 
   command(
@@ -185,6 +190,7 @@ void CommandLine::declareReading(CLI::App& app) {
       [this] { return watch(options, watching); },
       [this](CLI::App& sub) {
         sub.add_option("--type", watching.types, "Only accounts of the account type")
+            ->type_name("TYPE")
             ->expected(1)
             ->take_all();
         sub.add_option("--since", watching.since, "Begin with what happened since FILE was kept")
@@ -212,6 +218,7 @@ void CommandLine::declareChanging(CLI::App& app) {
                      "Store a key that differs from a known one in capitals alone");
         sub.add_option("--type", assignment.kind,
                        "Kind of the value; else that of the present one, or string")
+            ->type_name("KIND")
             ->check(CLI::IsMember(writableKinds()));
       });
 
@@ -235,7 +242,7 @@ void CommandLine::declareChanging(CLI::App& app) {
             ->required();
         sub.add_option("CLASS", className, "Its class; else the type's usual one");
         sub.add_option("--name", name, "Name shown to the user");
-        sub.add_option("--parent", parent, "The account to add it to as a child");
+        sub.add_option("--parent", parent, "The account to add it to as a child")->type_name("ID");
       });
 
   command(
@@ -322,6 +329,10 @@ int answer(int argc, char** argv) {
   CLI::App app("Looks at the accounts of a device and changes them.", "tallbook");
   CommandLine line({argv + 1, argv + argc});
   line.declare(app);
+  // Its words are those of another command line, and no options of this one.
+  if (argc > 1 && std::string_view(argv[1]) == kCompleteCommand) {
+    return complete(app, line.shared, argc, argv);
+  }
   if (const auto end = parse(app, argc, argv, line.shared, static_cast<int>(ExitCode::Usage))) {
     return *end;
   }
