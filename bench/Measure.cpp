@@ -58,6 +58,12 @@ void make(const Arguments& arguments) {
              accountsFileBytes(std::stoul(arguments.at(1)), std::stoul(arguments.at(2))));
 }
 
+/// Writes an accounts file of version 0 into a device tree.
+void makeOld(const Arguments& arguments) {
+  configureHost({.root = arguments.at(0), .log = HostOptions::Log::Nowhere});
+  writeFilesBefore(Before::VersionZero, std::stoul(arguments.at(1)));
+}
+
 void decode(const Arguments& arguments) {
   const std::string bytes = readBytes(arguments.at(0));
   print("decode", nanoseconds([&] { return propertyListFromBytes(bytes).value(); }));
@@ -302,6 +308,7 @@ int main(int count, char** words) {
   using namespace tallbook::bench;
   const std::map<std::string, std::function<void(const Arguments&)>> measures = {
       {"make", make},
+      {"make-old", makeOld},
       {"decode", decode},
       {"encode", encode},
       {"store", store},
