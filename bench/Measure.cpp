@@ -25,6 +25,7 @@
 
 #include "tallbook/AccountsManager.h"
 #include "tallbook/AccountsWatcher.h"
+#include "tallbook/Host.h"
 #include "tallbook/PropertyList.h"
 
 #include "bench/BenchDevice.h"

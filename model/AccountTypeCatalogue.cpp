@@ -145,6 +145,14 @@ bool BasicAccount::isMultitaskingEnabled() {
   return isProcessorForMultitasking();
 }
 
+std::vector<String> BasicAccount::allAccountTypes() {
+  const auto& entries = AccountTypeCatalogue::shared().entries();
+  std::vector<String> types;
+  types.reserve(entries.size());
+  for (const auto& [type, entry] : entries) types.push_back(type);
+  return types;
+}
+
 bool BasicAccount::_isValidAccountType(std::string_view type) {
   const AccountTypeCatalogue& catalogue = AccountTypeCatalogue::shared();
   return !type.empty() && catalogue.entryForType(type);

@@ -171,6 +171,14 @@ String BasicAccount::shortTypeString() const {
   return stringForKey(*this, kAccountShortTypeString);
 }
 
+std::string BasicAccount::nameForPeople() const {
+  for (const String& name :
+       {displayName(), accountPropertyForKey(kAccountUsername).string(), typeString()}) {
+    if (!name.empty()) return name.str();
+  }
+  return type().str();
+}
+
 void BasicAccount::setAccountClass(const String& className) {
   if (className == accountClass()) return;
   _forcedSetAccountPropertyForKey(className, kAccountClass);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "tallbook/BasicAccount.h"
+#include "tallbook/DataclassNames.h"
 #include "tallbook/Vocabulary.h"
 
 #include "model/AccountTypeCatalogue.h"
@@ -112,6 +113,36 @@ bool BasicAccount::isEnabledForDataclass(std::string_view dataclass) const {
   const ArrayRef provisioned = arrayForKey(*this, kAccountProvisionedDataclasses);
   return (!provisioned || provisioned->contains(dataclass)) &&
          supportedDataclasses()->contains(dataclass) && !restrictionOnDataclass(dataclass);
+}
+
+// The order is the one in which `isEnabledForDataclass` decides.
+DataclassExplanation BasicAccount::explanationForDataclass(std::string_view dataclass) const {
+  const bool isOn = isEnabledForDataclass(dataclass);
+  const std::string name = shortNameOfDataclass(dataclass);
+  if (enabledByParent(parentAccount())) {
+    return {isOn, "parent",
+            "its parent \"" + parentAccount()->nameForPeople() + "\" decides, where " +
+                parentAccount()->explanationForDataclass(dataclass).text};
+  }
+  if (!supportedDataclasses()->contains(dataclass)) {
+    return {isOn, "unsupported",
+            "the type \"" + type().str() + "\" does not carry " + name + ", only " +
+                shortNamesOfDataclasses(supportedDataclasses())};
+  }
+  if (const auto feature = restrictionOnDataclass(dataclass)) {
+    return {
+        isOn, "restricted",
+        "device management does not allow " + std::string(*feature) + ", which withdraws " + name};
+  }
+  if (!provisionedDataclasses()->contains(dataclass)) {
+    return {isOn, "unprovisioned",
+            "the account is not provisioned for " + name + ", only for " +
+                shortNamesOfDataclasses(provisionedDataclasses())};
+  }
+  if (isOn) return {isOn, "enabled", name + " is turned on"};
+  return {isOn, "disabled",
+          enabledDataclasses() ? "the user has " + name + " turned off"
+                               : "nobody has turned anything on yet"};
 }
 
 void BasicAccount::setEnabledForDataclass(bool enabled, const String& dataclass) {

@@ -19,12 +19,16 @@ namespace {
 using Records = std::vector<DictionaryRef>;
 using Account = std::shared_ptr<BasicAccount>;
 
-/// One record as it was and as it is, and what a store makes of it: null where it makes no account.
+/// Which records are compared.
+enum class Compared { Accounts, AllRecords };
+
+/// One record as it was and as it is, null where it does not count, and what a store makes of it:
+/// null where it makes no account.
 struct Sides {
   DictionaryRef before, now;
   Account accountBefore, accountNow;
 
-  const DictionaryRef& present() const { return accountNow ? now : before; }
+  const DictionaryRef& present() const { return now ? now : before; }
 };
 
 std::optional<Value> valueOf(const Value* value) {
@@ -43,9 +47,10 @@ Records childrenOf(const DictionaryRef& record) {
 class Comparison {
  public:
   /// Compares the top-level records where there is no parent, else the parent's children.
-  explicit Comparison(const Sides* parent = nullptr) : _parent(parent) {}
+  explicit Comparison(Compared compared, const Sides* parent = nullptr)
+      : _compared(compared), _parent(parent) {}
 
-  std::vector<ChangedAccount> compare(const Records& before, const Records& now) && {
+  AccountsFileDifferences compare(const Records& before, const Records& now) && {
     // Mostly one record of many differs; only what lies between the first and the last that do is
     // paired, unless it shares an identifier with what lies around it.
     const auto [firstBefore, firstNow] =
@@ -68,7 +73,7 @@ class Comparison {
     const bool isAnyShared = std::any_of(before.begin(), firstBefore, isMet) ||
                              std::any_of(lastBefore.base(), before.end(), isMet);
     isAnyShared ? pair(before, now) : pair(differentBefore, differentNow);
-    return std::move(_changes);
+    return std::move(_differences);
   }
 
  private:
@@ -84,27 +89,40 @@ class Comparison {
     for (std::size_t at = 0; at < before.size(); ++at) {
       if (!isKept[at]) add(before[at], nullptr);
     }
+    std::size_t next = 0;
     for (std::size_t at = 0; at < now.size(); ++at) {
       const std::size_t counterpart = pairing.ofHere[at].base;
-      add(counterpart == kNoRecord ? nullptr : before[counterpart], now[at]);
+      if (counterpart == kNoRecord) {
+        add(nullptr, now[at]);
+        continue;
+      }
+      if (counterpart < next) _differences.isReordered = true;
+      next = counterpart + 1;
+      add(before[counterpart], now[at]);
     }
   }
 
   void add(const DictionaryRef& before, const DictionaryRef& now) {
     if (equalContent(before, now)) return;
-    const Sides sides{before, now, accountOf(before, &Sides::accountBefore),
-                      accountOf(now, &Sides::accountNow)};
-    if (!sides.accountBefore && !sides.accountNow) return;
+    Sides sides{before, now, accountOf(before, &Sides::accountBefore),
+                accountOf(now, &Sides::accountNow)};
+    if (_compared == Compared::Accounts) {
+      if (!sides.accountBefore) sides.before = nullptr;
+      if (!sides.accountNow) sides.now = nullptr;
+    }
+    if (!sides.before && !sides.now) return;
     ChangedAccount change = changeOf(sides);
     std::vector<ChangedAccount> children;
     if (!_parent) {
-      children = Comparison(&sides).compare(childrenOf(change.before), childrenOf(change.now));
+      children = Comparison(_compared, &sides)
+                     .compare(childrenOf(change.before), childrenOf(change.now))
+                     .accounts;
     }
     addKeys(change, !children.empty());
     if (change.kind != ChangedAccount::Kind::Changed || !change.keys.empty()) {
-      _changes.push_back(std::move(change));
+      _differences.accounts.push_back(std::move(change));
     }
-    std::ranges::move(children, std::back_inserter(_changes));
+    std::ranges::move(children, std::back_inserter(_differences.accounts));
   }
 
   /// As loading it would do: a copy of it is repaired where it has to be.
@@ -123,38 +141,56 @@ class Comparison {
   ChangedAccount changeOf(const Sides& sides) const {
     using Kind = ChangedAccount::Kind;
     ChangedAccount change;
-    change.kind = !sides.accountBefore ? Kind::Added
-                  : !sides.accountNow  ? Kind::Removed
-                                       : Kind::Changed;
+    change.kind = !sides.before ? Kind::Added : !sides.now ? Kind::Removed : Kind::Changed;
     change.identifier = sides.present()[kAccountIdentifier].string();
     if (_parent) change.parent = _parent->present();
     change.type = sides.present()[kAccountType].string();
     change.dataclassesBefore = enabledDataclassesOf(sides.accountBefore);
     change.dataclassesNow = enabledDataclassesOf(sides.accountNow);
-    if (sides.accountBefore) change.before = sides.before;
-    if (sides.accountNow) change.now = sides.now;
+    change.before = sides.before;
+    change.now = sides.now;
     return change;
   }
 
-  void addKeys(ChangedAccount& change, bool areChildrenTold) const {
+  static void addKeys(ChangedAccount& change, bool areChildrenTold) {
     const DictionaryRef none = Dictionary::make();
-    forEachChangedKey(change.before ? *change.before : *none, change.now ? *change.now : *none,
-                      [&](const String& key, const Value* before, const Value* now) {
-                        if (areChildrenTold && key == kAccountChildAccounts) return;
-                        change.keys.push_back({key, valueOf(before), valueOf(now)});
-                      });
+    change.keys =
+        changedKeys(change.before ? *change.before : *none, change.now ? *change.now : *none);
+    if (!areChildrenTold) return;
+    std::erase_if(change.keys,
+                  [](const ChangedKey& key) { return key.key == kAccountChildAccounts; });
   }
 
+  Compared _compared;
   const Sides* _parent;
   TBRuntimeFixMailAccount _fixer;
-  std::vector<ChangedAccount> _changes;
+  AccountsFileDifferences _differences;
 };
 
 }  // namespace
 
-std::vector<ChangedAccount> differencesBetween(const std::vector<DictionaryRef>& before,
-                                               const std::vector<DictionaryRef>& now) {
-  return Comparison().compare(before, now);
+std::vector<ChangedAccount> changedAccounts(const std::vector<DictionaryRef>& before,
+                                            const std::vector<DictionaryRef>& now) {
+  return Comparison(Compared::Accounts).compare(before, now).accounts;
+}
+
+AccountsFileDifferences differencesBetween(const DictionaryRef& before, const DictionaryRef& now) {
+  AccountsFileDifferences differences =
+      Comparison(Compared::AllRecords)
+          .compare(dictionariesIn(before[kPlistAccountsKey].array()),
+                   dictionariesIn(now[kPlistAccountsKey].array()));
+  differences.keys = changedKeys(*before, *now);
+  std::erase_if(differences.keys,
+                [](const ChangedKey& key) { return key.key == kPlistAccountsKey; });
+  return differences;
+}
+
+std::vector<ChangedKey> changedKeys(const Dictionary& before, const Dictionary& now) {
+  std::vector<ChangedKey> keys;
+  forEachChangedKey(before, now, [&](const String& key, const Value* old, const Value* present) {
+    keys.push_back({key, valueOf(old), valueOf(present)});
+  });
+  return keys;
 }
 
 std::vector<DictionaryRef> dictionariesIn(const ArrayRef& list) {

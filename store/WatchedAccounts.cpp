@@ -14,7 +14,7 @@ constexpr int kVersion = 1;
 }  // namespace
 
 std::vector<ChangedAccount> WatchedAccounts::changesTo(std::vector<DictionaryRef> records) {
-  std::vector<ChangedAccount> changes = differencesBetween(_records, records);
+  std::vector<ChangedAccount> changes = changedAccounts(_records, records);
   _records = std::move(records);
   return changes;
 }

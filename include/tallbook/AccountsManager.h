@@ -154,6 +154,33 @@ class TALLBOOK_EXPORT AccountsManager {
   /// Appends the child's own dictionary, shared, to the parent's "ChildAccounts".
   void addChildToAccount(const std::shared_ptr<BasicAccount>& child,
                          const std::shared_ptr<BasicAccount>& account);
+  /// Makes what was changed of a record part of the store, of a child too: it is written as part of
+  /// its parent. The children of a top-level record are those of its "ChildAccounts" from then on.
+  void takeUpChangesOfAccount(const std::shared_ptr<BasicAccount>& account);
+  /// Why the next load would drop a top-level record with these properties, on one line; else
+  /// empty.
+  static std::string whyNotLoaded(const DictionaryRef& properties);
+  /// The same, and why this store has no room for it: a device has one on-device account.
+  std::string whyNotInsertable(const DictionaryRef& properties) const;
+
+  // Accounts as a text, a server or a profile wants them
+
+  /// What became of a list that was applied.
+  struct Applied {
+    std::string problem;      ///< on one line, the place and why; the store is not to be saved then
+    std::size_t staying = 0;  ///< how many could not be removed: no load finds them again
+  };
+  /// Gives the store's accounts the keys and values, children included, of those in the list with
+  /// their identifiers, and adds the others. Accounts that the list lacks stay, or with `prune` go.
+  /// Those that the file of which the store was made holds just as they are wanted need nothing,
+  /// not even an identifier. Applying a list again changes nothing.
+  [[nodiscard]] Applied applyAccounts(const ArrayRef& wanted, const AccountsFileContents& file,
+                                      bool prune);
+  /// Gives a record of the store, or a child, these keys and values, and no others. Why they cannot
+  /// be had, on one line, as for another "Identifier" or "Type"; the record is as it was then. Else
+  /// empty.
+  [[nodiscard]] std::string applyToAccount(const DictionaryRef& wanted,
+                                           const std::shared_ptr<BasicAccount>& account);
 
   // Saving
 
@@ -180,6 +207,9 @@ class TALLBOOK_EXPORT AccountsManager {
   /// what was before.
   enum class KeepGeneration { AtMostOnceAMinute, Always };
   [[nodiscard]] SaveReceipt saveChanges(KeepGeneration keep = KeepGeneration::AtMostOnceAMinute);
+  /// What a person is to know of a clash of this store's last save, on one line: the account, what
+  /// of it, and both values, shortened.
+  std::string textOfClash(const SaveClash& clash) const;
   /// Why the last save failed; false-like where it did not.
   const SaveFailure& saveFailure() const noexcept;
   /// The three-way merge of one record: keys changed here win, keys changed only on disk survive,

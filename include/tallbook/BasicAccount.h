@@ -13,6 +13,14 @@
 
 namespace tallbook {
 
+/// Why a dataclass is on or off for an account.
+struct DataclassExplanation {
+  bool isOn = false;
+  /// For programs: "enabled", "parent", "unsupported", "restricted", "unprovisioned", "disabled".
+  std::string_view reason;
+  std::string text;  ///< for people, one sentence without a full stop
+};
+
 /// The record of one account: its live properties, a snapshot of them as last read or written, the
 /// parent record of a child, and the full and sync accounts made from it on request.
 ///
@@ -38,6 +46,8 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   static bool isMultitaskingEnabled();
   /// Whether the type is a non-empty string with an entry in the catalogue.
   static bool _isValidAccountType(std::string_view type);
+  /// All types with an entry in the catalogue, in its order.
+  static std::vector<String> allAccountTypes();
   /// The fourteen dataclasses in canonical order.
   static ArrayRef allSupportedDataclasses();
   /// The recognised dataclasses of the type, in the resource's order; null for an unknown type or
@@ -118,6 +128,9 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   virtual String displayName() const;
   String typeString() const;
   String shortTypeString() const;
+  /// The name that a person knows the account by: its display name, user name, kind or type,
+  /// whichever it has first.
+  std::string nameForPeople() const;
 
   /// Replaces "Class"; null removes it.
   void setAccountClass(const String& className);
@@ -139,6 +152,8 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// Null when no list is stored.
   ArrayRef enabledDataclasses() const;
   bool isEnabledForDataclass(std::string_view dataclass) const;
+  /// Why `isEnabledForDataclass` answers as it does: the first thing that decides.
+  DataclassExplanation explanationForDataclass(std::string_view dataclass) const;
   /// Turns a dataclass on or off in the record's own list; nothing for an unsupported one.
   void setEnabledForDataclass(bool enabled, const String& dataclass);
   /// The same for any dataclass.

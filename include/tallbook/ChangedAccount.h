@@ -3,6 +3,7 @@
 #include <optional>
 #include <vector>
 
+#include "tallbook/Export.h"
 #include "tallbook/String.h"
 #include "tallbook/Value.h"
 
@@ -39,5 +40,26 @@ struct ChangedAccount {
   DictionaryRef before;  ///< the whole record; null for an added one
   DictionaryRef now;     ///< null for a removed one
 };
+
+/// What differs between two accounts files.
+struct AccountsFileDifferences {
+  std::vector<ChangedKey> keys;  ///< of the top level, but for "Accounts"
+  /// In the order and by the rules of `AccountsWatcher::Answer`, but for one: a record of which no
+  /// store makes an account counts as one too.
+  std::vector<ChangedAccount> accounts;
+  bool isReordered = false;  ///< whether records that are in both stand in another order
+
+  bool empty() const noexcept { return keys.empty() && accounts.empty() && !isReordered; }
+};
+
+/// What differs between the top levels of two accounts files, which must be frozen. Throws
+/// InternalConsistencyFailure where the account type catalogue cannot be read.
+[[nodiscard]] TALLBOOK_EXPORT AccountsFileDifferences
+differencesBetween(const DictionaryRef& before, const DictionaryRef& now);
+
+/// The keys that differ in two dictionaries: those of the present one in its order, then those that
+/// are gone.
+[[nodiscard]] TALLBOOK_EXPORT std::vector<ChangedKey> changedKeys(const Dictionary& before,
+                                                                  const Dictionary& now);
 
 }  // namespace tallbook

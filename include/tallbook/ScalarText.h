@@ -11,6 +11,10 @@ namespace tallbook {
 
 // How the property lists' text forms spell their values, for whoever reads or writes such text.
 
+/// A text that is there to recognise something by: the end of one over 200 bytes is "...". Names
+/// and identifiers are repeated in every line about their records.
+[[nodiscard]] TALLBOOK_EXPORT std::string shortened(std::string_view text);
+
 /// The integer that the whole text spells: decimal, or hexadecimal after "0x", with or without a
 /// sign, from -2^63 to 2^64-1; nullopt for every other text.
 [[nodiscard]] TALLBOOK_EXPORT std::optional<Value> integerFromText(std::string_view text);

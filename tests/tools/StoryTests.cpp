@@ -208,8 +208,8 @@ INSTANTIATE_TEST_SUITE_P(
                device.writeAccounts(
                    12, {account("LDAP", "LDAPAccount", "same", {{kAccountDisplayName, "stored"}})});
              },
-             {"same LDAP <- legacy mail file -> in the file; saving: Class as the file had it "
-              "DisplayName as the file had it Type as the file had it Type String as the file had "
+             {"same LDAP <- legacy mail file -> in the file; saving: Type as the file had it "
+              "Class as the file had it DisplayName as the file had it Type String as the file had "
               "it Short Type String as the file had it",
               "same LDAP <- accounts file -> gone: an account of the legacy mail file has its "
               "identifier"}},

@@ -637,10 +637,10 @@ class Comparing(ToolTest):
         self.write(after, other, Version=7)
         changes = self.json("diff", self.path, other)
         self.assertEqual([(c["change"], sorted(c["keys"])) for c in changes], [
-            ("changed", ["Version"]), ("changed", ["DisplayName", "Port", "Server"]),
-            ("changed", ["Username"]), ("removed", ["Class", "Identifier", "Type"]),
+            ("changed", ["Version"]), ("removed", ["Class", "Identifier", "Type"]),
+            ("changed", ["DisplayName", "Port", "Server"]), ("changed", ["Username"]),
             ("added", ["Class", "Identifier", "Type"])])
-        self.assertEqual(changes[1]["keys"], {"Port": {"before": 993, "after": 143},
+        self.assertEqual(changes[2]["keys"], {"Port": {"before": 993, "after": 143},
                                               "Server": {"after": "mail.example"},
                                               "DisplayName": {"before": "Büro"}})
         self.assertIn("~ Port: 993 -> 143", self.run_tool("diff", self.path, other))
@@ -648,6 +648,9 @@ class Comparing(ToolTest):
         self.write(list(reversed(family())), other)
         self.write(family())
         self.assertEqual(self.json("diff", self.path, other)[0]["record"], "order of the records")
+        self.write([mail("a", Type="Unknown", Port=1), *family()])
+        self.write([mail("a", Type="Unknown", Port=2), *family()], other)
+        self.assertEqual(self.run_tool("diff", self.path, other), "~ Unknown a\n    ~ Port: 1 -> 2\n")
 
     def test_dump_says_what_the_file_says(self):
         record = mail("m1", Text="<&>\r\n\"ü😀", Real=1e300, Big=2**64 - 1, Data=b"\0\1\2",

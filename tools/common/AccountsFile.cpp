@@ -66,4 +66,11 @@ void noteMissing(const AccountsFile& file) {
   if (file.state.kind == Kind::Missing) note("there is no " + file.path + " yet");
 }
 
+std::vector<AccountsGeneration> generations() {
+  AccountsHistory::List list = AccountsHistory::list();
+  if (list.problem.empty()) return std::move(list.generations);
+  throw Failure(ExitCode::Unreadable,
+                "the generations cannot be listed: " + list.problem + "; run as mobile");
+}
+
 }  // namespace tallbook::tool

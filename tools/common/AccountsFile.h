@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tallbook/AccountsFileContents.h"
+#include "tallbook/AccountsHistory.h"
 
 #include "tools/common/Outcome.h"
 
@@ -29,5 +31,8 @@ Failure unusable(const AccountsFile& file, const std::string& advice);
 void requirePrintable(const AccountsFile& file);
 /// Says that there is no file yet, where that is so.
 void noteMissing(const AccountsFile& file);
+/// The generations of the device's file, the newest first. Throws Failure where they cannot be
+/// listed.
+std::vector<AccountsGeneration> generations();
 
 }  // namespace tallbook::tool

@@ -1,5 +1,6 @@
 #include "tools/common/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <string_view>

@@ -1,9 +1,12 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 
 #include "tallbook/Host.h"
+
+namespace CLI {
+class App;
+}
 
 namespace tallbook::tool {
 

@@ -1,10 +1,8 @@
 #include "tools/common/FileBytes.h"
 
 #include <cerrno>
-// Only the system's own calls tell of an open file what it is.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <cstdio>
+#include <memory>
 
 namespace tallbook::tool {
 namespace {
@@ -16,33 +14,17 @@ std::error_code lastError() {
   return {errno, std::generic_category()};
 }
 
-std::error_code whyNotReadable(int file) {
-  struct stat status {};
-  if (::fstat(file, &status) != 0) return lastError();
-  if (S_ISDIR(status.st_mode)) return make_error_code(std::errc::is_a_directory);
-  if (!S_ISREG(status.st_mode)) return make_error_code(std::errc::not_supported);
-  if (static_cast<std::size_t>(status.st_size) > kLongestRead) {
-    return make_error_code(std::errc::file_too_large);
-  }
-  return {};
-}
-
-std::string readToEnd(int file, std::error_code& error) {
-  constexpr std::size_t kPiece = std::size_t{1} << 16;
+std::string bytesToEnd(std::FILE* file, std::error_code& error) {
   std::string bytes;
-  for (;;) {
-    const std::size_t used = bytes.size();
-    bytes.resize(used + kPiece);
-    const ssize_t got = ::read(file, bytes.data() + used, kPiece);
-    if (got < 0) error = lastError();
-    bytes.resize(used + static_cast<std::size_t>(got > 0 ? got : 0));
-    if (got == 0 || (got < 0 && error != std::errc::interrupted)) break;
-    error.clear();
+  char piece[1 << 16];
+  while (const std::size_t got = std::fread(piece, 1, sizeof piece, file)) {
+    bytes.append(piece, got);
     if (bytes.size() > kLongestRead) {
       error = make_error_code(std::errc::file_too_large);
-      break;
+      return {};
     }
   }
+  if (std::ferror(file) != 0) error = lastError();
   return error ? std::string() : bytes;
 }
 
@@ -50,25 +32,16 @@ std::string readToEnd(int file, std::error_code& error) {
 
 std::string bytesOfFile(const std::string& path, std::error_code& error) {
   error.clear();
-  // Not waiting, since it may be a pipe that nobody writes to.
-  int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-  // Another program's lease on a regular file: it is given some seconds to end it.
-  if (file < 0 && errno == EWOULDBLOCK) {
-    file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
-  }
-  if (file < 0) {
-    error = lastError();
-    return {};
-  }
-  error = whyNotReadable(file);
-  std::string bytes = error ? std::string() : readToEnd(file, error);
-  ::close(file);
-  return bytes;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
+                                                             &std::fclose);
+  if (file) return bytesToEnd(file.get(), error);
+  error = lastError();
+  return {};
 }
 
 std::string bytesOfStandardInput(std::error_code& error) {
   error.clear();
-  return readToEnd(STDIN_FILENO, error);
+  return bytesToEnd(stdin, error);
 }
 
 std::string adviceOnRefusal(const std::error_code& error) {

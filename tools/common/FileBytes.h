@@ -5,7 +5,7 @@
 
 namespace tallbook::tool {
 
-/// The bytes of a regular file, wherever it lies, opened once and read to its end. An error, "no
+/// The bytes of a file or a pipe, wherever it lies, opened once and read to its end. An error, "no
 /// such file" among them, and no bytes for everything else.
 std::string bytesOfFile(const std::string& path, std::error_code& error);
 

@@ -12,16 +12,14 @@ struct Character {
   std::size_t width;
 };
 
-/// The first character of a text. What commands a terminal stands in a table as "\x1b", byte by
-/// byte, and so does the backslash of a text that looks like that.
+/// The first character of a text; a byte that begins none counts as one.
 Character firstOf(std::string_view text) {
-  constexpr std::size_t kWidthOfSpelledByte = 4;
   wchar_t code = 0;
   std::mbstate_t state{};
   const std::size_t length = std::mbrtowc(&code, text.data(), text.size(), &state);
-  if (length == 0 || length > text.size()) return {1, kWidthOfSpelledByte};
-  const int width = text.starts_with("\\x") ? -1 : ::wcwidth(code);
-  return {length, width < 0 ? kWidthOfSpelledByte * length : static_cast<std::size_t>(width)};
+  if (length == 0 || length > text.size()) return {1, 1};
+  const int width = ::wcwidth(code);
+  return {length, width < 0 ? 1 : static_cast<std::size_t>(width)};
 }
 
 /// The beginning that fits in so many columns.
@@ -66,13 +64,6 @@ std::string broken(std::string_view text, std::size_t width) {
   }
 }
 
-/// What a line feed would end is ended by breaking it alone.
-std::string withoutLineFeeds(std::string_view text) {
-  std::string result;
-  for (const char c : text) result += c == '\n' ? std::string("\\n") : std::string(1, c);
-  return result;
-}
-
 }  // namespace
 
 std::size_t widthOf(std::string_view text) {
@@ -87,7 +78,7 @@ std::size_t widthOf(std::string_view text) {
 
 std::string fitted(const std::string& text, Fit fit, std::size_t width) {
   if (fit == Fit::Whole) return text;
-  if (fit == Fit::Break) return broken(withoutLineFeeds(text), width);
+  if (fit == Fit::Break) return broken(text, width);
   return withoutMiddle(text, width, fit == Fit::Middle ? 4 : 0);
 }
 

@@ -14,11 +14,10 @@ enum class Fit {
   Cut      ///< by its end
 };
 
-/// The columns that a text takes where a table spells out what would command a terminal. The
-/// process's characters are UTF-8.
+/// The columns that a text without control characters takes. The process's characters are UTF-8.
 std::size_t widthOf(std::string_view text);
-/// The text in at most so many columns, which are no fewer than 8. Lines of a broken one
-/// end with a line feed, and no other line feed is in it.
+/// The text in at most so many columns, which are no fewer than 8. Lines of a broken one but the
+/// last end with a line feed.
 std::string fitted(const std::string& text, Fit fit, std::size_t width);
 
 }  // namespace tallbook::tool

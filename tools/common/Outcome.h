@@ -25,4 +25,9 @@ class Failure : public std::runtime_error {
   ExitCode _code;
 };
 
+/// Throws Failure where there is a reason why something that was asked for cannot be.
+inline void refuseBecause(const std::string& why) {
+  if (!why.empty()) throw Failure(ExitCode::Usage, why);
+}
+
 }  // namespace tallbook::tool

@@ -1,8 +1,11 @@
 #include "tools/common/Output.h"
 
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <iostream>
+// Only the system tells what standard input is.
+#include <unistd.h>
 
 namespace tallbook::tool {
 namespace {
@@ -40,20 +43,6 @@ std::string spelledOut(std::string_view text, std::string_view prefix, std::stri
 
 }  // namespace
 
-const char* colourOf(Style style) {
-  switch (style) {
-    case Style::Added:
-      return "\033[32m";
-    case Style::Removed:
-      return "\033[31m";
-    case Style::Changed:
-      return "\033[33m";
-    case Style::Plain:
-      break;
-  }
-  return "";
-}
-
 bool isTerminal() {
   static const bool answer = [] {
     std::error_code unknown;
@@ -64,12 +53,6 @@ bool isTerminal() {
   return answer;
 }
 
-bool isColourTerminal() {
-  static const bool answer =
-      valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb" && isTerminal();
-  return answer;
-}
-
 std::string shown(const std::string& text) {
   std::string spelled = spelledOut(text, "\\x", "\n\t");
   // Most texts are spelled as they are, and asking what the output is takes longer than they do.
@@ -77,20 +60,25 @@ std::string shown(const std::string& text) {
 }
 
 std::string styled(Style style, const std::string& text) {
-  if (style == Style::Plain || !isColourTerminal()) return shown(text);
-  return std::string(colourOf(style)) + shown(text) + "\033[0m";
+  static const bool isColoured =
+      valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb" && isTerminal();
+  if (style == Style::Plain || !isColoured) return shown(text);
+  const char* const colour = style == Style::Added     ? "\033[32m"
+                             : style == Style::Removed ? "\033[31m"
+                                                       : "\033[33m";
+  return colour + shown(text) + "\033[0m";
 }
 
 std::string printable(std::string_view text) {
   return spelledOut(text, "\\x", "");
 }
 
-std::string shortened(std::string_view text) {
-  constexpr std::size_t kMost = 200;
-  if (text.size() <= kMost) return std::string(text);
-  std::size_t end = kMost;
-  while (end > 0 && (text[end] & 0xC0) == 0x80) --end;  // not inside a character
-  return std::string(text.substr(0, end)) + "...";
+std::string localTimeText(std::chrono::sys_time<std::chrono::nanoseconds> instant) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(instant);
+  const std::time_t time = seconds.time_since_epoch().count();
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&time));
+  return text;
 }
 
 void printJSON(const JSON& json) {
@@ -100,6 +88,17 @@ void printJSON(const JSON& json) {
 
 void note(std::string_view text) {
   std::cerr << kProgram << ": " << printable(text) << '\n';
+}
+
+bool isSomebodyThere() {
+  return ::isatty(STDIN_FILENO) == 1;
+}
+
+bool isAgreed(const std::string& question) {
+  std::cerr << kProgram << ": " << printable(question) << " [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer.starts_with('y') || answer.starts_with('Y');
 }
 
 void tellErrorsInJSON() {

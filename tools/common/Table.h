@@ -1,51 +1,46 @@
 #pragma once
 
-#include <deque>
 #include <string>
 #include <vector>
 
 #include "tools/common/FittedText.h"
 #include "tools/common/Output.h"
 
-struct libscols_line;
-
 namespace tallbook::tool {
 
 /// A table on standard output, as wide as its content; only in the last column are very long texts
 /// whole. Where a terminal is narrower, its columns give way in the order of `Fit`. Characters that
-/// would command a terminal are shown, not sent.
+/// would command a terminal are spelled out.
 class Table {
  public:
-  enum class Shape { Flat, Tree };
   struct Column {
-    const char* title;
+    std::string title;
     Fit fit = Fit::Whole;
   };
-  struct Line {
-    std::vector<std::string> cells;
-    Line* parent;
-    Style style;
-    std::size_t depth;
-    libscols_line* printed = nullptr;
-  };
-  /// Names a row as a parent of later ones; valid as long as the table.
-  using Row = Line*;
 
-  /// In a tree the first column shows which row stands below which.
-  explicit Table(std::vector<Column> columns, Shape shape = Shape::Flat)
-      : _columns(std::move(columns)), _shape(shape) {}
+  explicit Table(const std::vector<Column>& columns);
 
-  /// Appends a row with one text a column.
-  Row add(std::vector<std::string> cells, Row parent = nullptr, Style style = Style::Plain);
+  /// Appends a row with one text a column. In a tree, a row is deeper than the one that it stands
+  /// below, and the first column shows that.
+  void add(std::vector<std::string> cells, std::size_t depth = 0, Style style = Style::Plain);
+  /// Prints nothing where there is no row.
   void print();
 
  private:
-  /// Changes the texts where they are together wider than `width`; whether they were.
-  bool fit(std::size_t width);
+  struct Line {
+    std::vector<std::string> cells;
+    std::size_t depth = 0;
+    Style style = Style::Plain;
+    std::string below = {};  ///< what the tree shows where the line goes on
+  };
 
-  std::vector<Column> _columns;
-  Shape _shape;
-  std::deque<Line> _lines;
+  void drawTree();
+  std::vector<std::size_t> widths() const;
+  void fit(std::vector<std::size_t>& widths, std::size_t available);
+  static void print(const Line& line, const std::vector<std::size_t>& widths);
+
+  std::vector<Fit> _fits;
+  std::vector<Line> _lines;  ///< the titles first
 };
 
 }  // namespace tallbook::tool

@@ -146,13 +146,12 @@ JSON jsonOf(const std::vector<LegacyFileEnd>& files) {
 }
 
 void addRows(Table& table, const std::vector<AccountStory>& accounts, const std::string& ofLoading,
-             const ReportOptions& options, Table::Row parent = nullptr) {
+             const ReportOptions& options, std::size_t depth = 0) {
   for (const AccountStory& account : accounts) {
-    const Table::Row row =
-        table.add({account.name, account.type, identifierOf(account, options), account.from,
-                   std::string(nameOf(account.place)), textOf(account, ofLoading)},
-                  parent, styleOf(account));
-    addRows(table, account.children, ofLoading, options, row);
+    table.add({account.name, account.type, identifierOf(account, options), account.from,
+               std::string(nameOf(account.place)), textOf(account, ofLoading)},
+              depth, styleOf(account));
+    addRows(table, account.children, ofLoading, options, depth + 1);
   }
 }
 
@@ -175,8 +174,7 @@ bool printStory(const Story& story, const ReportOptions& options) {
                  {"IDENTIFIER", Fit::Middle},
                  {"FROM", Fit::Break},
                  {"NOW"},
-                 {"WHAT HAPPENED", Fit::Break}},
-                Table::Shape::Tree);
+                 {"WHAT HAPPENED", Fit::Break}});
     addRows(table, accounts, story.nameOfLoading(), options);
     table.print();
   }

@@ -6,8 +6,8 @@
 
 #include "tallbook/Vocabulary.h"
 
+#include "tools/common/ChangeWords.h"
 #include "tools/common/Output.h"
-#include "tools/common/RecordChanges.h"
 
 namespace tallbook::migrate {
 namespace {
@@ -19,10 +19,20 @@ constexpr std::string_view kLoading = "loading";
 // The last stage; also what a save does to a record by merging it with the file.
 constexpr std::string_view kSaving = "saving";
 
+// Children are accounts of their own, so lists of them are left out.
+std::vector<ChangedKey> changesBetween(const Dictionary& before, const Dictionary& after) {
+  std::vector<ChangedKey> changes = changedKeys(before, after);
+  const auto isList = [](const std::optional<Value>& value) { return !value || value->array(); };
+  std::erase_if(changes, [&](const ChangedKey& each) {
+    return each.key == kAccountChildAccounts && isList(each.before) && isList(each.now);
+  });
+  return changes;
+}
+
 std::vector<std::string> wordsForChanges(const Dictionary& before, const Dictionary& after) {
   std::vector<std::string> words;
-  for (const auto& change : tool::changesBetween(before, after)) {
-    words.push_back(tool::wordsFor(change));
+  for (const ChangedKey& change : changesBetween(before, after)) {
+    std::ranges::move(tool::wordsFor(change), std::back_inserter(words));
   }
   return words;
 }
@@ -30,7 +40,7 @@ std::vector<std::string> wordsForChanges(const Dictionary& before, const Diction
 // A save merges with the file, whose values count where the store's were not changed.
 std::vector<std::string> wordsForMerge(const Dictionary& stored, const Dictionary& written) {
   std::vector<std::string> words;
-  for (const auto& change : tool::changesBetween(stored, written)) {
+  for (const ChangedKey& change : changesBetween(stored, written)) {
     words.push_back(change.key.str() + " as the file had it");
   }
   return words;

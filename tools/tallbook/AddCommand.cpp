@@ -20,38 +20,35 @@ std::string firstOf(const ArrayRef& usual, const std::string& type) {
                 "nobody knows what class accounts of the type " + type + " usually have; give one");
 }
 
-std::shared_ptr<BasicAccount> newRecord(const AccountsManager& store, const std::string& type,
-                                        const std::string& className) {
+std::shared_ptr<BasicAccount> newRecord(const std::string& type, const std::string& className) {
   if (type != kOnMyDeviceAccountType.view()) {
     return BasicAccount::accountWithTypeClass(type, className);
   }
-  requireRoomFor(type, store);
   return BasicAccount::initWithProperties(DeviceLocalAccount::basicAccountProperties(className));
 }
 
 }  // namespace
 
-ExitCode add(const Options& options, const std::string& type,
-             const std::optional<std::string>& wantedClass, const std::string& name,
-             const std::string& parent) {
+ExitCode add(const Options& options) {
+  const std::string& type = options.type;
   requireAccountType(type);
   const ArrayRef usual = BasicAccount::accountClassesForAccountType(type);
-  const std::string className = wantedClass ? *wantedClass : firstOf(usual, type);
+  const std::string className = options.className ? *options.className : firstOf(usual, type);
   requireUnicode(className);
-  requireUnicode(name);
+  requireUnicode(options.name);
   if (className.empty()) {
     throw Failure(ExitCode::Usage, "an account needs the name of its class");
   }
   const EditableStore store(options);
-  const auto record = newRecord(*store, type, className);
-  if (!name.empty()) record->setDisplayName(name);
-  if (parent.empty()) {
-    requireLoadable(record->properties());
+  const auto record = newRecord(type, className);
+  if (!options.name.empty()) record->setDisplayName(options.name);
+  if (options.parent.empty()) {
+    refuseBecause(store->whyNotInsertable(record->properties()));
     store->insertAccount(record);
   } else {
-    const auto above = recordNamed(*store, parent);
+    const auto above = recordNamed(*store, options.parent);
     if (above->parentAccount()) {
-      throw Failure(ExitCode::Usage, "\"" + parent +
+      throw Failure(ExitCode::Usage, "\"" + options.parent +
                                          "\" is a child itself, and children have none; give its "
                                          "parent " +
                                          above->parentAccountIdentifier().str());

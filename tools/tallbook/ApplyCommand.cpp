@@ -1,11 +1,11 @@
 #include "tools/tallbook/AccountsText.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/WantedAccounts.h"
+#include "tools/tallbook/EditableStore.h"
 
 namespace tallbook::tool {
 
-ExitCode apply(const Options& options, const std::string& path, bool prune) {
-  const AccountsFile wanted = readAccountsText(path);
+ExitCode apply(const Options& options) {
+  const AccountsFile wanted = readAccountsText(options.file);
   if (wanted.state.kind == AccountsFileState::Kind::Missing) {
     throw Failure(ExitCode::NotFound, "there is no " + wanted.path);
   }
@@ -17,9 +17,9 @@ ExitCode apply(const Options& options, const std::string& path, bool prune) {
   requireNoUpgradeAhead(wanted, options);
   const EditableStore store(options);
   requirePrintable(store.file());
-  const DictionaryRef before = accountsOf(store);
-  takeAccounts(store, wanted.records(), prune);
-  showAndSave(options, store, before);
+  const DictionaryRef before = store.accounts();
+  store.apply(wanted.records(), options.prune);
+  store.showAndSave(options, before);
   return ExitCode::Done;
 }
 

@@ -8,14 +8,12 @@
 #include <unordered_map>
 
 #include "tallbook/AccountsManager.h"
+#include "tallbook/DataclassNames.h"
+#include "tallbook/RecordKeys.h"
 
 #include "tools/common/AccountsFile.h"
-#include "tools/common/Dataclasses.h"
 #include "tools/common/Nearest.h"
 #include "tools/common/Output.h"
-#include "tools/tallbook/KeptGenerations.h"
-#include "tools/tallbook/LocalTimeText.h"
-#include "tools/tallbook/RecordKeys.h"
 #include "tools/tallbook/Records.h"
 #include "tools/tallbook/ValueText.h"
 
@@ -78,7 +76,7 @@ Candidates accounts(const PartialCommandLine& line) {
     if (isByName) candidates.push_back({each.name, type + ", " + shortened(each.identifier)});
     if (storedIdentifier(*each.record).empty()) continue;
     if (!isByName || (!line.word.empty() && beginsWith(each.identifier, line.word))) {
-      candidates.push_back({each.identifier, shortened(nameOf(*each.record)) + ", " + type});
+      candidates.push_back({each.identifier, shortened(each.record->nameForPeople()) + ", " + type});
     }
   }
   return candidates;
@@ -107,7 +105,7 @@ Candidates dataclasses(const PartialCommandLine& line) {
     for (const Value& each : *supported) {
       const String dataclass = each.string();
       const bool isOn = enabled && enabled->contains(each);
-      candidates.push_back({shortName(dataclass), isOn ? "on" : "off"});
+      candidates.push_back({shortNameOfDataclass(dataclass), isOn ? "on" : "off"});
     }
   }
   return candidates;
@@ -115,9 +113,9 @@ Candidates dataclasses(const PartialCommandLine& line) {
 
 Candidates types(const PartialCommandLine& /*line*/) {
   Candidates candidates;
-  for (const String& type : accountTypes()) {
+  for (const String& type : BasicAccount::allAccountTypes()) {
     candidates.push_back(
-        {type.str(), shortNames(BasicAccount::supportedDataclassesForAccountType(type))});
+        {type.str(), shortNamesOfDataclasses(BasicAccount::supportedDataclassesForAccountType(type))});
   }
   return candidates;
 }

@@ -1,90 +1,84 @@
 #include "tools/tallbook/ChangeText.h"
 
 #include "tallbook/BasicAccount.h"
+#include "tallbook/DataclassNames.h"
 #include "tallbook/Vocabulary.h"
 
-#include "tools/common/Dataclasses.h"
-#include "tools/common/RecordChanges.h"
+#include "tools/common/ChangeWords.h"
 #include "tools/tallbook/JSONValue.h"
-#include "tools/tallbook/Records.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {
 namespace {
 
-using Kind = ChangedAccount::Kind;
-
 std::string nameOf(const DictionaryRef& record) {
   const auto account = BasicAccount::initWithProperties(record);
-  return shortened(account ? tool::nameOf(*account) : "");
-}
-
-std::string_view nameOf(Kind kind) {
-  return kind == Kind::Added ? "added" : kind == Kind::Removed ? "removed" : "changed";
+  return shortened(account ? account->nameForPeople() : "");
 }
 
 std::string valueText(const Value& value) {
   return shortened(lineText(value));
 }
 
-std::string textOf(const KeyChange& change) {
-  if (change.dataclass) return wordsFor(change);
-  if (change.kind == KeyChange::Kind::Changed) {
-    return shortened(change.key) + " " + valueText(change.before) + " -> " +
-           valueText(change.after);
-  }
-  const bool isAdded = change.kind == KeyChange::Kind::Added;
-  return shortened(wordsFor(change)) + ": " + valueText(isAdded ? change.after : change.before);
+std::string textOf(const ChangedKey& change) {
+  const std::vector<std::string> words = wordsFor(change);
+  std::string text;
+  for (const std::string& each : words) text += (text.empty() ? "" : "; ") + each;
+  // Words for other keys begin with the key.
+  if (!text.starts_with(std::string_view(change.key))) return text;
+  text = shortened(text);
+  if (!change.before) return text + ": " + valueText(*change.now);
+  if (!change.now) return text + ": " + valueText(*change.before);
+  return shortened(change.key) + " " + valueText(*change.before) + " -> " + valueText(*change.now);
 }
 
 std::string textOfChanged(const ChangedAccount& change) {
   std::string text;
-  for (const KeyChange& key : changesBetween(*change.before, *change.now)) {
-    text += (text.empty() ? "" : "; ") + textOf(key);
-  }
-  return text.empty() ? kAccountChildAccounts.str() + " changed" : text;
+  for (const ChangedKey& key : change.keys) text += (text.empty() ? "" : "; ") + textOf(key);
+  return text;
 }
 
 /// "added, Exchange E1; Mail, Calendars on".
 std::string textOfWhole(const ChangedAccount& change) {
-  std::string text = std::string(nameOf(change.kind)) + ", " + change.type.str() + " " +
+  std::string text = std::string(nameOf(styleOf(change))) + ", " + change.type.str() + " " +
                      (change.identifier ? shortened(change.identifier) : "without identifier");
-  const bool isAdded = change.kind == Kind::Added;
-  if (isAdded && !change.dataclassesNow.empty()) {
-    text += "; " + shortNames(change.dataclassesNow) + " on";
+  if (!change.before && !change.dataclassesNow.empty()) {
+    text += "; " + shortNamesOfDataclasses(change.dataclassesNow) + " on";
   }
   return text;
 }
 
-JSON listFrom(const ArrayRef& dataclasses) {
-  return dataclasses ? jsonFromValue(dataclasses) : JSON();
+}  // namespace
+
+std::string_view nameOf(Style style) {
+  return style == Style::Added ? "added" : style == Style::Removed ? "removed" : "changed";
 }
 
-}  // namespace
+JSON jsonFrom(const std::vector<ChangedKey>& keys) {
+  JSON object = JSON::object();
+  for (const ChangedKey& key : keys) {
+    JSON& sides = object[key.key.str()];
+    if (key.before) sides["before"] = jsonFromValue(*key.before);
+    if (key.now) sides["after"] = jsonFromValue(*key.now);
+  }
+  return object;
+}
 
 std::string textOf(const ChangedAccount& change) {
   const std::string above = change.parent ? nameOf(change.parent) + " > " : "";
-  const bool isChanged = change.kind == Kind::Changed;
   return above + nameOf(change.before ? change.before : change.now) + ": " +
-         (isChanged ? textOfChanged(change) : textOfWhole(change));
+         (change.before && change.now ? textOfChanged(change) : textOfWhole(change));
 }
 
 JSON jsonFrom(const ChangedAccount& change) {
-  JSON object = JSON::object();
-  object["change"] = nameOf(change.kind);
-  object["identifier"] = jsonFromValue(change.identifier);
+  JSON object{{"change", nameOf(styleOf(change))},
+              {"identifier", jsonFromValue(change.identifier)}};
   if (change.parent) object["parent"] = jsonFromValue(change.parent[kAccountIdentifier]);
   object["type"] = change.type.str();
   object["name"] = nameOf(change.before ? change.before : change.now);
-  object["dataclasses"] = {{"before", listFrom(change.dataclassesBefore)},
-                           {"after", listFrom(change.dataclassesNow)}};
-  object["keys"] = JSON::object();
-  for (const ChangedKey& key : change.keys) {
-    JSON sides = JSON::object();
-    if (key.before) sides["before"] = jsonFromValue(*key.before);
-    if (key.now) sides["after"] = jsonFromValue(*key.now);
-    object["keys"][key.key.str()] = std::move(sides);
-  }
+  object["dataclasses"] = {{"before", jsonFromValue(change.dataclassesBefore)},
+                           {"after", jsonFromValue(change.dataclassesNow)}};
+  object["keys"] = jsonFrom(change.keys);
   return object;
 }
 

@@ -8,7 +8,6 @@
 #include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/CreatorsCheck.h"
-#include "tools/tallbook/FileCheck.h"
 
 namespace tallbook::tool {
 namespace {
@@ -20,7 +19,7 @@ Style styleOf(std::string_view effect) {
 
 }  // namespace
 
-ExitCode check(const Options& options, bool withModules) {
+ExitCode check(const Options& options) {
   const AccountsFile file = readAccountsFile();
   if (file.isUnusable()) {
     throw unusable(file,
@@ -30,9 +29,9 @@ ExitCode check(const Options& options, bool withModules) {
   requirePrintable(file);
   noteMissing(file);
   std::vector<Finding> findings =
-      file.topLevel ? findingsOf(*file.topLevel) : std::vector<Finding>();
-  std::ranges::move(findingsOfCreators(), std::back_inserter(findings));
-  if (withModules) std::ranges::move(findingsOfModules(), std::back_inserter(findings));
+      file.topLevel ? findingsInAccountsFile(*file.topLevel) : std::vector<Finding>();
+  std::ranges::move(findingsInCreators(), std::back_inserter(findings));
+  if (options.modules) std::ranges::move(findingsOfModules(), std::back_inserter(findings));
   for (const LeftoverFile& left : leftoverFiles()) {
     findings.push_back({"leftover", left.path, left.why});
   }

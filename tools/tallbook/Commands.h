@@ -4,79 +4,74 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/CommandLine.h"
 #include "tools/common/Outcome.h"
 
 namespace tallbook::tool {
 
-/// What holds for every command.
-struct Options {
-  bool json = false;               ///< print for a program
-  bool replaceUnreadable = false;  ///< a file that is no accounts file may be replaced
+/// What the command line says. A command reads what is declared for it; texts that were not given
+/// are empty.
+struct Options : SharedOptions {
   bool givesUpUpgrade = false;  ///< a file of an older version may be saved, which ends its upgrade
   bool waitsForMigration = true;  ///< before a change, which a running migration may overwrite
+
+  std::string account;     ///< whatever `recordNamed` takes
+  std::string key;         ///< of the account
+  std::string dataclass;   ///< in full or short
+  std::string generation;  ///< of the accounts file
+  std::string folder;      ///< for a device tree
+  /// Of accounts: the only ones that are listed or watched, where there are some.
+  std::vector<std::string> types;
+
+  std::string value;                     ///< to be set; "-" for that of standard input
+  std::string kind;                      ///< of the value, as `valueFromText` takes it
+  bool mayBeNew = false;                 ///< though another key differs in capitals alone
+  std::optional<std::string> otherwise;  ///< printed for a key that the account lacks
+
+  std::string type;  ///< of a new account, or the only one that is described
+  std::optional<std::string> className;
+  std::string name;
+  std::string parent;       ///< as `account`
+  bool isAgreedTo = false;  ///< children may be removed without asking
+
+  std::string file;    ///< of accounts; "-" for standard input
+  bool prune = false;  ///< no other accounts stay
+  std::string before;  ///< a file, as `apply` takes it, or a generation
+  std::string after;   ///< the same; the device's present file where it is empty
+
+  bool forget = false;            ///< remove generations
+  bool modules = false;           ///< load them, each in a process of its own
+  std::optional<double> seconds;  ///< to wait at most
+
+  std::string since;  ///< file of the baseline to begin with; else now
+  std::string keep;   ///< file to keep the baseline in
+  bool once = false;  ///< end after the first change
+  bool bus = false;   ///< tell the message bus instead of printing
 };
 
-// Each command prints its result on standard output, and throws Failure where there is none. An
-// account may be called by whatever `recordNamed` takes.
+// Each command prints its result on standard output, and throws Failure where there is none.
 
-/// The accounts, children below their parents; only those of the types where some are given.
-ExitCode list(const Options& options, const std::vector<std::string>& types);
-ExitCode show(const Options& options, const std::string& identifier);
-/// The text `otherwise` is printed for a key that the account lacks.
-ExitCode get(const Options& options, const std::string& identifier, const std::string& key,
-             const std::optional<std::string>& otherwise);
-/// What `set` stores, and where.
-struct Assignment {
-  std::string identifier, key;
-  std::string text;       ///< "-" for that of standard input
-  std::string kind;       ///< as `valueFromText` takes it; empty for that of the key, else a string
-  bool mayBeNew = false;  ///< though another key differs in capitals alone
-};
-/// Saves nothing where the value is there already.
-ExitCode set(const Options& options, const Assignment& assignment);
-ExitCode unset(const Options& options, const std::string& identifier, const std::string& key);
-ExitCode setEnabled(const Options& options, const std::string& identifier,
-                    const std::string& dataclass, bool enabled);
-/// Prints the new record's identifier. Without a class it has the type's usual one. `name` and
-/// `parent` may be empty.
-ExitCode add(const Options& options, const std::string& type,
-             const std::optional<std::string>& className, const std::string& name,
-             const std::string& parent);
-/// Asks before it removes children with it, where somebody is there and it is not agreed to.
-ExitCode remove(const Options& options, const std::string& identifier, bool isAgreedTo);
-/// Has one account, or for an empty identifier all, edited as JSON, and saves what was edited.
-ExitCode edit(const Options& options, const std::string& identifier);
-/// Makes accounts as a file, or standard input for "-", has them; with `prune` no others stay.
-ExitCode apply(const Options& options, const std::string& path, bool prune);
-/// The whole catalogue for an empty type.
-ExitCode types(const Options& options, const std::string& type);
+ExitCode add(const Options& options);
+ExitCode apply(const Options& options);
+ExitCode check(const Options& options);
+ExitCode diff(const Options& options);
+ExitCode disable(const Options& options);
 ExitCode dump(const Options& options);
-/// Files, as `apply` takes them, or generations; the device's present file for an empty `after`.
-ExitCode diff(const Options& options, const std::string& before, const std::string& after);
-/// The generations of the accounts file; with `forget` they are removed instead.
-ExitCode history(const Options& options, bool forget);
-/// Puts the accounts of a generation back, and shows what that changes.
-ExitCode restore(const Options& options, const std::string& generation);
-/// Restores the newest generation, and undone in turn the state before it.
+ExitCode edit(const Options& options);
+ExitCode enable(const Options& options);
+ExitCode explain(const Options& options);
+ExitCode get(const Options& options);
+ExitCode history(const Options& options);
+ExitCode init(const Options& options);
+ExitCode list(const Options& options);
+ExitCode remove(const Options& options);
+ExitCode restore(const Options& options);
+ExitCode set(const Options& options);
+ExitCode show(const Options& options);
+ExitCode types(const Options& options);
 ExitCode undo(const Options& options);
-/// `withModules` also loads the modules, each in a process of its own.
-ExitCode check(const Options& options, bool withModules);
-/// All dataclasses of the account's type for an empty one.
-ExitCode explain(const Options& options, const std::string& identifier,
-                 const std::string& dataclass);
-ExitCode init(const std::string& folder);
-/// Gives up after so many seconds.
-ExitCode wait(const std::optional<double>& seconds);
-
-/// What `watch` is to do.
-struct WatchOptions {
-  std::vector<std::string> types;  ///< only accounts of these, where there are some
-  std::string since;               ///< file of the baseline to begin with; empty for now
-  std::string keep;                ///< file to keep the baseline in; empty for none
-  bool once = false;               ///< end after the first change
-  bool bus = false;                ///< tell the message bus instead of printing
-};
-/// Prints a line for each change until it is stopped.
-ExitCode watch(const Options& options, const WatchOptions& watching);
+ExitCode unset(const Options& options);
+ExitCode wait(const Options& options);
+ExitCode watch(const Options& options);
 
 }  // namespace tallbook::tool

@@ -27,16 +27,11 @@ DictionaryRef contentOf(const AccountsFile& file) {
 
 }  // namespace
 
-ExitCode diff(const Options& options, const std::string& before, const std::string& after) {
-  const DictionaryRef contentBefore = contentOf(accountsFileOrGeneration(before));
-  const DictionaryRef contentAfter =
-      contentOf(after.empty() ? readAccountsFile() : accountsFileOrGeneration(after));
-  const auto changes = differencesBetween(*contentBefore, *contentAfter);
-  if (options.json) {
-    printJSON(jsonFromDifferences(changes));
-  } else {
-    printDifferences(changes);
-  }
+ExitCode diff(const Options& options) {
+  const DictionaryRef contentBefore = contentOf(accountsFileOrGeneration(options.before));
+  const DictionaryRef contentAfter = contentOf(
+      options.after.empty() ? readAccountsFile() : accountsFileOrGeneration(options.after));
+  printDifferences(differencesBetween(contentBefore, contentAfter), options.json);
   return ExitCode::Done;
 }
 

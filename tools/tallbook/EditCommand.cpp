@@ -1,13 +1,12 @@
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/Output.h"
-#include "tools/common/Question.h"
 #include "tools/tallbook/AccountsText.h"
 #include "tools/tallbook/Commands.h"
+#include "tools/tallbook/EditableStore.h"
 #include "tools/tallbook/EditedText.h"
 #include "tools/tallbook/JSONValue.h"
 #include "tools/tallbook/Records.h"
-#include "tools/tallbook/WantedAccounts.h"
 
 namespace tallbook::tool {
 namespace {
@@ -15,7 +14,7 @@ namespace {
 /// The whole file, or one record of it.
 DictionaryRef contentToEdit(const EditableStore& store, const std::string& identifier) {
   if (!identifier.empty()) return recordNamed(*store, identifier)->properties();
-  return store.file().records() ? store.file().topLevel : accountsOf(store);
+  return store.file().records() ? store.file().topLevel : store.accounts();
 }
 
 /// `shown` is what the text was made of.
@@ -24,37 +23,36 @@ void takeEdited(const EditableStore& store, const std::string& identifier,
   if (identifier.empty()) {
     const AccountsFile wanted = accountsFromText(text, "the edited text");
     if (wanted.isUnusable()) throw unusable(wanted, "correct it");
-    return takeAccounts(store, wanted.records(), true);
+    return store.apply(wanted.records(), true);
   }
   const DictionaryRef wanted = valueFromJSON(jsonFromText(text)).dictionary();
   if (!wanted) throw Failure(ExitCode::Usage, "the edited text is no dictionary");
   const auto record = recordNamed(*store, identifier);
-  if (!storedIdentifier(*record).empty()) return takeRecord(store, record, wanted);
-  // What a record receives that has no identifier is another at every load.
   const DictionaryRef identified = wanted->mutableCopy();
+  // What a record receives that has no identifier is another at every load.
   for (const String& key : {kAccountIdentifier, kAccountSyncIdentifier}) {
     if (wanted->contains(key) && (*wanted)[key] == (*shown)[key]) {
       identified->set(key, (*record->properties())[key]);
     }
   }
-  takeRecord(store, record, identified);
+  refuseBecause(store->applyToAccount(identified, record));
 }
 
-void save(const Options& options, const EditableStore& store, const std::string& identifier,
-          const DictionaryRef& shown, const std::string& text) {
-  const DictionaryRef before = accountsOf(store);
-  takeEdited(store, identifier, shown, text);
-  showAndSave(options, store, before);
+void save(const Options& options, const EditableStore& store, const DictionaryRef& shown,
+          const std::string& text) {
+  const DictionaryRef before = store.accounts();
+  takeEdited(store, options.account, shown, text);
+  store.showAndSave(options, before);
 }
 
 }  // namespace
 
-ExitCode edit(const Options& options, const std::string& identifier) {
+ExitCode edit(const Options& options) {
   // Of the file as it is now: what others change while the editor runs is merged with what is
   // edited.
   const EditableStore unedited(options);
   requirePrintable(unedited.file());
-  const DictionaryRef shown = contentToEdit(unedited, identifier);
+  const DictionaryRef shown = contentToEdit(unedited, options.account);
   const std::string before = jsonFromValue(shown).dump(2) + "\n";
   const EditedText edited(before);
   for (;;) {
@@ -67,7 +65,7 @@ ExitCode edit(const Options& options, const std::string& identifier) {
         return hasSucceeded ? ExitCode::Done : ExitCode::NotSaved;
       }
       if (!hasSucceeded) throw Failure(ExitCode::NotSaved, "the editor failed");
-      save(options, unedited.again(options), identifier, shown, text);
+      save(options, unedited.again(options), shown, text);
       edited.remove();
       return ExitCode::Done;
     } catch (const Failure& failure) {

@@ -5,9 +5,8 @@
 #include "tools/common/FileBytes.h"
 #include "tools/common/Output.h"
 #include "tools/common/Program.h"
-#include "tools/tallbook/ClashText.h"
 #include "tools/tallbook/CreatorsCheck.h"
-#include "tools/tallbook/Records.h"
+#include "tools/tallbook/FileDifferences.h"
 
 namespace tallbook::tool {
 namespace {
@@ -45,28 +44,22 @@ EditableStore EditableStore::again(const Options& options) const {
   return fresh;
 }
 
-void EditableStore::take(const std::shared_ptr<BasicAccount>& record) const {
-  const std::shared_ptr<BasicAccount> parent = record->parentAccount();
-  if (!parent) {
-    _store->replaceAccountWithAccount(record, record);
-    return;
+DictionaryRef EditableStore::accounts() const {
+  const ArrayRef records = Array::make();
+  for (const auto& record : *_store->allBasicAccounts()) records->append(record->properties());
+  return Dictionary::make({{kPlistAccountsKey, records}})->frozenCopy();
+}
+
+void EditableStore::apply(const ArrayRef& wanted, bool prune) const {
+  if (!wanted) {
+    throw Failure(ExitCode::Unreadable,
+                  "the text has no \"Accounts\"; give an empty array where none is wanted");
   }
-  const ArrayRef children =
-      parent->accountPropertyForKey(kAccountChildAccounts).array()->mutableCopy();
-  // One that the file has no identifier for is found by all that the file has of it.
-  const bool isIdentified = !storedIdentifier(*record).empty();
-  // Of two children with one identifier the later one is the record that look-ups give.
-  for (std::size_t index = children->size(); index-- > 0;) {
-    const DictionaryRef child = (*children)[index].dictionary();
-    if (!child) continue;
-    if (isIdentified ? (*child)[kAccountIdentifier].string() == record->identifier()
-                     : Value(child) == Value(record->originalProperties())) {
-      children->replace(index, record->properties());
-      break;
-    }
-  }
-  parent->setAccountPropertyForKey(children, kAccountChildAccounts);
-  _store->replaceAccountWithAccount(parent, parent);
+  const AccountsManager::Applied applied = _store->applyAccounts(wanted, _file, prune);
+  refuseBecause(applied.problem);
+  if (applied.staying == 0) return;
+  note("records that have no identifier or cannot be loaded stay: " +
+       std::to_string(applied.staying));
 }
 
 void EditableStore::save(AccountsManager::KeepGeneration keep) const {
@@ -89,7 +82,13 @@ void EditableStore::save(AccountsManager::KeepGeneration keep) const {
          kAccountsFilename.str() + ".unreadable-N");
   }
   if (!receipt.generationFailure.empty()) note(receipt.generationFailure);
-  for (const SaveClash& clash : receipt.clashes) note(textOfClash(clash, *_store));
+  for (const SaveClash& clash : receipt.clashes) note(_store->textOfClash(clash));
+}
+
+void EditableStore::showAndSave(const Options& options, const DictionaryRef& before) const {
+  const AccountsFileDifferences changes = differencesBetween(before, accounts());
+  printDifferences(changes, options.json);
+  if (!changes.empty()) save(AccountsManager::KeepGeneration::Always);
 }
 
 void requireNoUpgradeAhead(const AccountsFile& file, const Options& options) {
@@ -105,20 +104,6 @@ void requireNoUpgradeAhead(const AccountsFile& file, const Options& options) {
 void noteUntold(const InternalConsistencyFailure& failure) {
   note(std::string("the change is saved, but not everyone who listens could be told: ") +
        failure.what() + adviceOnFailure());
-}
-
-void requireRoomFor(const String& type, const AccountsManager& store) {
-  if (type != kOnMyDeviceAccountType || store.countOfBasicAccountsWithTypes({type}) == 0) return;
-  throw Failure(ExitCode::Usage, "the device has its on-device account already, and only one");
-}
-
-void requireLoadable(const DictionaryRef& properties) {
-  if (AccountsManager::initWithAccounsInfoArray(Array::make({properties}))->count() == 1) return;
-  throw Failure(ExitCode::Usage, "the next load would drop an account of the type \"" +
-                                     (*properties)[kAccountType].string().str() +
-                                     "\" with the class \"" +
-                                     (*properties)[kAccountClass].string().str() +
-                                     "\"; give a class that the type has");
 }
 
 }  // namespace tallbook::tool

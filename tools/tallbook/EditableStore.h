@@ -25,12 +25,19 @@ class EditableStore {
   const AccountsFile& file() const { return _file; }
   AccountsManager& operator*() const { return *_store; }
   AccountsManager* operator->() const { return _store.get(); }
-  /// Makes a change of a record's properties part of the store: a child is written as part of its
-  /// parent, and the children of a top-level record are found through the store's index.
-  void take(const std::shared_ptr<BasicAccount>& record) const;
+
+  /// The accounts as they are now, as the top level of an accounts file; frozen.
+  DictionaryRef accounts() const;
+  /// Makes the accounts what the list says, as `applyAccounts` does. Throws Failure, and leaves a
+  /// store that is not to be saved, where that cannot be, and for no list, which is hardly meant as
+  /// an empty one.
+  void apply(const ArrayRef& wanted, bool prune) const;
   /// Names what clashed with changes of others. Throws Failure where the file was not replaced.
   void save(AccountsManager::KeepGeneration keep =
                 AccountsManager::KeepGeneration::AtMostOnceAMinute) const;
+  /// Prints what differs from `before`, which `accounts` gave, and saves where anything does. What
+  /// it replaces is kept as a generation of its own, so that `undo` takes back just this.
+  void showAndSave(const Options& options, const DictionaryRef& before) const;
 
  private:
   AccountsFile _file;
@@ -42,9 +49,5 @@ class EditableStore {
 void requireNoUpgradeAhead(const AccountsFile& file, const Options& options);
 /// Says that a change is saved although not everyone who listens could be told of it.
 void noteUntold(const InternalConsistencyFailure& failure);
-/// Throws Failure for a second account of the type of which a device has one.
-void requireRoomFor(const String& type, const AccountsManager& store);
-/// Throws Failure for a top-level record that the next load would drop.
-void requireLoadable(const DictionaryRef& properties);
 
 }  // namespace tallbook::tool

@@ -1,11 +1,9 @@
 #include "tallbook/AccountsManager.h"
 #include "tallbook/Vocabulary.h"
 
-#include "tools/common/Dataclasses.h"
 #include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/EditableStore.h"
-#include "tools/tallbook/Explanation.h"
 #include "tools/tallbook/Records.h"
 
 namespace tallbook::tool {
@@ -17,23 +15,20 @@ bool isStoredAsEnabled(const BasicAccount& record, const String& dataclass) {
   return enabled && enabled->contains(dataclass.view());
 }
 
-}  // namespace
-
-ExitCode setEnabled(const Options& options, const std::string& identifier,
-                    const std::string& dataclass, bool enabled) {
-  const String full = dataclassNamed(dataclass);
+ExitCode setEnabled(const Options& options, bool enabled) {
+  const String full = requireDataclass(options.dataclass);
   const EditableStore store(options);
-  const auto record = recordNamed(*store, identifier);
+  const auto record = recordNamed(*store, options.account);
   const bool isSupported = record->supportedDataclasses()->contains(full.view());
   if (!isSupported && enabled) {
-    throw Failure(ExitCode::Usage, explanation(*record, full).text);
+    throw Failure(ExitCode::Usage, record->explanationForDataclass(full).text);
   }
   if (isStoredAsEnabled(*record, full) != enabled) {
     AccountsManager::accountWillChangeForDataclass(record, full);
     // One that the type does not support may still be stored, by an older system: it can be
     // turned off.
     record->_forcedSetEnabledForDataclass(enabled, full);
-    store.take(record);
+    store->takeUpChangesOfAccount(record);
     store.save();
     try {
       AccountsManager::accountDidChangeForDataclass(record, full);
@@ -41,12 +36,22 @@ ExitCode setEnabled(const Options& options, const std::string& identifier,
       noteUntold(failure);
     }
   }
-  const Explanation now = explanation(*record, full);
+  const DataclassExplanation now = record->explanationForDataclass(full);
   if (now.isOn != enabled) {
     note(std::string("it is stored, but ") + (enabled ? "stays off" : "stays on") + ": " +
          now.text);
   }
   return ExitCode::Done;
+}
+
+}  // namespace
+
+ExitCode enable(const Options& options) {
+  return setEnabled(options, true);
+}
+
+ExitCode disable(const Options& options) {
+  return setEnabled(options, false);
 }
 
 }  // namespace tallbook::tool

@@ -1,34 +1,16 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "tallbook/Value.h"
+#include "tallbook/ChangedAccount.h"
 
 #include "tools/common/Output.h"
 
 namespace tallbook::tool {
 
-/// What became of the top level or of one record: a record that came or went counts as one whose
-/// every key did.
-struct RecordChange {
-  struct Key {
-    std::string name;
-    const Value* before;  ///< null where the key was added
-    const Value* after;   ///< null where it was removed
-  };
-
-  Style style;
-  std::string label;
-  std::vector<Key> keys;
-};
-
-/// What differs between the top levels of two accounts files, whose values the answer refers to.
-std::vector<RecordChange> differencesBetween(const Dictionary& before, const Dictionary& after);
-
-void printDifferences(const std::vector<RecordChange>& changes);
-JSON jsonFromDifferences(const std::vector<RecordChange>& changes);
+/// A line for each record that differs and for each of its keys, or JSON: a record that came or
+/// went counts as one whose every key did.
+void printDifferences(const AccountsFileDifferences& differences, bool asJSON);
+JSON jsonFromDifferences(const AccountsFileDifferences& differences);
 /// All of them on one line: the records, and the keys of those that are there before and after.
-std::string summaryOfDifferences(const std::vector<RecordChange>& changes);
+std::string summaryOfDifferences(const AccountsFileDifferences& differences);
 
 }  // namespace tallbook::tool

@@ -8,15 +8,15 @@
 
 namespace tallbook::tool {
 
-ExitCode get(const Options& options, const std::string& identifier, const std::string& key,
-             const std::optional<std::string>& otherwise) {
+ExitCode get(const Options& options) {
   const auto store = storeToRead();
-  const auto record = recordNamed(*store, identifier);
-  Value value = record->accountPropertyForKey(key);
-  if (value.isNull() && otherwise) value = *otherwise;
+  const auto record = recordNamed(*store, options.account);
+  Value value = record->accountPropertyForKey(options.key);
+  if (value.isNull() && options.otherwise) value = *options.otherwise;
   if (value.isNull()) {
-    throw Failure(ExitCode::NotFound, "the account has no \"" + key + "\"; \"tallbook show " +
-                                          identifier + "\" prints the keys it has");
+    throw Failure(ExitCode::NotFound, "the account has no \"" + options.key +
+                                          "\"; \"tallbook show " + options.account +
+                                          "\" prints the keys it has");
   }
   if (options.json) {
     printJSON(jsonFromValue(value));

@@ -4,29 +4,9 @@
 #include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/FileDifferences.h"
-#include "tools/tallbook/KeptGenerations.h"
-#include "tools/tallbook/LocalTimeText.h"
 
 namespace tallbook::tool {
 namespace {
-
-/// What the saves after a generation changed, until the next one was kept.
-struct Change {
-  std::vector<RecordChange> differences;
-  std::string problem;  ///< why that cannot be told; else empty
-
-  std::string text() const {
-    return problem.empty() ? summaryOfDifferences(differences) : "unknown: " + problem;
-  }
-};
-
-Change changeBetween(const AccountsHistory::Content& before,
-                     const AccountsHistory::Content& after) {
-  for (const auto* side : {&before, &after}) {
-    if (!side->accountsFile) return {{}, side->problem};
-  }
-  return {differencesBetween(*before.accountsFile, *after.accountsFile), {}};
-}
 
 AccountsHistory::Content presentContent() {
   const AccountsFile file = readAccountsFile();
@@ -43,25 +23,28 @@ ExitCode forgetGenerations() {
 
 }  // namespace
 
-ExitCode history(const Options& options, bool forget) {
-  if (forget) return forgetGenerations();
+ExitCode history(const Options& options) {
+  if (options.forget) return forgetGenerations();
   Table table({{"GENERATION"}, {"KEPT"}, {"BYTES"}, {"CHANGED AFTERWARDS", Fit::Break}});
   JSON array = JSON::array();
   AccountsHistory::Content after = presentContent();
   for (const AccountsGeneration& generation : generations()) {
     AccountsHistory::Content before = AccountsHistory::content(generation.name);
-    const Change change = changeBetween(before, after);
+    // What the saves after the generation changed, until the next one was kept.
+    const std::string& problem = before.accountsFile ? after.problem : before.problem;
+    AccountsFileDifferences changes;
+    if (problem.empty()) changes = differencesBetween(before.accountsFile, after.accountsFile);
     if (options.json) {
-      JSON object{{"generation", generation.name}, {"bytes", generation.size}};
-      if (change.problem.empty()) {
-        object["changes"] = jsonFromDifferences(change.differences);
+      JSON& object =
+          array.emplace_back(JSON{{"generation", generation.name}, {"bytes", generation.size}});
+      if (problem.empty()) {
+        object["changes"] = jsonFromDifferences(changes);
       } else {
-        object["problem"] = change.problem;
+        object["problem"] = problem;
       }
-      array.push_back(std::move(object));
     } else {
       table.add({generation.name, localTimeText(generation.kept), std::to_string(generation.size),
-                 change.text()});
+                 problem.empty() ? summaryOfDifferences(changes) : "unknown: " + problem});
     }
     after = std::move(before);
   }

@@ -40,7 +40,8 @@ void makeTree(const fs::path& root) {
 
 }  // namespace
 
-ExitCode init(const std::string& folder) {
+ExitCode init(const Options& options) {
+  const std::string& folder = options.folder;
   try {
     if (fs::exists(folder) && (!fs::is_directory(folder) || !fs::is_empty(folder))) {
       throw Failure(ExitCode::Usage,

@@ -1,9 +1,9 @@
 #include <map>
 
-#include "tools/common/Dataclasses.h"
+#include "tallbook/DataclassNames.h"
+
 #include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
-#include "tools/tallbook/RecordSummary.h"
 #include "tools/tallbook/Records.h"
 
 namespace tallbook::tool {
@@ -30,13 +30,14 @@ std::vector<Family> families(const AccountsManager& store,
 
 std::vector<std::string> row(const BasicAccount& record) {
   const std::string identifier = storedIdentifier(record);
-  return {nameOf(record), record.type().str(), identifier.empty() ? "(none)" : identifier,
-          shortNames(record.enabledDataclasses())};
+  return {record.nameForPeople(), record.type().str(), identifier.empty() ? "(none)" : identifier,
+          shortNamesOfDataclasses(record.enabledDataclasses())};
 }
 
 }  // namespace
 
-ExitCode list(const Options& options, const std::vector<std::string>& types) {
+ExitCode list(const Options& options) {
+  const std::vector<std::string>& types = options.types;
   for (const std::string& type : types) requireAccountType(type);
   const auto store = storeToRead();
   const auto found = families(*store, AccountsManager::AccountTypes(types.begin(), types.end()));
@@ -51,11 +52,10 @@ ExitCode list(const Options& options, const std::vector<std::string>& types) {
     printJSON(array);
   } else if (!found.empty()) {
     Table table(
-        {{"NAME", Fit::Cut}, {"TYPE"}, {"IDENTIFIER", Fit::Middle}, {"ENABLED", Fit::Break}},
-        Table::Shape::Tree);
+        {{"NAME", Fit::Cut}, {"TYPE"}, {"IDENTIFIER", Fit::Middle}, {"ENABLED", Fit::Break}});
     for (const auto& [record, children] : found) {
-      const Table::Row parent = table.add(row(*record));
-      for (const auto& child : children) table.add(row(*child), parent);
+      table.add(row(*record));
+      for (const auto& child : children) table.add(row(*child), 1);
     }
     table.print();
   }

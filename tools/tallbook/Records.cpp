@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tallbook/DataclassNames.h"
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/AccountsFile.h"
 #include "tools/common/Nearest.h"
 #include "tools/common/Outcome.h"
-#include "tools/common/Output.h"
+#include "tools/tallbook/JSONValue.h"
 
 namespace tallbook::tool {
 
@@ -56,9 +57,7 @@ std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const st
   if (auto record = recordWithIdentifier(store, name)) return record;
   const std::vector<NamedRecord> all = namedRecords(store);
   // The first way of naming that fits any account is meant.
-  const auto isIdentifier = [&](const NamedRecord& each) {
-    return isSameWord(each.identifier, name);
-  };
+  const auto isIdentifier = [&](const NamedRecord& each) { return isSameWord(each.identifier, name); };
   const auto isNear = [&](const NamedRecord& each) {
     return isSameWord(each.name, name) || beginsWith(each.identifier, name);
   };
@@ -78,51 +77,49 @@ std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const st
   }
   std::string candidates;
   for (const NamedRecord& each : fitting) {
-    candidates += (candidates.empty() ? "" : ", ") + shortened(nameOf(*each.record)) + " (" +
-                  each.record->type().str() + ", " + shortened(each.identifier) + ")";
+    candidates += (candidates.empty() ? "" : ", ") + shortened(each.record->nameForPeople()) +
+                  " (" + each.record->type().str() + ", " + shortened(each.identifier) + ")";
   }
   throw Failure(ExitCode::NotFound,
                 shortened(name) + " may be any of " + candidates + "; give more of the identifier");
-}
-
-std::string nameOf(const BasicAccount& record) {
-  for (const String& name :
-       {record.displayName(), record.accountPropertyForKey(kAccountUsername).string(),
-        record.typeString()}) {
-    if (!name.empty()) return name.str();
-  }
-  return record.type().str();
 }
 
 std::string storedIdentifier(const BasicAccount& record) {
   return (*record.originalProperties())[kAccountIdentifier].string().str();
 }
 
-std::string joined(const ArrayRef& strings) {
-  std::string text;
-  if (strings) {
-    for (const Value& each : *strings) text += (text.empty() ? "" : ", ") + each.string().str();
-  }
-  return text.empty() ? "none" : text;
+JSON identifierOf(const BasicAccount& record) {
+  const std::string identifier = storedIdentifier(record);
+  return identifier.empty() ? JSON() : JSON(identifier);
 }
 
-std::vector<String> accountTypes() {
-  std::vector<String> types;
-  for (const String& type :
-       {kMailAccountType, kGmailAccountType, kYahooAccountType, kMorwickIMAPAccountType,
-        kSMTPAccountType, kExchangeAccountType, kOrvaneAccountType, kVeltroAccountType,
-        kCalDAVAccountType, kSubscribedCalendarAccountType, kCardDAVAccountType, kLDAPAccountType,
-        kBookmarkDAVAccountType, kIMAPNotesAccountType, kOnMyDeviceAccountType}) {
-    if (BasicAccount::_isValidAccountType(type)) types.push_back(type);
-  }
-  return types;
+JSON summaryOf(const BasicAccount& record) {
+  JSON object = JSON::object();
+  object["identifier"] = identifierOf(record);
+  object["name"] = record.nameForPeople();
+  object["type"] = record.type().str();
+  object["class"] = record.accountClass().str();
+  object["enabled"] = jsonFromValue(record.enabledDataclasses());
+  return object;
+}
+
+std::string joined(const ArrayRef& strings) {
+  return strings ? shortNamesOfDataclasses(strings) : "none";
 }
 
 void requireAccountType(const std::string& type) {
   if (BasicAccount::_isValidAccountType(type)) return;
   std::string known;
-  for (const String& each : accountTypes()) known += (known.empty() ? "" : ", ") + each.str();
+  for (const String& each : BasicAccount::allAccountTypes())
+    known += (known.empty() ? "" : ", ") + each.str();
   throw Failure(ExitCode::Usage, "there is no account type \"" + type + "\"; there are: " + known);
+}
+
+String requireDataclass(const std::string& name) {
+  if (String dataclass = dataclassNamed(name)) return dataclass;
+  throw Failure(ExitCode::Usage,
+                "there is no dataclass \"" + name + "\"; there are: " +
+                    shortNamesOfDataclasses(BasicAccount::allSupportedDataclasses()));
 }
 
 }  // namespace tallbook::tool

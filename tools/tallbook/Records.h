@@ -6,6 +6,8 @@
 
 #include "tallbook/AccountsManager.h"
 
+#include "tools/common/Output.h"
+
 namespace tallbook::tool {
 
 /// A store of the device's accounts, for looking at them; empty where there is no file. Throws
@@ -26,17 +28,21 @@ struct NamedRecord {
 /// All records of a store, children behind the top-level ones.
 std::vector<NamedRecord> namedRecords(const AccountsManager& store);
 
-/// The name that a person knows the record by: display name, user name, kind, type.
-std::string nameOf(const BasicAccount& record);
 /// The identifier that the file has for the record; empty where the file has none, since the one
 /// that the record then receives is another at every load.
 std::string storedIdentifier(const BasicAccount& record);
 
+/// The record's identifier as programs hear it; null for one that the file does not hold.
+JSON identifierOf(const BasicAccount& record);
+/// What programs hear of every account that is listed or shown.
+JSON summaryOf(const BasicAccount& record);
+
 /// The strings of a list with commas between them; "none" for none.
 std::string joined(const ArrayRef& strings);
-/// All account types there are.
-std::vector<String> accountTypes();
 /// Throws Failure, with the list of them, for a text that is no account type.
 void requireAccountType(const std::string& type);
+/// The dataclass that `dataclassNamed` gives. Throws Failure, with the list of them, where it gives
+/// none.
+String requireDataclass(const std::string& name);
 
 }  // namespace tallbook::tool

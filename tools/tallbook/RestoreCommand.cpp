@@ -4,12 +4,12 @@
 #include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/EditableStore.h"
-#include "tools/tallbook/WantedAccounts.h"
 
 namespace tallbook::tool {
 namespace {
 
-DictionaryRef contentToRestore(const Options& options, const std::string& name) {
+DictionaryRef contentToRestore(const Options& options) {
+  const std::string& name = options.generation;
   const AccountsHistory::Content content = AccountsHistory::content(name);
   if (!content.accountsFile) {
     throw Failure(ExitCode::NotFound, "\"" + name + "\": " + content.problem +
@@ -42,14 +42,14 @@ AccountsManager::AccountList recordsOf(const Dictionary& accountsFile) {
 
 }  // namespace
 
-ExitCode restore(const Options& options, const std::string& generation) {
-  const DictionaryRef wanted = contentToRestore(options, generation);
+ExitCode restore(const Options& options) {
+  const DictionaryRef wanted = contentToRestore(options);
   const EditableStore store(options);
-  const DictionaryRef before = accountsOf(store);
+  const DictionaryRef before = store.accounts();
   AccountsManager::AccountTypes types;
   for (const auto& account : *store->allBasicAccounts()) types.push_back(account->type());
   store->replaceAccountsWithTypesWithAccounts(types, recordsOf(*wanted));
-  showAndSave(options, store, before);
+  store.showAndSave(options, before);
   return ExitCode::Done;
 }
 

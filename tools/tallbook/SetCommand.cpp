@@ -1,10 +1,11 @@
+#include "tallbook/RecordKeys.h"
 #include "tallbook/Vocabulary.h"
 
 #include "tools/common/FileBytes.h"
+#include "tools/common/Nearest.h"
 #include "tools/common/Output.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/EditableStore.h"
-#include "tools/tallbook/RecordKeys.h"
 #include "tools/tallbook/Records.h"
 #include "tools/tallbook/ValueText.h"
 
@@ -24,6 +25,22 @@ std::string spellingOf(Value::Kind kind) {
   }
 }
 
+/// Throws Failure for a key that would be new in the record and differs in capitals alone from one
+/// of the record's or one that has a meaning: it would hardly be what was meant.
+void requireNoOtherCapitals(const std::string& key, const Dictionary& record) {
+  if (record.contains(key)) return;
+  std::string other;
+  const auto compare = [&](const String& known) {
+    if (isSameWord(known, key)) other = known.str();
+  };
+  for (const auto& [known, kind] : kindsOfKeys()) compare(known);
+  for (const auto& [known, value] : record) compare(known);
+  if (other.empty() || other == key) return;
+  throw Failure(ExitCode::Usage, "\"" + key + "\" would be a new key, and differs from \"" + other +
+                                     "\" in capitals alone; if it is meant, repeat the command "
+                                     "with --new-key");
+}
+
 /// Without the end of its last line, which whoever wrote it hardly means.
 std::string textOfStandardInput() {
   std::error_code error;
@@ -37,22 +54,21 @@ std::string textOfStandardInput() {
 
 }  // namespace
 
-ExitCode set(const Options& options, const Assignment& assignment) {
-  const std::string& key = assignment.key;
+ExitCode set(const Options& options) {
+  const std::string& key = options.key;
   if (key.empty()) throw Failure(ExitCode::Usage, "a key is not empty; name the one to change");
-  requireChangeable(key);
+  refuseBecause(whyKeyIsFixed(key));
   requireUnicode(key);
-  const std::string text = assignment.text == "-" ? textOfStandardInput() : assignment.text;
+  const std::string text = options.value == "-" ? textOfStandardInput() : options.value;
   const EditableStore store(options);
-  const auto record = recordNamed(*store, assignment.identifier);
-  if (!assignment.mayBeNew) requireNoOtherCapitals(key, *record->properties());
+  const auto record = recordNamed(*store, options.account);
+  if (!options.mayBeNew) requireNoOtherCapitals(key, *record->properties());
   const Value present = (*record->properties())[key];
   const Value::Kind usual = present.isNull() ? kindOfKey(key) : present.kind();
-  const bool isGuessed = assignment.kind.empty() && usual == Value::Kind::Null;
-  const Value value =
-      valueFromText(text, assignment.kind.empty() ? spellingOf(usual) : assignment.kind);
+  const bool isGuessed = options.kind.empty() && usual == Value::Kind::Null;
+  const Value value = valueFromText(text, options.kind.empty() ? spellingOf(usual) : options.kind);
   // JSON spells every kind.
-  if (assignment.kind.empty() && !isGuessed && value.kind() != usual) {
+  if (options.kind.empty() && !isGuessed && value.kind() != usual) {
     throw Failure(ExitCode::Usage, "the value for \"" + key + "\" " +
                                        textOfWrongKind(value, nameOfKind(usual)) +
                                        "; if it is meant, repeat the command with --type json");
@@ -63,11 +79,13 @@ ExitCode set(const Options& options, const Assignment& assignment) {
       throw Failure(ExitCode::Usage, "\"Class\" is a string that is not empty");
     }
     record->setAccountClass(value.string());
-    if (!record->parentAccount()) requireLoadable(record->properties());
+    if (!record->parentAccount()) {
+      refuseBecause(AccountsManager::whyNotLoaded(record->properties()));
+    }
   } else {
     record->setAccountPropertyForKey(value, key);
   }
-  store.take(record);
+  store->takeUpChangesOfAccount(record);
   store.save();
   const std::string looks(kindThatTextLooksLike(text));
   if (isGuessed && looks != "string") {

@@ -1,18 +1,18 @@
 #include <iostream>
 
-#include "tools/common/Dataclasses.h"
+#include "tallbook/DataclassNames.h"
+
 #include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/JSONValue.h"
-#include "tools/tallbook/RecordSummary.h"
 #include "tools/tallbook/Records.h"
 #include "tools/tallbook/ValueText.h"
 
 namespace tallbook::tool {
 
-ExitCode show(const Options& options, const std::string& identifier) {
+ExitCode show(const Options& options) {
   const auto store = storeToRead();
-  const auto record = recordNamed(*store, identifier);
+  const auto record = recordNamed(*store, options.account);
   if (options.json) {
     JSON object = summaryOf(*record);
     object["parent"] = record->parentAccount() ? identifierOf(*record->parentAccount()) : JSON();
@@ -27,11 +27,11 @@ ExitCode show(const Options& options, const std::string& identifier) {
     table.add({key.str(), std::string(nameOfKind(value.kind())), lineText(value)});
   }
   table.print();
-  std::cout << "\nSupported:   " << shortNames(record->supportedDataclasses())
-            << "\nProvisioned: " << shortNames(record->provisionedDataclasses())
-            << "\nEnabled:     " << shortNames(record->enabledDataclasses()) << '\n';
+  std::cout << "\nSupported:   " << shortNamesOfDataclasses(record->supportedDataclasses())
+            << "\nProvisioned: " << shortNamesOfDataclasses(record->provisionedDataclasses())
+            << "\nEnabled:     " << shortNamesOfDataclasses(record->enabledDataclasses()) << '\n';
   if (const auto& parent = record->parentAccount()) {
-    std::cout << "Parent:      " << lineText(nameOf(*parent)) << ", "
+    std::cout << "Parent:      " << lineText(parent->nameForPeople()) << ", "
               << shown(parent->identifier().str()) << '\n';
   }
   return ExitCode::Done;

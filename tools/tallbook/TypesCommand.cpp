@@ -1,6 +1,7 @@
 #include <iostream>
 
-#include "tools/common/Dataclasses.h"
+#include "tallbook/DataclassNames.h"
+
 #include "tools/common/Table.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/JSONValue.h"
@@ -37,8 +38,9 @@ JSON description(const String& type) {
 
 void printCatalogue() {
   Table table({{"TYPE"}, {"DATACLASSES", Fit::Break}});
-  for (const String& type : accountTypes()) {
-    table.add({type.str(), shortNames(BasicAccount::supportedDataclassesForAccountType(type))});
+  for (const String& type : BasicAccount::allAccountTypes()) {
+    table.add({type.str(),
+               shortNamesOfDataclasses(BasicAccount::supportedDataclassesForAccountType(type))});
   }
   table.print();
 }
@@ -49,7 +51,7 @@ void printType(const String& type) {
     for (const Value& element : *supported) {
       const String dataclass = element.string();
       table.add(
-          {shortName(dataclass),
+          {shortNameOfDataclass(dataclass),
            joined(BasicAccount::userActionsToEnableDataclassForAccountType(dataclass, type)),
            joined(BasicAccount::userActionsToDisableDataclassForAccountType(dataclass, type))});
     }
@@ -65,11 +67,12 @@ void printType(const String& type) {
 
 }  // namespace
 
-ExitCode types(const Options& options, const std::string& type) {
+ExitCode types(const Options& options) {
+  const std::string& type = options.type;
   if (!type.empty()) requireAccountType(type);
   if (options.json && type.empty()) {
     JSON all = JSON::array();
-    for (const String& each : accountTypes()) all.push_back(description(each));
+    for (const String& each : BasicAccount::allAccountTypes()) all.push_back(description(each));
     printJSON(all);
   } else if (options.json) {
     printJSON(description(type));

@@ -10,11 +10,13 @@
 
 namespace tallbook::tool {
 
-ExitCode wait(const std::optional<double>& seconds) {
+ExitCode wait(const Options& options) {
   using Clock = std::chrono::steady_clock;
   std::optional<std::chrono::milliseconds> timeout;
   constexpr double kLongest = 1e9;  // as good as for ever, and no overflow of what counts it
-  if (seconds) timeout.emplace(static_cast<std::int64_t>(std::min(kLongest, *seconds) * 1000));
+  if (options.seconds) {
+    timeout.emplace(static_cast<std::int64_t>(std::min(kLongest, *options.seconds) * 1000));
+  }
   const auto begin = Clock::now();
   if (AccountsManager::waitForMigrationToFinish(noteHolderOfMigrationLock, timeout)) {
     return ExitCode::Done;

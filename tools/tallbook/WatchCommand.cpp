@@ -10,7 +10,6 @@
 #include "tools/tallbook/ChangeText.h"
 #include "tools/tallbook/Commands.h"
 #include "tools/tallbook/LiveOutput.h"
-#include "tools/tallbook/LocalTimeText.h"
 #include "tools/tallbook/Records.h"
 
 namespace tallbook::tool {
@@ -31,66 +30,49 @@ std::string isoTextOf(system_clock::time_point instant) {
   return iso8601({std::floor(since.count())});
 }
 
-std::string_view nameOf(AccountsFileState::Kind kind) {
-  switch (kind) {
-    case AccountsFileState::Kind::Missing:
-      return "missing";
-    case AccountsFileState::Kind::Whole:
-      return "readable";
-    case AccountsFileState::Kind::Malformed:
-      return "malformed";
-    case AccountsFileState::Kind::Unreadable:
-      break;
-  }
-  return "unreadable";
-}
-
 std::string textOf(const AccountsFileState& state) {
-  switch (state.kind) {
-    case AccountsFileState::Kind::Malformed:
-      return "the accounts file is none: " + state.reason;
-    case AccountsFileState::Kind::Unreadable:
-      return "the accounts file cannot be read: " + state.reason;
-    default:
-      return "the accounts file can be read again";
-  }
+  using Kind = AccountsFileState::Kind;
+  if (state.kind == Kind::Malformed) return "the accounts file is none: " + state.reason;
+  if (state.kind == Kind::Unreadable) return "the accounts file cannot be read: " + state.reason;
+  return "the accounts file can be read again";
 }
 
 JSON jsonFrom(const AccountsFileState& state) {
-  JSON object{{"file", nameOf(state.kind)}};
+  constexpr const char* kNames[] = {"missing", "readable", "malformed", "unreadable"};
+  JSON object{{"file", kNames[static_cast<std::size_t>(state.kind)]}};
   if (!state.reason.empty()) object["reason"] = state.reason;
   return object;
 }
 
 class Watch {
  public:
-  Watch(const Options& options, const WatchOptions& watching)
-      : _options(options), _watching(watching), _output(!watching.bus), _watcher(makeWatcher()) {}
+  explicit Watch(const Options& options)
+      : _options(options), _output(!options.bus), _watcher(makeWatcher()) {}
 
   ExitCode run() {
     // Nothing but a baseline may have to make room for one.
-    if (!_watching.keep.empty()) static_cast<void>(watcherSince(_watching.keep));
+    if (!_options.keep.empty()) static_cast<void>(watcherSince(_options.keep));
     keep();
     noteWhatIsNotWatched();
     do {
       const AccountsWatcher::Answer answer = _watcher->changes();
       if (!answer) continue;
-      if (_watching.bus) {
+      if (_options.bus) {
         announce(answer);
       } else if (!print(answer)) {
         break;
       }
       keep();
-      if (_watching.once && isAnyTold(answer)) break;
+      if (_options.once && isAnyTold(answer)) break;
     } while (_output.waitFor(_watcher->descriptor(), patience()));
     return ExitCode::Done;
   }
 
  private:
   std::unique_ptr<AccountsWatcher> makeWatcher() const {
-    if (!_watching.since.empty()) {
-      if (auto watcher = watcherSince(_watching.since)) return watcher;
-      note("there is no " + _watching.since + " yet; beginning with the accounts as they are now");
+    if (!_options.since.empty()) {
+      if (auto watcher = watcherSince(_options.since)) return watcher;
+      note("there is no " + _options.since + " yet; beginning with the accounts as they are now");
     }
     return AccountsWatcher::fromNow();
   }
@@ -107,11 +89,11 @@ class Watch {
   }
 
   void keep() const {
-    if (!_watching.keep.empty()) keepBaseline(*_watcher, _watching.keep);
+    if (!_options.keep.empty()) keepBaseline(*_watcher, _options.keep);
   }
 
   bool isTold(const ChangedAccount& change) const {
-    const auto& types = _watching.types;
+    const auto& types = _options.types;
     return types.empty() || std::ranges::find(types, change.type.str()) != types.end();
   }
   bool isAnyTold(const AccountsWatcher::Answer& answer) const {
@@ -138,10 +120,7 @@ class Watch {
     const auto now = system_clock::now();
     if (answer.newState && !print(now, *answer.newState, Style::Plain)) return false;
     return std::ranges::all_of(answer.accounts, [&](const ChangedAccount& change) {
-      const Style style = change.kind == ChangedAccount::Kind::Added     ? Style::Added
-                          : change.kind == ChangedAccount::Kind::Removed ? Style::Removed
-                                                                         : Style::Changed;
-      return !isTold(change) || print(now, change, style);
+      return !isTold(change) || print(now, change, styleOf(change));
     });
   }
 
@@ -156,16 +135,15 @@ class Watch {
   }
 
   const Options& _options;
-  const WatchOptions& _watching;
   LiveOutput _output;
   std::unique_ptr<AccountsWatcher> _watcher;
 };
 
 }  // namespace
 
-ExitCode watch(const Options& options, const WatchOptions& watching) {
-  for (const std::string& type : watching.types) requireAccountType(type);
-  return Watch(options, watching).run();
+ExitCode watch(const Options& options) {
+  for (const std::string& type : options.types) requireAccountType(type);
+  return Watch(options).run();
 }
 
 }  // namespace tallbook::tool

@@ -1,13 +1,14 @@
 #include <algorithm>
-#include <functional>
 #include <iostream>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tallbook/InternalConsistencyFailure.h"
+
+// Nothing else of the tool declares options.
+#include <CLI/CLI.hpp>
 
 #include "tools/common/CommandLine.h"
 #include "tools/common/Nearest.h"
@@ -24,322 +25,230 @@ const char* const kProgram = "tallbook";
 
 namespace {
 
-class CommandLine {
- public:
-  explicit CommandLine(std::vector<std::string_view> words) : _words(std::move(words)) {}
-
-  SharedOptions shared;
-  Options options;
-
-  void declare(CLI::App& app);
-  /// Does what the parsed words ask for; throws Failure for words that ask for nothing.
-  ExitCode runCommand(const CLI::App& app) const;
-
- private:
-  using Declare = std::function<void(CLI::App& command)>;
-
-  bool isAmongWords(std::string_view word) const {
-    return std::ranges::find(_words, word) != _words.end();
-  }
-  void declareCommands(CLI::App& app) {
-    declareReading(app);
-    declareChanging(app);
-  }
-  /// The arguments of a command about one value of one account.
-  Declare identifierAnd(const char* what, std::string& value) {
-    return [this, what, &value](CLI::App& sub) {
-      declareAccount(sub, identifier);
-      sub.add_option(what, value, std::string_view(what) == "KEY" ? kKey : kDataclass)->required();
-    };
-  }
-  static void declareAccount(CLI::App& sub, std::string& account) {
-    sub.add_option("ID", account, kAccount)->required();
-  }
-  void declareReading(CLI::App& app);
-  void declareChanging(CLI::App& app);
-  void command(CLI::App& app, const char* name, const char* summary,
-               std::function<ExitCode()> action, const Declare& declareArguments = {},
-               bool isOnDevice = true);
-
-  static constexpr const char* kAccount =
-      "The account: its identifier, a unique beginning of that, or its name";
-  static constexpr const char* kKey = "A key of the account, as \"tallbook show\" prints them";
-  static constexpr const char* kDataclass = "In full, or its last word in any capitals";
-
-  static std::vector<std::string> namesOfCommands(const CLI::App& app);
-  static Failure noCommand(const CLI::App& app, const std::string& word);
-  ExitCode help(const CLI::App& app) const;
-
-  /// What the chosen command does; set by parsing.
-  std::function<ExitCode()> run;
-  std::vector<std::string_view> _words;
-  bool _declaresAll = false;
-  bool _isOnDevice = true;
-  Assignment assignment;
-  std::string identifier, key, dataclass, type, name, parent, folder, helpFor;
-  std::optional<std::string> className, otherwise;
-  std::optional<double> seconds;
-  std::string before, after, generation, accounts;
-  bool forget = false, modules = false, isAgreedTo = false, prune = false;
-  std::vector<std::string> types;
-  WatchOptions watching;
+struct Command {
+  const char* name;
+  const char* summary;
+  ExitCode (*run)(const Options& options);
+  void (*declare)(CLI::App& command, Options& options);
 };
 
-// Declaring all commands takes longer than reading an account, so it is only those that the words
-// can mean; all of them for the help, and for words that mean none.
-void CommandLine::command(CLI::App& app, const char* commandName, const char* summary,
-                          std::function<ExitCode()> action, const Declare& declareArguments,
-                          bool isOnDevice) {
-  if (!_declaresAll && !isAmongWords(commandName)) return;
-  CLI::App* const declared = app.add_subcommand(commandName, summary);
-  declared->callback([this, isOnDevice, action = std::move(action)] {
-    run = action;
-    _isOnDevice = isOnDevice;
-  });
-  if (declareArguments) declareArguments(*declared);
+void declareNothing(CLI::App& /*command*/, Options& /*options*/) {}
+
+void declareAccount(CLI::App& command, Options& options) {
+  constexpr const char* kAccount =
+      "The account: its identifier, a unique beginning of that, or its name";
+  command.add_option("ID", options.account, kAccount)->required();
 }
 
-void CommandLine::declare(CLI::App& app) {
-  shared.declare(app);
-  app.add_flag("--give-up-upgrade", options.givesUpUpgrade,
-               "Save a file of an older version, which will not be upgraded any more then");
-  const auto noWait = [this](std::int64_t) { options.waitsForMigration = false; };
-  app.add_flag("--no-wait", noWait, "Change the accounts although a migration runs");
-  app.require_subcommand(0, 1);
-  app.fallthrough();
-  // What nobody expects is told of by `command`, which knows what there is.
-  app.allow_extras();
-  _declaresAll = isAmongWords("-h") || isAmongWords("--help") || isAmongWords("help") ||
-                 isAmongWords(kCompleteCommand);
-  declareCommands(app);
-  if (_declaresAll || !app.get_subcommands([](CLI::App*) { return true; }).empty()) return;
-  _declaresAll = true;
-  declareCommands(app);
+void declareKey(CLI::App& command, Options& options) {
+  constexpr const char* kKey = "A key of the account, as \"tallbook show\" prints them";
+  declareAccount(command, options);
+  command.add_option("KEY", options.key, kKey)->required();
 }
 
-void CommandLine::declareReading(CLI::App& app) {
-  command(
-      app, "list", "The accounts", [this] { return list(options, types); },
-      [this](CLI::App& sub) {
-        sub.add_option("--type", types, "Only those of the account type")
-            ->type_name("TYPE")
-            ->expected(1)
-            ->take_all();
-      });
-
-  command(
-      app, "show", "Everything about one account", [this] { return show(options, identifier); },
-      [this](CLI::App& sub) { declareAccount(sub, identifier); });
-
-  command(
-      app, "get", "One value of an account",
-      [this] { return get(options, identifier, key, otherwise); },
-      [this](CLI::App& sub) {
-        declareAccount(sub, identifier);
-        sub.add_option("KEY", key, kKey)->required();
-        sub.add_option("--default", otherwise, "Printed where the account lacks the key");
-      });
-
-  command(
-      app, "types", "The account type catalogue", [this] { return tool::types(options, type); },
-      [this](CLI::App& sub) { sub.add_option("TYPE", type, "An account type; else all of them"); });
-
-  command(app, "dump", "The accounts file as XML, or as JSON", [this] { return dump(options); });
-
-  command(
-      app, "diff", "What differs between two accounts files, or generations of them",
-      [this] { return diff(options, before, after); },
-      [this](CLI::App& sub) {
-        sub.add_option("A", before, "An accounts file, or a generation of the device's")
-            ->required();
-        sub.add_option("B", after, "Another one; else the device's present file");
-      });
-
-  command(
-      app, "history", "The last generations of the accounts file",
-      [this] { return history(options, forget); },
-      [this](CLI::App& sub) {
-        sub.add_flag("--forget", forget,
-                     "Remove them all, with what they hold of removed accounts");
-      });
-
-  command(
-      app, "check", "What the next load would drop, repair or ignore, and what modules lack",
-      [this] { return check(options, modules); },
-      [this](CLI::App& sub) {
-        sub.add_flag("--modules", modules, "Load each module, in a process of its own");
-      });
-
-  command(
-      app, "explain", "Why the dataclasses of an account are on or off",
-      [this] { return explain(options, identifier, dataclass); },
-      [this](CLI::App& sub) {
-        declareAccount(sub, identifier);
-        sub.add_option("DATACLASS", dataclass, "One of them; else all that its type carries");
-      });
-
-  command(
-      app, "wait", "Wait until no migration runs", [this] { return wait(seconds); },
-      [this](CLI::App& sub) {
-        sub.add_option("--timeout", seconds, "Give up after so many seconds")
-            ->check(CLI::NonNegativeNumber);
-      });
-
-  command(
-      app, "watch", "A line for each change of an account, until stopped",
-      [this] { return watch(options, watching); },
-      [this](CLI::App& sub) {
-        sub.add_option("--type", watching.types, "Only accounts of the account type")
-            ->type_name("TYPE")
-            ->expected(1)
-            ->take_all();
-        sub.add_option("--since", watching.since, "Begin with what happened since FILE was kept")
-            ->type_name("FILE");
-        sub.add_option("--keep", watching.keep, "Keep in FILE how far changes were told")
-            ->type_name("FILE");
-        sub.add_flag("--once", watching.once, "End after the first change");
-        sub.add_flag("--bus", watching.bus, "Tell the message bus, names only, and print nothing");
-      });
-
-  command(
-      app, "help", "How to use a command", [this, &app] { return help(app); },
-      [this](CLI::App& sub) { sub.add_option("COMMAND", helpFor, "Else all of them, by name"); },
-      false);
+void declareDataclass(CLI::App& command, Options& options) {
+  declareAccount(command, options);
+  command.add_option("DATACLASS", options.dataclass, "In full, or its last word in any capitals")
+      ->required();
 }
 
-void CommandLine::declareChanging(CLI::App& app) {
-  command(
-      app, "set", "Store a value in an account", [this] { return set(options, assignment); },
-      [this](CLI::App& sub) {
-        declareAccount(sub, assignment.identifier);
-        sub.add_option("KEY", assignment.key, kKey)->required();
-        sub.add_option("VALUE", assignment.text, "Or -, for that of standard input")->required();
-        sub.add_flag("--new-key", assignment.mayBeNew,
-                     "Store a key that differs from a known one in capitals alone");
-        sub.add_option("--type", assignment.kind,
+void declareTypes(CLI::App& command, Options& options) {
+  command.add_option("--type", options.types, "Only accounts of the account type")
+      ->type_name("TYPE")
+      ->expected(1)
+      ->take_all();
+}
+
+constexpr Command kCommands[] = {
+    {"list", "The accounts", list, declareTypes},
+    {"show", "Everything about one account", show, declareAccount},
+    {"get", "One value of an account", get,
+     [](CLI::App& command, Options& options) {
+       declareKey(command, options);
+       command.add_option("--default", options.otherwise,
+                          "Printed where the account lacks the key");
+     }},
+    {"types", "The account type catalogue", types,
+     [](CLI::App& command, Options& options) {
+       command.add_option("TYPE", options.type, "An account type; else all of them");
+     }},
+    {"dump", "The accounts file as XML, or as JSON", dump, declareNothing},
+    {"diff", "What differs between two accounts files, or generations of them", diff,
+     [](CLI::App& command, Options& options) {
+       command.add_option("A", options.before, "An accounts file, or a generation of the device's")
+           ->required();
+       command.add_option("B", options.after, "Another one; else the device's present file");
+     }},
+    {"history", "The last generations of the accounts file", history,
+     [](CLI::App& command, Options& options) {
+       command.add_flag("--forget", options.forget,
+                        "Remove them all, with what they hold of removed accounts");
+     }},
+    {"check", "What the next load would drop, repair or ignore, and what modules lack", check,
+     [](CLI::App& command, Options& options) {
+       command.add_flag("--modules", options.modules, "Load each module, in a process of its own");
+     }},
+    {"explain", "Why the dataclasses of an account are on or off", explain,
+     [](CLI::App& command, Options& options) {
+       declareAccount(command, options);
+       command.add_option("DATACLASS", options.dataclass,
+                          "One of them; else all that its type carries");
+     }},
+    {"wait", "Wait until no migration runs", wait,
+     [](CLI::App& command, Options& options) {
+       command.add_option("--timeout", options.seconds, "Give up after so many seconds")
+           ->check(CLI::NonNegativeNumber);
+     }},
+    {"watch", "A line for each change of an account, until stopped", watch,
+     [](CLI::App& command, Options& options) {
+       declareTypes(command, options);
+       command.add_option("--since", options.since, "Begin with what happened since FILE was kept")
+           ->type_name("FILE");
+       command.add_option("--keep", options.keep, "Keep in FILE how far changes were told")
+           ->type_name("FILE");
+       command.add_flag("--once", options.once, "End after the first change");
+       command.add_flag("--bus", options.bus,
+                        "Tell the message bus, names only, and print nothing");
+     }},
+    {"set", "Store a value in an account", set,
+     [](CLI::App& command, Options& options) {
+       declareKey(command, options);
+       command.add_option("VALUE", options.value, "Or -, for that of standard input")->required();
+       command.add_flag("--new-key", options.mayBeNew,
+                        "Store a key that differs from a known one in capitals alone");
+       command
+           .add_option("--type", options.kind,
                        "Kind of the value; else that of the present one, or string")
-            ->type_name("KIND")
-            ->check(CLI::IsMember(writableKinds()));
-      });
+           ->type_name("KIND")
+           ->check(CLI::IsMember(writableKinds()));
+     }},
+    {"unset", "Remove a value from an account", unset, declareKey},
+    {"enable", "Turn a dataclass of an account on", enable, declareDataclass},
+    {"disable", "Turn a dataclass of an account off", disable, declareDataclass},
+    {"add", "Add an account, and print its identifier", add,
+     [](CLI::App& command, Options& options) {
+       command
+           .add_option("TYPE", options.type, "Its account type, as \"tallbook types\" lists them")
+           ->required();
+       command.add_option("CLASS", options.className, "Its class; else the type's usual one");
+       command.add_option("--name", options.name, "Name shown to the user");
+       command.add_option("--parent", options.parent, "The account to add it to as a child")
+           ->type_name("ID");
+     }},
+    {"remove", "Remove an account, with its children", remove,
+     [](CLI::App& command, Options& options) {
+       declareAccount(command, options);
+       command.add_flag("--yes", options.isAgreedTo,
+                        "Do not ask before an account with children goes");
+     }},
+    {"edit", "Edit an account, or all, as text", edit,
+     [](CLI::App& command, Options& options) {
+       command.add_option("ID", options.account, "An account; else all of them");
+     }},
+    {"apply", "Make accounts as a file has them", apply,
+     [](CLI::App& command, Options& options) {
+       command.add_option("FILE", options.file, "As dump prints it; - for standard input")
+           ->required();
+       command.add_flag("--prune", options.prune, "Remove the accounts that the file lacks");
+       command.add_flag("--dry-run", options.host.isPreview,
+                        "Show the difference and change nothing");
+     }},
+    {"restore", "Put the accounts of a generation back", restore,
+     [](CLI::App& command, Options& options) {
+       command.add_option("GENERATION", options.generation, "As \"tallbook history\" lists them")
+           ->required();
+     }},
+    {"undo", "Restore the newest generation", undo, declareNothing},
+    {"init", "Make an empty device tree to develop against", init,
+     [](CLI::App& command, Options& options) {
+       command.add_option("DIR", options.folder, "A new or an empty folder")->required();
+     }},
+};
 
-  command(
-      app, "unset", "Remove a value from an account",
-      [this] { return unset(options, identifier, key); }, identifierAnd("KEY", key));
-
-  for (const bool enabled : {true, false}) {
-    command(
-        app, enabled ? "enable" : "disable",
-        enabled ? "Turn a dataclass of an account on" : "Turn a dataclass of an account off",
-        [this, enabled] { return setEnabled(options, identifier, dataclass, enabled); },
-        identifierAnd("DATACLASS", dataclass));
-  }
-
-  command(
-      app, "add", "Add an account, and print its identifier",
-      [this] { return add(options, type, className, name, parent); },
-      [this](CLI::App& sub) {
-        sub.add_option("TYPE", type, "Its account type, as \"tallbook types\" lists them")
-            ->required();
-        sub.add_option("CLASS", className, "Its class; else the type's usual one");
-        sub.add_option("--name", name, "Name shown to the user");
-        sub.add_option("--parent", parent, "The account to add it to as a child")->type_name("ID");
-      });
-
-  command(
-      app, "remove", "Remove an account, with its children",
-      [this] { return remove(options, identifier, isAgreedTo); },
-      [this](CLI::App& sub) {
-        declareAccount(sub, identifier);
-        sub.add_flag("--yes", isAgreedTo, "Do not ask before an account with children goes");
-      });
-
-  command(
-      app, "edit", "Edit an account, or all, as text", [this] { return edit(options, identifier); },
-      [this](CLI::App& sub) { sub.add_option("ID", identifier, "An account; else all of them"); });
-
-  command(
-      app, "apply", "Make accounts as a file has them",
-      [this] { return apply(options, accounts, prune); },
-      [this](CLI::App& sub) {
-        sub.add_option("FILE", accounts, "As dump prints it; - for standard input")->required();
-        sub.add_flag("--prune", prune, "Remove the accounts that the file lacks");
-        sub.add_flag("--dry-run", shared.host.isPreview, "Show the difference and change nothing");
-      });
-
-  command(
-      app, "restore", "Put the accounts of a generation back",
-      [this] { return restore(options, generation); },
-      [this](CLI::App& sub) {
-        sub.add_option("GENERATION", generation, "As \"tallbook history\" lists them")->required();
-      });
-
-  command(app, "undo", "Restore the newest generation", [this] { return undo(options); });
-
-  command(
-      app, "init", "Make an empty device tree to develop against", [this] { return init(folder); },
-      [this](CLI::App& sub) {
-        sub.add_option("DIR", folder, "A new or an empty folder")->required();
-      },
-      false);
-}
-
-std::vector<std::string> CommandLine::namesOfCommands(const CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; })) {
-    names.push_back(each->get_name());
-  }
-  return names;
-}
-
-Failure CommandLine::noCommand(const CLI::App& app, const std::string& word) {
-  const std::string advice = adviceOnMisspelt(word, namesOfCommands(app));
+Failure noCommand(const std::string& word) {
+  std::vector<std::string> names{"help"};
+  for (const Command& command : kCommands) names.emplace_back(command.name);
+  const std::string advice = adviceOnMisspelt(word, names);
   return Failure(ExitCode::Usage, "there is no command " + word +
                                       (advice.empty() ? "; see tallbook --help" : advice));
 }
 
-ExitCode CommandLine::help(const CLI::App& app) const {
-  const auto isMeant = [this](const CLI::App* each) { return each->get_name() == helpFor; };
+/// Prints how to use a command, or all of them where its name is empty.
+ExitCode help(const CLI::App& app, const std::string& about) {
+  const auto isMeant = [&](const CLI::App* each) { return each->get_name() == about; };
   const auto found = app.get_subcommands(isMeant);
-  if (found.empty() && !helpFor.empty()) throw noCommand(app, helpFor);
-  const CLI::App* const about = found.empty() ? &app : found.front();
+  if (found.empty() && !about.empty()) throw noCommand(about);
   // An App that has met a command helps with that one.
-  std::cout << app.get_formatter()->make_help(
-      about, found.empty() ? "tallbook" : "tallbook " + helpFor, CLI::AppFormatMode::Normal);
+  std::cout << app.get_formatter()->make_help(found.empty() ? &app : found.front(),
+                                              found.empty() ? "tallbook" : "tallbook " + about,
+                                              CLI::AppFormatMode::Normal);
   return ExitCode::Done;
 }
 
-ExitCode CommandLine::runCommand(const CLI::App& app) const {
+// Declaring all commands takes longer than reading an account, so it is only those that the words
+// can mean; all of them for the help, for completion, and for words that mean none.
+void declareCommands(CLI::App& app, Options& options, const std::vector<std::string_view>& words) {
+  const auto isAmongWords = [&](std::string_view word) {
+    return std::ranges::find(words, word) != words.end();
+  };
+  const bool isForHelp = isAmongWords("-h") || isAmongWords("--help") || isAmongWords("help") ||
+                         isAmongWords(kCompleteCommand);
+  const bool areAllMeant =
+      isForHelp || std::ranges::none_of(kCommands, isAmongWords, &Command::name);
+  for (const Command& command : kCommands) {
+    if (!areAllMeant && !isAmongWords(command.name)) continue;
+    command.declare(*app.add_subcommand(command.name, command.summary), options);
+  }
+  if (!areAllMeant) return;
+  app.add_subcommand("help", "How to use a command")
+      ->add_option("COMMAND", options.name, "Else all of them, by name");
+}
+
+/// Does what the parsed words ask for; throws Failure for words that ask for nothing.
+ExitCode run(const CLI::App& app, const Options& options) {
   std::vector<std::string> unexpected = app.remaining(true);
   std::erase(unexpected, "--");
-  if (!unexpected.empty() && !run) throw noCommand(app, unexpected.front());
+  const auto parsed = app.get_subcommands();
+  if (parsed.empty()) {
+    if (!unexpected.empty()) throw noCommand(unexpected.front());
+    throw Failure(ExitCode::Usage, "what is to be done? See tallbook --help");
+  }
+  const std::string name = parsed.front()->get_name();
   if (!unexpected.empty()) {
     throw Failure(ExitCode::Usage, "the argument " + unexpected.front() +
-                                       " is not expected; see tallbook help " +
-                                       app.get_subcommands().front()->get_name());
+                                       " is not expected; see tallbook help " + name);
   }
-  if (!run) throw Failure(ExitCode::Usage, "what is to be done? See tallbook --help");
-  if (_isOnDevice) shared.configure();
-  const ExitCode code = run();
+  if (name == "help") return help(app, options.name);
+  // What makes a device needs none.
+  if (name != "init") options.configure();
+  const ExitCode code = std::ranges::find(kCommands, name, &Command::name)->run(options);
   // What a preview saves is not on the device.
-  if (shared.host.isPreview) failFromHereOnWith(static_cast<int>(ExitCode::NotSaved));
+  if (options.host.isPreview) failFromHereOnWith(static_cast<int>(ExitCode::NotSaved));
   return code;
 }
 
 int answer(int argc, char** argv) {
   CLI::App app("Looks at the accounts of a device and changes them.", "tallbook");
-  CommandLine line({argv + 1, argv + argc});
-  line.declare(app);
+  Options options;
+  options.declare(app);
+  app.add_flag("--give-up-upgrade", options.givesUpUpgrade,
+               "Save a file of an older version, which will not be upgraded any more then");
+  const auto noWait = [&](std::int64_t) { options.waitsForMigration = false; };
+  app.add_flag("--no-wait", noWait, "Change the accounts although a migration runs");
+  app.require_subcommand(0, 1);
+  app.fallthrough();
+  // What nobody expects is told of by `run`, which knows what there is.
+  app.allow_extras();
+  declareCommands(app, options, {argv + 1, argv + argc});
   // Its words are those of another command line, and no options of this one.
   if (argc > 1 && std::string_view(argv[1]) == kCompleteCommand) {
-    return complete(app, line.shared, argc, argv);
+    return complete(app, options, argc, argv);
   }
-  if (const auto end = parse(app, argc, argv, line.shared, static_cast<int>(ExitCode::Usage))) {
+  if (const auto end = parse(app, argc, argv, options, static_cast<int>(ExitCode::Usage))) {
     return *end;
   }
-  line.options.json = line.shared.json;
-  line.options.replaceUnreadable = line.shared.replaceUnreadable;
   try {
-    return static_cast<int>(line.runCommand(app));
+    return static_cast<int>(run(app, options));
   } catch (const Failure& failure) {
     return fail(failure.what(), static_cast<int>(failure.code()));
   } catch (const InternalConsistencyFailure& failure) {

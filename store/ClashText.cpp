@@ -1,15 +1,14 @@
-#include "tools/tallbook/ClashText.h"
+#include <string>
 
+#include "tallbook/AccountsManager.h"
+#include "tallbook/ScalarText.h"
 #include "tallbook/Vocabulary.h"
 
-#include "tools/common/Output.h"
-#include "tools/tallbook/ValueText.h"
-
-namespace tallbook::tool {
+namespace tallbook {
 namespace {
 
 std::string valueText(const Value& value) {
-  return value.isNull() ? "nothing" : shortened(lineText(value));
+  return value.isNull() ? "nothing" : shortened(value.description());
 }
 
 String displayNameIn(const Value& properties) {
@@ -39,8 +38,8 @@ std::string subject(const SaveClash& clash, const AccountsManager& store) {
 
 }  // namespace
 
-std::string textOfClash(const SaveClash& clash, const AccountsManager& store) {
-  const std::string of = subject(clash, store);
+std::string AccountsManager::textOfClash(const SaveClash& clash) const {
+  const std::string of = subject(clash, *this);
   if (clash.kind == SaveClash::Kind::Key) {
     return "clash: \"" + shortened(clash.key.view()) + "\" of " + of + " is saved as " +
            valueText(clash.here) + "; others had changed it to " + valueText(clash.elsewhere);
@@ -51,4 +50,4 @@ std::string textOfClash(const SaveClash& clash, const AccountsManager& store) {
          valueText(clash.here.isNull() ? clash.elsewhere : clash.here);
 }
 
-}  // namespace tallbook::tool
+}  // namespace tallbook

@@ -1,17 +1,16 @@
-#include "tools/tallbook/FileCheck.h"
+#include "tallbook/Findings.h"
 
 #include <map>
 #include <set>
 
+#include "tallbook/AccountCreators.h"
 #include "tallbook/AccountsManager.h"
+#include "tallbook/DataclassNames.h"
+#include "tallbook/RecordKeys.h"
+#include "tallbook/ScalarText.h"
 #include "tallbook/Vocabulary.h"
 
-#include "tools/common/Dataclasses.h"
-#include "tools/common/Output.h"
-#include "tools/tallbook/RecordKeys.h"
-#include "tools/tallbook/ValueText.h"
-
-namespace tallbook::tool {
+namespace tallbook {
 namespace {
 
 using Kind = Value::Kind;
@@ -51,7 +50,7 @@ class FileCheck {
               ", and reads as " + std::to_string(version.unsignedValue()));
     } else if (version.unsignedValue() != current) {
       add("ambiguous", kPlistVersionKey.str(),
-          "it is " + lineText(version) +
+          "it is " + version.description() +
               (version.unsignedValue() < current ? ", older than " : ", newer than ") +
               std::to_string(current) + ", which the next save writes whatever the records are");
     }
@@ -61,8 +60,8 @@ class FileCheck {
     const String type = record[kAccountType].string();
     const String identifier = record[kAccountIdentifier].string();
     if (type.empty() && identifier.empty()) return place;
-    return place + " (" + shortened(type.str()) + (type.empty() || identifier.empty() ? "" : " ") +
-           shortened(identifier.str()) + ")";
+    return place + " (" + shortened(type) + (type.empty() || identifier.empty() ? "" : " ") +
+           shortened(identifier) + ")";
   }
 
   void checkTopLevel(const std::string& index, const Value& element) {
@@ -147,9 +146,9 @@ class FileCheck {
     };
     for (const Value& dataclass : *dataclasses) {
       if (dataclass.kind() != Kind::String) {
-        tellOnce(lineText(dataclass) + ", no dataclass");
+        tellOnce(shortened(dataclass.description()) + ", no dataclass");
       } else if (!supported || !supported->contains(dataclass)) {
-        tellOnce(shortName(*dataclass.stringView()) + ", which the type does not carry");
+        tellOnce(shortNameOfDataclass(*dataclass.stringView()) + ", which the type does not carry");
       }
     }
   }
@@ -161,8 +160,16 @@ class FileCheck {
 
 }  // namespace
 
-std::vector<Finding> findingsOf(const Dictionary& content) {
-  return FileCheck().run(content);
+std::vector<Finding> findingsInAccountsFile(const Dictionary& topLevel) {
+  return FileCheck().run(topLevel);
 }
 
-}  // namespace tallbook::tool
+std::vector<Finding> findingsInCreators() {
+  std::vector<Finding> findings;
+  for (const AccountCreator& creator : accountCreators()) {
+    if (!creator.fault.empty()) findings.push_back({"broken", creator.place, creator.fault});
+  }
+  return findings;
+}
+
+}  // namespace tallbook

@@ -1,28 +1,25 @@
-#include <gtest/gtest.h>
 #include <string>
 
 #include "tallbook/Vocabulary.h"
 
-#include "tools/common/Output.h"
-#include "tools/tallbook/ClashText.h"
+#include "tests/store/StoreDevice.h"
 
-namespace tallbook::tool {
-
-const char* const kProgram = "test";
-
+namespace tallbook {
 namespace {
 
 using Kind = SaveClash::Kind;
 
-DictionaryRef record(const char* name) {
+DictionaryRef named(const char* name) {
   return Dictionary::make({{kAccountType, kMailAccountType},
                            {kAccountClass, "IMAPAccount"},
                            {kAccountIdentifier, "m1"},
                            {kAccountDisplayName, name}});
 }
 
-TEST(AClash, IsNamedWithItsAccountAndBothValues) {
-  const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({record("Work")}));
+class AClash : public StoreDevice {};
+
+TEST_F(AClash, IsNamedWithItsAccountAndBothValues) {
+  const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({named("Work")}));
   const struct {
     SaveClash clash;
     const char* text;
@@ -31,28 +28,28 @@ TEST(AClash, IsNamedWithItsAccountAndBothValues) {
        "clash: \"Port\" of the account m1 \"Work\" is saved as 993; others had changed it to 143"},
       {{Kind::Key, "m1", {}, "Port", {}, "a\nb"},
        "clash: \"Port\" of the account m1 \"Work\" is saved as nothing; others had changed it to "
-       R"("a\nb")"},
+       R"("a\x0ab")"},
       {{Kind::Key, "m1", "c1", "Port", 993, {}},
        "clash: \"Port\" of the child c1 of the account m1 \"Work\" is saved as 993; others had "
        "changed it to nothing"},
       {{Kind::Account, "m1", "c1", {}, {}, Dictionary::make({{kAccountDisplayName, "Child"}})},
        "clash: the child c1 of the account m1 \"Work\" is removed, though others had changed it to "
-       R"({"DisplayName":"Child"})"},
+       R"({"DisplayName": "Child"})"},
       {{Kind::Account, "gone", {}, {}, {}, Dictionary::make({{kAccountDisplayName, "Home"}})},
        "clash: the account gone \"Home\" is removed, though others had changed it to "
-       R"({"DisplayName":"Home"})"},
+       R"({"DisplayName": "Home"})"},
       {{Kind::Account, {}, {}, {}, Dictionary::make({{"Port", 1}}), {}},
        "clash: the account without identifier is saved, though others had removed it: "
-       R"({"Port":1})"},
+       R"({"Port": 1})"},
   };
-  for (const auto& [clash, text] : cases) EXPECT_EQ(textOfClash(clash, *store), text);
+  for (const auto& [clash, text] : cases) EXPECT_EQ(store->textOfClash(clash), text);
 }
 
-TEST(AClash, IsShortHoweverLongTheValues) {
-  const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({record("Work")}));
+TEST_F(AClash, IsShortHoweverLongTheValues) {
+  const auto store = AccountsManager::initWithAccounsInfoArray(Array::make({named("Work")}));
   const std::string text(100'000, 'x');
-  EXPECT_LT(textOfClash({Kind::Key, text, text, text, text, text}, *store).size(), 2000U);
+  EXPECT_LT(store->textOfClash({Kind::Key, text, text, text, text, text}).size(), 2000U);
 }
 
 }  // namespace
-}  // namespace tallbook::tool
+}  // namespace tallbook
