@@ -14,10 +14,10 @@ namespace tallbook {
 struct AccountCreator {
   std::string
       place;  ///< the file and what in it, "/usr/share/tallbook/AccountCreators.plist, Mail[0]"
-  String accountType;
+  String accountType;     ///< the type that it serves; null for what is no entry of a known type
   std::string role;       ///< "FullAccount", "SyncAccount" or "NotifierAccount"
   std::string framework;  ///< the module's path below the system root
-  std::string className;
+  std::string className;  ///< the name that the module registers the class under
   /// Why it serves nobody, on one line; empty for a sound entry. With a fault, the entry may also
   /// be a whole file, one that lacks a type, or what stands in the place of entries.
   std::string fault;
@@ -32,7 +32,10 @@ struct AccountCreator {
 
 /// Of the class operations that count for a creator's role, those that its class has and has not.
 struct TALLBOOK_EXPORT CreatorOperations {
-  std::vector<std::string_view> offered, lacking;  ///< both empty where no class was found
+  /// Their names, such as "noteAccountChanges"; both empty where no class was found.
+  /// @{
+  std::vector<std::string_view> offered, lacking;
+  /// @}
   /// Why the class cannot do what its role is there for, on one line; else empty.
   std::string fault;
 

@@ -10,8 +10,8 @@ namespace tallbook {
 
 /// An accounts file as it was at one moment.
 struct AccountsFileContents {
-  AccountsFileState state;
-  DictionaryRef topLevel;  ///< frozen; null where the file has no dictionary at its top
+  AccountsFileState state;  ///< why there is no content, where there is none
+  DictionaryRef topLevel;   ///< frozen; null where the file has no dictionary at its top
 
   /// What stands under "Accounts"; null where that is no array.
   TALLBOOK_EXPORT ArrayRef records() const;

@@ -22,9 +22,10 @@ struct AccountsGeneration {
 
 /// The last generations of the accounts file. Saves keep them on the way: the first of those that
 /// follow each other within a minute, as many as the device prefers. All operations look at the
-/// files anew; other processes keep and remove generations at the same time.
+/// files anew, and are thread-safe; other processes keep and remove generations at the same time.
 class TALLBOOK_EXPORT AccountsHistory {
  public:
+  /// The generations there are, or why nobody can tell.
   struct List {
     std::vector<AccountsGeneration> generations;  ///< the newest first
     std::string problem;  ///< on one line, why they could not be listed; else empty
@@ -32,13 +33,15 @@ class TALLBOOK_EXPORT AccountsHistory {
   /// No generations, without a problem, where none was ever kept.
   [[nodiscard]] static List list();
 
+  /// What a generation holds, or why nobody can tell.
   struct Content {
     DictionaryRef accountsFile;  ///< the file's top level; null where there is a problem
     std::string problem;         ///< on one line, why it could not be read; else empty
   };
-  /// What the generation of that name holds.
+  /// What the generation of that name holds. Throws what `propertyListFromBytes` does.
   [[nodiscard]] static Content content(std::string_view name);
 
+  /// What could not be removed.
   struct Remaining {
     std::string name;     ///< of a file in the generations' folder; empty for the folder itself
     std::string problem;  ///< on one line, why it could not be removed

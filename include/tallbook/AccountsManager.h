@@ -17,28 +17,40 @@
 #include "tallbook/String.h"
 #include "tallbook/Value.h"
 
+/// @file
+/// The store of account records.
+
+/// The accounts of a device: records and the store that keeps them, values and their encodings,
+/// what hears of changes, and the migration of what earlier releases kept.
 namespace tallbook {
 
 class LockHold;
 
-/// A record that no store can hold, and why, on one line.
+/// A record that no store can hold.
 struct RecordFault {
-  Value record;
-  std::string why;
+  Value record;     ///< what stands in its place in "Accounts", of whatever kind
+  std::string why;  ///< on one line
 };
 
 /// The store of account records: reads the accounts file when it is made, answers look-ups, takes
 /// changes, and on `saveAllAccounts` merges them with what others wrote meanwhile.
 ///
-/// A store is made for one task and used by one thread at a time; stores are independent of each
-/// other. Records that it hands out are shared with it: a change made through one is saved with
-/// the store.
+/// A store is made for one task, and is thread-bound together with the records that it hands out;
+/// stores are independent of each other, and class operations are thread-safe. Those records are
+/// shared with it: a change made through one is saved with the store.
+///
+/// The operations that make a store never answer null; they throw InternalConsistencyFailure where
+/// there are records and the account type catalogue cannot be read. Changes are made in memory
+/// only, until the store is saved; one by a null record changes nothing.
 class TALLBOOK_EXPORT AccountsManager {
  public:
+  /// Records in an order that the operation tells. As a parameter it may hold null, which counts as
+  /// no record.
   using AccountList = std::vector<std::shared_ptr<BasicAccount>>;
+  /// Account types to look for, such as `kMailAccountType`; nothing is of an unknown one.
   using AccountTypes = std::vector<String>;
 
-  // Creation. Never null.
+  // Creation
 
   /// A store of the accounts file's records; empty for a file that is missing, no accounts file or
   /// unreadable, which `fileState` tells apart.
@@ -50,11 +62,14 @@ class TALLBOOK_EXPORT AccountsManager {
   /// and must not see another one.
   [[nodiscard]] static std::shared_ptr<AccountsManager> initWithAccountsFile(
       const AccountsFileContents& file);
-  /// A store of the given record dictionaries; null counts as none.
+  /// A store of the given record dictionaries; null counts as none. What is no record is left out,
+  /// as `droppedRecords` tells. The underscored one is the same under its internal name.
+  /// @{
   [[nodiscard]] static std::shared_ptr<AccountsManager> initWithAccounsInfoArray(
       const ArrayRef& infos);
   [[nodiscard]] static std::shared_ptr<AccountsManager> _initWithAccountsInfo(
       const ArrayRef& infos);
+  /// @}
 
   ~AccountsManager();
   AccountsManager(const AccountsManager&) = delete;
@@ -64,6 +79,7 @@ class TALLBOOK_EXPORT AccountsManager {
 
   /// The format version that this library writes: 12.
   static std::uint64_t currentVersion() noexcept;
+  /// Where the accounts file lies, or would lie, below the process's root.
   static std::string fullPathToTallbookPlist();
   /// What lies there now, read once. For one that cannot be read the state says why.
   [[nodiscard]] static AccountsFileContents readAccountsFile();
@@ -73,8 +89,10 @@ class TALLBOOK_EXPORT AccountsManager {
   const AccountsFileState& fileState() const noexcept;
   /// The file's version as it was read, 0 where there was none; the upgrade of an older file
   /// raises it. Saving never writes it.
+  /// @{
   std::uint64_t dataVersion() const noexcept;
   void setDataVersion(std::uint64_t version) noexcept;
+  /// @}
 
   /// What the file holds and loading left out when the store was made.
   const std::vector<RecordFault>& droppedRecords() const noexcept;
@@ -99,27 +117,36 @@ class TALLBOOK_EXPORT AccountsManager {
   /// All top-level records in store order, then all indexed child records in the order in which
   /// they were filed: that of their parents, until a parent is changed.
   [[nodiscard]] AccountList allBasicSyncableAccounts() const;
+  /// The top-level records of any of the types, in store order, or their number; children are not
+  /// among them.
+  /// @{
   [[nodiscard]] AccountList basicAccountsWithTypes(const AccountTypes& types) const;
   std::uint64_t countOfBasicAccountsWithTypes(const AccountTypes& types) const;
+  /// @}
   /// Number of top-level records.
   std::uint64_t count() const noexcept;
 
-  // Full accounts. They throw InternalConsistencyFailure as `fullAccountUsingLoader` does. A change
-  // made through a full account is not saved; see there.
+  // Full accounts. A change made through one is not saved; see `fullAccountUsingLoader`.
 
   /// The full account of the top-level or child record with that identifier; null for an unknown
-  /// or empty one.
+  /// or empty one. The loader may be null. Throws as `BasicAccount::fullAccountUsingLoader`.
   [[nodiscard]] std::shared_ptr<BasicAccount> fullAccountWithIdentifierLoader(
       std::string_view identifier, AccountLoader* loader) const;
-  /// Full accounts of the matching records, each top-level record followed by its children.
+  /// Full accounts of the records of any of the types, each top-level record followed by its
+  /// children of such a type. Without a loader the modules of the creators information are loaded.
+  /// Throws as `fullAccountWithIdentifierLoader`, and hands out none then.
+  /// @{
   [[nodiscard]] AccountList accountsWithTypesWithLoader(const AccountTypes& types,
                                                         AccountLoader* loader) const;
   [[nodiscard]] AccountList accountsWithTypes(const AccountTypes& types) const;
+  /// @}
+  /// `accountsWithTypes` for incoming mail: the types Mail, Veltro, Gmail and Yahoo.
   [[nodiscard]] AccountList allMailAccounts() const;
-  /// The on-device account; its record is made, not saved, when the store has none.
+  /// The on-device account; its record is made, not saved, when the store has none. Throws as
+  /// `fullAccountWithIdentifierLoader`.
   [[nodiscard]] std::shared_ptr<BasicAccount> fullDeviceLocalAccount();
 
-  // Changes. In memory only, until the store is saved. A null record changes nothing.
+  // Changes
 
   /// Puts the record in place of the stored one with its identifier; nothing when there is none.
   ///
@@ -140,6 +167,8 @@ class TALLBOOK_EXPORT AccountsManager {
   void deleteAccount(const std::shared_ptr<BasicAccount>& account);
   /// `deleteAccount` for each of them, in one walk over the store.
   void deleteAccounts(const AccountList& accounts);
+  /// `deleteAccount` for the top-level record that look-ups find under the identifier; nothing for
+  /// a child's.
   void deleteAccountWithIdentifier(std::string_view identifier);
   /// Puts the new record at the stored one's place, the first where that object is stored several
   /// times; nothing when it is not stored.
@@ -195,17 +224,16 @@ class TALLBOOK_EXPORT AccountsManager {
   /// Every save writes the whole dictionary of every account, names and hosts included, to the
   /// library log, which is the system's journal unless `HostOptions::log` says otherwise.
   [[nodiscard]] bool saveAllAccounts();
+  /// When the file that a save replaces is kept as a generation (`AccountsHistory`). With
+  /// `AtMostOnceAMinute`, as by `saveAllAccounts`, it is by the first of a burst of saves, so that
+  /// a busy program does not push out what was before.
+  enum class KeepGeneration { AtMostOnceAMinute, Always };
   /// Writes what this store changed since it last read or wrote the file, and keeps what others
   /// changed, whole accounts included: theirs stay, and those that they deleted stay deleted. Of
   /// what both changed, this store's is written and the receipt names the clash. Lists of
   /// dataclasses and children are merged member by member. Nothing is written where the file is as
   /// it should be already. Notifies and throws as `saveAllAccounts`; the store itself goes on with
   /// what it had.
-  ///
-  /// The file that is replaced is kept as a generation (`AccountsHistory`): with
-  /// `AtMostOnceAMinute` the first of a burst of saves, so that a busy program does not push out
-  /// what was before.
-  enum class KeepGeneration { AtMostOnceAMinute, Always };
   [[nodiscard]] SaveReceipt saveChanges(KeepGeneration keep = KeepGeneration::AtMostOnceAMinute);
   /// What a person is to know of a clash of this store's last save, on one line: the account, what
   /// of it, and both values, shortened.
@@ -221,11 +249,14 @@ class TALLBOOK_EXPORT AccountsManager {
   // Notifications
 
   /// Tell the notifier classes of the record's type and the dataclass that it is about to be, or
-  /// was, switched. Throw as `_notifierClassNamesForAccountTypeDataclass`, and for a missing class.
+  /// was, switched; nobody hears of a null record. Throw as
+  /// `_notifierClassNamesForAccountTypeDataclass`, and for a missing class.
+  /// @{
   static void accountWillChangeForDataclass(const std::shared_ptr<BasicAccount>& account,
                                             const String& dataclass);
   static void accountDidChangeForDataclass(const std::shared_ptr<BasicAccount>& account,
                                            const String& dataclass);
+  /// @}
   /// Localised title of the group of subscribed calendars; null for every other type.
   static String displayNameForGroupOfAccountTypeForBeginningOfSentence(std::string_view accountType,
                                                                        bool forBeginning);
@@ -233,7 +264,8 @@ class TALLBOOK_EXPORT AccountsManager {
   // MigrationSupport
 
   /// Waits until no other process migrates and holds the migration lock; null when it cannot be
-  /// made.
+  /// made. The hold ends by `releaseMigrationLock`, with the last of its owners, or with the
+  /// process.
   [[nodiscard]] static std::shared_ptr<LockHold> createAndLockMigrationLock();
   /// Unlocks the lock, whoever else shares it. Null is allowed.
   static void releaseMigrationLock(const std::shared_ptr<LockHold>& lock);
@@ -246,19 +278,26 @@ class TALLBOOK_EXPORT AccountsManager {
                                        std::optional<std::chrono::milliseconds> timeout = {});
   /// Whether the accounts file's version is older than `currentVersion`.
   [[nodiscard]] static bool tallbookNeedsToBeMigrated();
-  /// Sets which migration work is needed. Throws InternalConsistencyFailure for a null pointer.
+  /// Sets which migration work is needed: whether there are legacy files of either kind, and where
+  /// there are none, `tallbookNeedsToBeMigrated`. Throws InternalConsistencyFailure for a null
+  /// pointer.
   static void shouldMigrateOldMailAccountsOldSyncoraAccountsNewTallbook(bool* oldMailAccounts,
                                                                         bool* oldSyncoraAccounts,
                                                                         bool* newTallbook);
-  /// Deletes the accounts file.
+  /// Deletes the accounts file. That it cannot be deleted is only logged.
   static void removeNewTallbookToMigrateOldAccountInformation();
+  /// Whether the legacy file of mail, or of Exchange accounts, is there. False, with a log line,
+  /// where nobody can tell.
+  /// @{
   static bool _oldMailAccountsInformationFound();
   static bool _oldSyncoraAccountsInformationFound();
+  /// @}
 
-  // Internal
+  // Internal: for the migration, and for whoever stands in for the store in telling notifiers.
 
   /// Keeps the accounts file of which a migration's store was made as a generation of its own, if
-  /// there is one. What could not be done, on one line; else empty.
+  /// there is one. What could not be done, on one line; else empty. Only for a store that
+  /// `initInsideOfMigration` made.
   std::string _keepGenerationBeforeMigration();
   /// The records as the last save of a migration's store wrote them, merged with what the file had,
   /// in the order of `allBasicAccounts`; none for other stores.
@@ -272,9 +311,17 @@ class TALLBOOK_EXPORT AccountsManager {
   static void _setShouldSkipNotifications(bool skip) noexcept;
   /// Change records for each notifier class, in the order in which the classes were first met.
   using NotificationBatch = std::vector<std::pair<String, ArrayRef>>;
+  /// Adds the change record of one account to the records of each notifier class that serves its
+  /// type and a dataclass which the change concerns. `changeType` is a value of
+  /// `kTBChangeAccountChangeTypeKey`; `original` is null for an added account, `current` for a
+  /// removed one. Throws as `_notifierClassNamesForAccountTypeDataclass`.
   static void _addNotificationToDictionaryForChangeTypeOriginalPropertiesCurrentProperties(
       NotificationBatch& batch, std::int32_t changeType, const DictionaryRef& original,
       const DictionaryRef& current);
+  /// Tells the notifier classes how the top-level records differ from those that they were last
+  /// told of. Saves do it, and count them as told; by itself this leaves them to be told again.
+  /// Throws InternalConsistencyFailure for a notifier class that cannot be found or loaded, or that
+  /// hears of no changes.
   void _sendNotificationsForChangedAccounts();
 
  private:
@@ -288,11 +335,13 @@ class TALLBOOK_EXPORT AccountsManager {
 
 }  // namespace tallbook
 
-/// Paths of the accounts file and of the legacy files. The text belongs to the library and stays
-/// valid until the same thread calls the same function again.
+/// Paths of the accounts file and of the legacy files, of mail and of Exchange accounts. The text
+/// belongs to the library and stays valid until the same thread calls the same function again.
+/// @{
 extern "C" TALLBOOK_EXPORT const char* tallbookAccountsPath();
 extern "C" TALLBOOK_EXPORT const char* mailAccountsPath();
 extern "C" TALLBOOK_EXPORT const char* syncoraAccountPath();
+/// @}
 
 /// Called for every converted record of the class "MailAccount"; reports nothing.
 extern "C" TALLBOOK_EXPORT void reportMailAccountClassFound(const tallbook::Dictionary* properties,

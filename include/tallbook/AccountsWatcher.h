@@ -48,6 +48,7 @@ class TALLBOOK_EXPORT AccountsWatcher {
     /// more then, whatever changed. A file that is missing is one without accounts.
     std::optional<AccountsFileState> newState;
 
+    /// Whether there is anything to deal with.
     explicit operator bool() const noexcept { return !accounts.empty() || newState.has_value(); }
   };
 

@@ -24,10 +24,10 @@ struct DataclassExplanation {
 /// The record of one account: its live properties, a snapshot of them as last read or written, the
 /// parent record of a child, and the full and sync accounts made from it on request.
 ///
-/// Class operations may be called from any thread; a record is used by one thread at a time.
-/// Lists of dataclasses are arrays of strings in canonical order. The first use of the class or of
-/// a subclass, whichever operation it is, reads the account type catalogue and throws
-/// InternalConsistencyFailure when it cannot; later ones find it there.
+/// Class operations are thread-safe; a record is thread-bound, together with its parent, its
+/// children and its store. Lists of dataclasses are arrays of strings in canonical order. The first
+/// use of the class or of a subclass, whichever operation it is, reads the account type catalogue
+/// and throws InternalConsistencyFailure when it cannot; later ones find it there.
 class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
                                      public std::enable_shared_from_this<BasicAccount> {
  protected:
@@ -40,7 +40,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
  public:
   // Account type catalogue
 
-  /// Builds the catalogue; every class operation runs it first.
+  /// Reads the catalogue where that was not done yet; every other class operation runs it first.
   static void initialize();
   /// False on processors of the architecture "armv6".
   static bool isMultitaskingEnabled();
@@ -55,18 +55,27 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   static ArrayRef supportedDataclassesForAccountType(std::string_view type);
   /// Choices to offer when a dataclass is turned on (off) on an account of the type, without
   /// "Keep Local Data" when the dataclass lives in one store only; null where the type has none.
+  /// @{
   static ArrayRef userActionsToEnableDataclassForAccountType(std::string_view dataclass,
                                                              std::string_view type);
   static ArrayRef userActionsToDisableDataclassForAccountType(std::string_view dataclass,
                                                               std::string_view type);
+  /// @}
   /// A copy of the list without its last "Keep Local Data"; null for null.
   static ArrayRef removeActionsIncompatibleWithSingleStoreDataclass(const ArrayRef& actions);
   /// Choices to offer when an account of the type is deleted; null where the type has none.
   static ArrayRef deleteAccountActionsForAccountType(std::string_view type);
+  /// What the catalogue says of an account type under `kPropertiesShowRemindersSeparately`; false
+  /// for an unknown type.
   static bool showRemindersSeparatelyForAccountType(std::string_view type);
+  /// What the dataclass properties say under `kDataclassSupportsMultipleStores`,
+  /// `kDataclassDisplaySwitch` and `kDataclassRequiresUserConfirmation`; false for an unknown
+  /// dataclass, and where they cannot be read.
+  /// @{
   static bool multipleStoresSupportedByDataclass(std::string_view dataclass);
   static bool displayToggleForDataclass(std::string_view dataclass);
   static bool userConfirmationIsRequiredByDataclass(std::string_view dataclass);
+  /// @}
   /// The classes that accounts of the type usually have, the most usual first, from the resource
   /// "AccountClasses"; null for a type that it does not list.
   static ArrayRef accountClassesForAccountType(std::string_view type);
@@ -76,17 +85,21 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   // Creation
 
   /// A new record with fresh identifiers. Throws InternalConsistencyFailure for an empty class
-  /// name or an unknown type.
+  /// name or an unknown type. The underscored one is the same under its internal name.
+  /// @{
   [[nodiscard]] static std::shared_ptr<BasicAccount> accountWithTypeClass(const String& type,
                                                                           const String& className);
   [[nodiscard]] static std::shared_ptr<BasicAccount> _initWithTypeClass(const String& type,
                                                                         const String& className);
+  /// @}
   /// A record with these properties, copied one level deep; one without "Identifier" receives a
   /// fresh one. Null, with a log line, for an unknown "Type" or an empty "Class".
+  /// @{
   [[nodiscard]] static std::shared_ptr<BasicAccount> accountWithProperties(
       const DictionaryRef& properties);
   [[nodiscard]] static std::shared_ptr<BasicAccount> initWithProperties(
       const DictionaryRef& properties);
+  /// @}
   /// Why `initWithProperties` makes no record of a value, on one line; empty where it makes one.
   static std::string whyNoRecord(const Value& properties);
   /// Always throws InternalConsistencyFailure: plain construction is not allowed.
@@ -94,6 +107,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// A new UUID, 36 characters in upper case; null when none can be made.
   [[nodiscard]] static String createNewAccountUID();
 
+  /// For `std::make_shared`; clients, who have no `Making`, use the operations above.
   explicit BasicAccount(Making making);
   ~BasicAccount() override;
   BasicAccount(const BasicAccount&) = delete;
@@ -119,8 +133,10 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// Keeps a deep, immutable copy.
   void setOriginalProperties(const DictionaryRef& properties);
 
-  // The strings below fall back to the parent's like `accountPropertyForKey`; null when nobody has
-  // them.
+  /// The strings stored under `kAccountType`, `kAccountIdentifier`, `kAccountSyncIdentifier`,
+  /// `kAccountClass`, `kAccountDisplayName`, `kAccountTypeString` and `kAccountShortTypeString`:
+  /// the record's own, else that of the nearest ancestor that has one, else null.
+  /// @{
   String type() const;
   virtual String identifier() const;
   virtual String syncStoreIdentifier() const;
@@ -128,6 +144,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   virtual String displayName() const;
   String typeString() const;
   String shortTypeString() const;
+  /// @}
   /// The name that a person knows the account by: its display name, user name, kind or type,
   /// whichever it has first.
   std::string nameForPeople() const;
@@ -140,6 +157,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   const std::shared_ptr<BasicAccount>& parentAccount() const noexcept;
   /// Throws InternalConsistencyFailure for the record itself and for one below it.
   void setParentAccount(std::shared_ptr<BasicAccount> parent);
+  /// Null without a parent, and for one that has none.
   String parentAccountIdentifier() const;
 
   // Dataclasses
@@ -151,6 +169,7 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// The parent's list where it is not empty; else enabled (own or inherited) and provisioned.
   /// Null when no list is stored.
   ArrayRef enabledDataclasses() const;
+  /// Whether `enabledDataclasses` has it.
   bool isEnabledForDataclass(std::string_view dataclass) const;
   /// Why `isEnabledForDataclass` answers as it does: the first thing that decides.
   DataclassExplanation explanationForDataclass(std::string_view dataclass) const;
@@ -180,19 +199,29 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
   /// one of theirs does not change this record and is not saved: what is to be stored is set on the
   /// record that the store handed out. Nor do they see later changes of this record.
   [[nodiscard]] std::shared_ptr<BasicAccount> fullAccountUsingLoader(AccountLoader* loader);
+  /// Puts a full account in place of the one that is kept; with null the next request makes one.
   void setFullAccount(std::shared_ptr<BasicAccount> fullAccount);
-  /// The creator's class name, its module loaded; null when the type has no such creator. Throws
-  /// as `fullAccountUsingLoader`.
+  /// Name of the class that makes full, or sync, accounts of the type, its module loaded; null when
+  /// the type has no such creator. Throw InternalConsistencyFailure for malformed creators
+  /// information and a module that cannot be loaded.
+  /// @{
   String fullAccountCreatorClassNameForAccountTypeLoader(const String& accountType,
                                                          AccountLoader* loader) const;
   String syncAccountCreatorClassNameForAccountType(const String& accountType) const;
-  /// The sync account, made on first success and kept; null when none can be made.
+  /// @}
+  /// The sync account, made on first success and kept; null, with a log line where the type has a
+  /// creator, when none can be made. Throws as `syncAccountCreatorClassNameForAccountType`.
   [[nodiscard]] std::shared_ptr<AccountRefreshProtocol> _cachedSyncAccount();
+  /// What the operations above answer, for the role "FullAccount" or "SyncAccount". A loader is
+  /// asked for full accounts alone. Of several creators the last counts, and the modules of all are
+  /// loaded.
   String _creatorClassNameForAccountTypeCreatorTypeLoader(const String& accountType,
                                                           std::string_view creatorType,
                                                           AccountLoader* loader) const;
 
-  /// The sync account's answers; false without one. Throw for malformed creators information.
+  /// The answers of the sync account (`AccountRefreshProtocol`); false without one. Throw as
+  /// `_cachedSyncAccount`.
+  /// @{
   virtual bool refreshContainerWithIdentifierForDataclassIsUserRequested(const String& identifier,
                                                                          const String& dataclass,
                                                                          bool isUserRequested);
@@ -200,11 +229,14 @@ class TALLBOOK_EXPORT BasicAccount : public AccountFullAccountProtocol,
                                                                bool isUserRequested);
   virtual bool refreshContainersForDataclassIsUserRequested(const String& dataclass,
                                                             bool isUserRequested);
+  /// @}
   /// The same, not requested by the user.
+  /// @{
   bool refreshContainerWithIdentifierForDataclass(const String& identifier,
                                                   const String& dataclass);
   bool refreshContainerListForDataclass(const String& dataclass);
   bool refreshContainersForDataclass(const String& dataclass);
+  /// @}
   /// Calls the handler at once with the result code 3.
   void renewAccountCredentialsWithHandler(const RenewalHandler& handler) override;
 

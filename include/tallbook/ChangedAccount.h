@@ -12,7 +12,7 @@ namespace tallbook {
 /// A key of an account that came, went, or has another value. A null value may be stored like any
 /// other; it is not the same as none.
 struct ChangedKey {
-  String key;
+  String key;                   ///< the record's, such as "DisplayName"
   std::optional<Value> before;  ///< none where the key was added
   std::optional<Value> now;     ///< none where it was removed
 };
@@ -20,18 +20,21 @@ struct ChangedKey {
 /// What became of an account, or of a child of one, between two states of the accounts file. All
 /// that it holds is frozen.
 struct ChangedAccount {
+  /// With another identifier it is another account: one is removed, one added.
   enum class Kind { Removed, Changed, Added };
 
-  Kind kind = Kind::Changed;
-  String identifier;  ///< null for a record that has none
-  String type;        ///< as it is now; of a removed one as it was
+  Kind kind = Kind::Changed;  ///< says which of `before` and `now` there are
+  String identifier;          ///< null for a record that has none
+  String type;                ///< as it is now; of a removed one as it was
   /// Of a child, the record of its account: as it is now, else as it was. Null for an account.
   DictionaryRef parent;
 
   /// What is enabled, in canonical order, as `BasicAccount::enabledDataclasses` answers for the
   /// record as it was and as it is, by today's restrictions. Null where no list is stored, and
   /// where there was or is no account.
+  /// @{
   ArrayRef dataclassesBefore, dataclassesNow;
+  /// @}
   /// All that differs in the record itself; all its keys for an added or removed one. Children are
   /// told on their own, so "ChildAccounts" is among the keys only where its value changed and no
   /// child did, as when an empty list goes.

@@ -3,11 +3,14 @@
 #include "tallbook/Export.h"
 #include "tallbook/String.h"
 
+/// @file
+/// What a migration host asks for.
+
 namespace tallbook {
 
 class MigrationObserver;
 
-/// What a data-migration host asks of the principal class of a plug-in.
+/// What a data-migration host asks of the principal class of a plug-in. A migrator is thread-bound.
 class TALLBOOK_EXPORT DataMigrator {
  public:
   virtual ~DataMigrator() = default;

@@ -11,11 +11,13 @@ namespace tallbook {
 /// The single account of the data that the user keeps on the device itself, or that a computer
 /// syncs to it over the cable. Its identifier is fixed and its name follows the kind of device.
 /// What the device does not tell falls back to "no computer", and a kind of device without texts of
-/// its own to that of an unknown kind. Throws only as the first use of `BasicAccount` does.
+/// its own to that of an unknown kind. Throws only as the first use of `BasicAccount` does. Class
+/// operations are thread-safe; a record is thread-bound.
 class TALLBOOK_EXPORT DeviceLocalAccount : public BasicAccount {
  public:
   using BasicAccount::BasicAccount;
 
+  /// The identifier of every record of this class: "DeviceLocalAccount".
   static String _identifier();
   /// The properties of a new device-local record, its "Class" being the class that is asked.
   static DictionaryRef basicAccountProperties(const String& className = "DeviceLocalAccount");
@@ -24,6 +26,7 @@ class TALLBOOK_EXPORT DeviceLocalAccount : public BasicAccount {
   /// Operating system of the computer that syncs the dataclass: "Quarro" or "Windows"; "Handra"
   /// when none does.
   static String tetheredSourceForDataClass(std::string_view dataclass);
+  /// Whether a computer syncs it.
   static bool isTetheredSyncingDataclass(std::string_view dataclass);
   /// Where the dataclass's data comes from, in the user's language.
   static String localizedSyncSourceStringForDataClassForBeginningOfSentence(
@@ -34,6 +37,7 @@ class TALLBOOK_EXPORT DeviceLocalAccount : public BasicAccount {
   [[nodiscard]] static std::shared_ptr<BasicAccount> accountWithBasicAccount(
       const std::shared_ptr<BasicAccount>& account);
   /// As the operations of `BasicAccount`, with a record of this class.
+  /// @{
   [[nodiscard]] static std::shared_ptr<DeviceLocalAccount> accountWithTypeClass(
       const String& type, const String& className);
   [[nodiscard]] static std::shared_ptr<DeviceLocalAccount> _initWithTypeClass(
@@ -42,6 +46,7 @@ class TALLBOOK_EXPORT DeviceLocalAccount : public BasicAccount {
       const DictionaryRef& properties);
   [[nodiscard]] static std::shared_ptr<DeviceLocalAccount> initWithProperties(
       const DictionaryRef& properties);
+  /// @}
 
   /// "DeviceLocalAccount", whatever the properties hold.
   String identifier() const override;

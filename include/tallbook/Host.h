@@ -8,6 +8,7 @@ namespace tallbook {
 
 /// What a process may settle before it first uses the library.
 struct HostOptions {
+  /// Who gets the library's messages.
   enum class Log {
     System,         ///< the system's journal, standard error where there is none
     StandardError,  ///< standard error
@@ -32,8 +33,9 @@ struct HostOptions {
   bool isPreview = false;
 };
 
-/// Sets the process up. Records and stores made before must not be used any more. Throws
-/// InternalConsistencyFailure, and leaves the process as it was, for a root that is no folder.
+/// Sets the process up, while no other thread uses the library. Records and stores made before must
+/// not be used any more. Throws InternalConsistencyFailure, and leaves the process as it was, for a
+/// root that is no folder.
 TALLBOOK_EXPORT void configureHost(const HostOptions& options);
 
 }  // namespace tallbook

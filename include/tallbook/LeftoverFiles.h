@@ -9,8 +9,8 @@ namespace tallbook {
 
 /// A file beside the accounts file that a save left there and that nothing reads.
 struct LeftoverFile {
-  std::string path;
-  std::string why;  ///< on one line, with what to do about it
+  std::string path;  ///< below the process's root, which it includes
+  std::string why;   ///< on one line, with what to do about it
 };
 
 /// The new files of saves that were stopped, among them those of saves that run right now, and the

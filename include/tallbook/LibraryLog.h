@@ -4,6 +4,9 @@
 
 #include "tallbook/Export.h"
 
+/// @file
+/// The library's log.
+
 namespace tallbook {
 
 /// The library's log: subsystem "com.orvane.tallbook", category "log". Thread-safe.

@@ -22,12 +22,13 @@ struct MigrationStage {
 
 /// What became of a legacy file, or of what stands in its place.
 struct LegacyFileEnd {
+  /// Only a file whose accounts the accounts file holds is removed.
   enum class Kind { Removed, MovedAside, Kept };
 
-  std::string path;
-  Kind kind = Kind::Removed;
-  std::string why;      ///< on one line; empty for one that was converted and removed
-  std::string movedTo;  ///< the path of one that was moved aside
+  std::string path;           ///< where it was
+  Kind kind = Kind::Removed;  ///< says which of the texts below is there
+  std::string why;            ///< on one line; empty for one that was converted and removed
+  std::string movedTo;        ///< the path of one that was moved aside
 };
 
 /// Hears from a migration what it does, while it does it. What a look at the store tells is not
@@ -43,6 +44,7 @@ class TALLBOOK_EXPORT MigrationObserver {
   /// The accounts file before the migration could be kept neither as a copy nor as a generation.
   /// Asked before anything is changed; false ends the migration, which answers NO then.
   virtual bool mayGoOnWithoutCopy([[maybe_unused]] const std::string& why) { return true; }
+  /// The stage ended; what the observer wants to know of the store it reads before it returns.
   virtual void stageEnded([[maybe_unused]] const MigrationStage& stage) {}
 
   // Told before the end of the stage that they belong to.
@@ -61,6 +63,7 @@ class TALLBOOK_EXPORT MigrationObserver {
 
   // Told after the last stage.
 
+  /// A legacy file, or what stands in place of the removal sentinel, was dealt with.
   virtual void legacyFileEnded([[maybe_unused]] const LegacyFileEnd& end) {}
 };
 

@@ -11,6 +11,9 @@
 #include "tallbook/String.h"
 #include "tallbook/Value.h"
 
+/// @file
+/// The interface between the library and the modules that it loads.
+
 namespace tallbook {
 
 class BasicAccount;
@@ -19,9 +22,11 @@ class BasicAccount;
 /// change that an older module would not survive.
 inline constexpr unsigned kPlugInInterfaceVersion = 2;
 
-/// A class that is found by name. Each member is a class operation; an empty one is not offered.
+/// A class that is found by name. Each member but the name is a class operation; an empty one is
+/// not offered. The library calls it on the thread of whoever works with the accounts, which may
+/// be any: operations are thread-safe. What one throws reaches that caller.
 struct PlugInClass {
-  std::string name;
+  std::string name;  ///< as the creators information and `tallbookClassNamed` spell it
 
   /// A new record of this class with these properties, null when they are rejected. Offered by
   /// classes of full accounts.
@@ -45,16 +50,19 @@ struct PlugInClass {
   // A notifier class.
 
   /// Called just before and just after a dataclass of an account is switched.
+  /// @{
   std::function<void(const String& identifier, const String& dataclass)>
       accountWillChangeForDataclass;
   std::function<void(const String& identifier, const String& dataclass)>
       accountDidChangeForDataclass;
+  /// @}
   /// Called after a save with an array of change records, which is the notifier's to keep: nothing
   /// that happens to the accounts later changes it.
   std::function<void(const ArrayRef& changes)> noteAccountChanges;
 
   // The principal class of a data-migration plug-in.
 
+  /// A new migrator, which is the host's.
   std::function<std::unique_ptr<DataMigrator>()> makeDataMigrator;
 };
 
@@ -67,11 +75,13 @@ struct PlugInClass {
 /// the first time, and looks none up itself.
 class TALLBOOK_EXPORT PlugInRegistration {
  public:
+  /// Registers the class for good; the object itself is not needed any more.
   PlugInRegistration(unsigned interfaceVersion, PlugInClass (*make)());
 };
 
 }  // namespace tallbook
 
 /// The registered class of that name; null when there is none. Valid for the life of the process.
+/// Thread-safe.
 extern "C" [[nodiscard]] TALLBOOK_EXPORT const tallbook::PlugInClass* tallbookClassNamed(
     const char* name);

@@ -33,7 +33,7 @@ namespace tallbook {
 
 /// A property list in the XML encoding.
 struct XMLPropertyList {
-  std::string text;
+  std::string text;  ///< a whole document, in UTF-8
   /// Whether a date lost its fraction of a second, which the encoding has no place for.
   bool hasShortenedDates = false;
 };

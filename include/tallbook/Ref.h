@@ -21,6 +21,7 @@ class Counted {
   struct Forever {};
 
   constexpr Counted() = default;
+  /// An object in static storage.
   constexpr explicit Counted(Forever) noexcept : _count(1 << 30) {}
   ~Counted() = default;
 
@@ -82,29 +83,43 @@ concept Indexed = requires(const T& object, const Key& key) {
 template <class T>
 class [[nodiscard]] Ref {
  public:
+  /// Refers to nothing.
+  /// @{
   Ref() noexcept = default;
   Ref(std::nullptr_t) noexcept {}
+  /// @}
+  /// One reference more to the object, or to nothing for null.
   explicit Ref(T* object) noexcept : _object(object) {
     if (_object) _object->retain();
   }
+  /// Copies refer to the same object; a moved-from reference refers to nothing.
+  /// @{
   Ref(const Ref& other) noexcept : Ref(other._object) {}
   Ref(Ref&& other) noexcept : _object(std::exchange(other._object, nullptr)) {}
   Ref& operator=(Ref other) noexcept {
     std::swap(_object, other._object);
     return *this;
   }
+  /// @}
   ~Ref() {
     if (_object && _object->release()) T::destroy(_object);
   }
 
+  /// The object, which lives as long as some reference to it; null for a null reference, which may
+  /// not be dereferenced.
+  /// @{
   T* get() const noexcept { return _object; }
   T& operator*() const& noexcept { return *_object; }
   T& operator*() const&& = delete;  // give the reference a name that lives as long as its use
   T* operator->() const noexcept { return _object; }
+  /// @}
+  /// Whether it refers to an object, however empty that is.
   explicit operator bool() const noexcept { return _object != nullptr; }
 
   // Of a container
 
+  /// Size and iterators of the container; of a null reference, those of an empty range.
+  /// @{
   template <Container C = T>
   std::size_t size() const noexcept {
     return _object ? _object->size() : 0;
@@ -125,10 +140,12 @@ class [[nodiscard]] Ref {
   void begin() const&& = delete;
   template <Container C = T>
   void end() const&& = delete;
+  /// @}
 
   /// What the container has at that index or under that key: a reference into it, valid as long as
   /// the container says, and a copy where this reference is a temporary. Of a null reference, an
   /// empty value.
+  /// @{
   template <class Key>
   requires Indexed<T, Key>
   const auto& operator[](const Key& key) const& noexcept {
@@ -139,9 +156,11 @@ class [[nodiscard]] Ref {
   template <class Key>
   requires Indexed<T, Key>
   auto operator[](const Key& key) const&& noexcept { return (*this)[key]; }
+  /// @}
 
   /// Identity: the same object, not equal content.
   friend bool operator==(const Ref& a, const Ref& b) noexcept { return a._object == b._object; }
+  /// Whether it refers to nothing.
   friend bool operator==(const Ref& a, std::nullptr_t) noexcept { return a._object == nullptr; }
 
  private:

@@ -11,6 +11,7 @@ struct SaveFailure {
   std::string reason;     ///< on one line
   std::error_code error;  ///< the system's, where it was the system that refused
 
+  /// Whether it tells of a failure at all.
   explicit operator bool() const noexcept { return !operation.empty(); }
   /// "cannot write the new accounts file: No space left on device".
   std::string text() const { return "cannot " + operation + ": " + reason; }

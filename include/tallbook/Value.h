@@ -19,37 +19,48 @@ namespace tallbook {
 class Array;
 class BinaryReader;
 class Dictionary;
+/// Null where there is no array or dictionary to answer with.
+/// @{
 using ArrayRef = Ref<Array>;
 using DictionaryRef = Ref<Dictionary>;
+/// @}
 
-/// A point in time: seconds, fractions included, since 2001-01-01T00:00:00Z, negative before.
+/// A point in time.
 struct Date {
+  /// Fractions included, since 2001-01-01T00:00:00Z; negative before.
   double secondsSince2001 = 0;
 };
 
 /// A unique-identifier token of keyed archives; carried, never interpreted.
 struct UID {
-  std::uint64_t value = 0;
+  std::uint64_t value = 0;  ///< the token's number
 };
 
 /// Immutable bytes, shared by its copies.
 class Data {
  public:
+  /// A copy of the bytes.
   explicit Data(std::string_view bytes) : _blob(Blob::copyOf(bytes)) {}
+  /// The blob itself, which is not null.
   explicit Data(Ref<Blob> blob) noexcept : _blob(std::move(blob)) {}
 
+  /// Valid as long as some copy of the data.
   std::string_view bytes() const noexcept { return _blob->view(); }
+  /// What the copies share; null only for data that was moved from.
   const Ref<Blob>& blob() const noexcept { return _blob; }
 
  private:
   Ref<Blob> _blob;
 };
 
+/// Integral types that stand for a character, and so for no number.
 template <class T>
 concept Character = std::same_as<T, char> || std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
     std::same_as<T, char16_t> || std::same_as<T, char32_t>;
+/// Integral types that make an integer value.
 template <class T>
 concept SignedNumber = std::signed_integral<T> && !Character<T>;
+/// Integral types that make an integer value, which may be beyond the signed range.
 template <class T>
 concept UnsignedNumber = std::unsigned_integral<T> && !Character<T> && !std::same_as<T, bool>;
 
@@ -58,9 +69,11 @@ concept UnsignedNumber = std::unsigned_integral<T> && !Character<T> && !std::sam
 /// value refer to one object; all other kinds are immutable.
 ///
 /// A stored value may have the wrong kind, so every typed read answers "absent" (nullopt, null,
-/// false, 0) for the other kinds and never fails.
+/// false, 0) for the other kinds and never fails. A value is thread-bound; the frozen containers,
+/// strings and data that values share may be read by several threads.
 class TALLBOOK_EXPORT Value {
  public:
+  /// What a value is. All integers are of one kind, whatever their size.
   enum class Kind : std::uint8_t {
     Null,
     Boolean,
@@ -74,8 +87,13 @@ class TALLBOOK_EXPORT Value {
     Dictionary
   };
 
+  /// The null value.
+  /// @{
   Value() noexcept = default;
   Value(std::nullptr_t) noexcept {}
+  /// @}
+  /// The value of the argument's kind, which of numbers their type tells.
+  /// @{
   template <std::same_as<bool> Boolean>
   Value(Boolean boolean) noexcept : _bits(boolean), _kind(Kind::Boolean) {}
   template <SignedNumber Integer>
@@ -96,7 +114,10 @@ class TALLBOOK_EXPORT Value {
   Value(Date date) noexcept
       : _bits(std::bit_cast<std::uint64_t>(date.secondsSince2001)), _kind(Kind::Date) {}
   Value(UID uid) noexcept : _bits(uid.value), _kind(Kind::UID) {}
-  /// The null value for a null string, array or dictionary.
+  /// @}
+  /// The value that shares the argument's text, bytes or object, or has a copy of a text of another
+  /// type. The null value for a null string, array or dictionary.
+  /// @{
   Value(const String& string) noexcept : Value(string.blob().get(), Kind::String) {}
   Value(String&& string) noexcept : Value(std::move(string._blob), Kind::String) {}
   Value(std::string_view string) : Value(String(string)) {}
@@ -107,7 +128,10 @@ class TALLBOOK_EXPORT Value {
   Value(ArrayRef&& array) noexcept;
   Value(const DictionaryRef& dictionary) noexcept;
   Value(DictionaryRef&& dictionary) noexcept;
+  /// @}
 
+  /// Copies of an array or dictionary value refer to one object; a moved-from value is null.
+  /// @{
   Value(const Value& other) noexcept
       : _bits(other._bits), _kind(other._kind), _beyondSigned(other._beyondSigned) {
     if (isShared()) counted()->retain();
@@ -122,12 +146,16 @@ class TALLBOOK_EXPORT Value {
     std::swap(_beyondSigned, other._beyondSigned);
     return *this;
   }
+  /// @}
   ~Value() {
     if (isShared() && counted()->release()) destroyShared();
   }
 
+  /// Which of the reads below has an answer.
+  /// @{
   Kind kind() const noexcept { return _kind; }
   bool isNull() const noexcept { return _kind == Kind::Null; }
+  /// @}
   /// Whether `boolValue` and `integerValue` have something to read: a boolean, an integer, a real.
   bool isNumber() const noexcept {
     return _kind == Kind::Boolean || _kind == Kind::Integer || _kind == Kind::Real;
@@ -152,12 +180,17 @@ class TALLBOOK_EXPORT Value {
   /// value, so that a temporary one has none.
   std::optional<std::string_view> stringView() const& noexcept;
   std::optional<std::string_view> stringView() const&& = delete;
+  /// What the value holds, data shared; nullopt for every other kind.
+  /// @{
   std::optional<Date> date() const noexcept;
   std::optional<UID> uid() const noexcept;
   std::optional<Data> data() const noexcept;
+  /// @}
   /// The object itself, shared; null for every other kind.
+  /// @{
   ArrayRef array() const noexcept;
   DictionaryRef dictionary() const noexcept;
+  /// @}
 
   /// A deep, immutable copy: frozen containers and all other kinds are their own copy.
   /// Throws InternalConsistencyFailure where containers nest past `kMaximumNesting` and where the
@@ -221,23 +254,37 @@ class TALLBOOK_EXPORT Array final : public Counted {
  public:
   /// A new, mutable array.
   static ArrayRef make(std::vector<Value> elements = {});
-  /// A new, frozen array; the containers among `elements` must be frozen.
+  /// A new, frozen array. Throws InternalConsistencyFailure where a container among `elements` is
+  /// not frozen.
   static ArrayRef makeFrozen(std::vector<Value> elements);
+  /// For the last reference alone.
   static void destroy(Array* array) noexcept;
 
+  /// Whether it never changes.
   bool isFrozen() const noexcept { return _frozen; }
+  /// The elements in order. The index is below `size`; references and iterators are valid until the
+  /// array changes.
+  /// @{
   std::size_t size() const noexcept { return _elements.size(); }
   bool empty() const noexcept { return _elements.empty(); }
   const Value& operator[](std::size_t index) const noexcept { return _elements[index]; }
   auto begin() const noexcept { return _elements.begin(); }
   auto end() const noexcept { return _elements.end(); }
-  /// Whether an element equals `value`.
+  /// @}
+  /// Whether an element equals `value`, or is that string.
+  /// @{
   bool contains(const Value& value) const noexcept;
   bool contains(std::string_view string) const noexcept;
+  /// @}
 
+  /// Adds the value as the last element.
   void append(Value value);
+  /// Puts another value in an element's place, or takes the element out. Throw
+  /// InternalConsistencyFailure for an index that is not below `size`.
+  /// @{
   void replace(std::size_t index, Value value);
   void remove(std::size_t index);
+  /// @}
   /// Removes every element that equals `value`.
   void removeAllEqual(const Value& value);
 
@@ -264,39 +311,52 @@ class TALLBOOK_EXPORT Array final : public Counted {
 /// Values under string keys, in insertion order, with identity: all holders of one dictionary see
 /// its changes. Look-up takes constant time however many keys there are.
 ///
-/// Mutable or frozen, like an array. A mutable copy of any dictionary, and a frozen copy of one
-/// whose containers are frozen, share its storage until one of them changes: both cost nothing.
+/// Mutable or frozen, and thread-bound or not, like an array. A mutable copy of any dictionary, and
+/// a frozen copy of one whose containers are frozen, share its storage until one of them changes:
+/// both cost nothing.
 class TALLBOOK_EXPORT Dictionary final : public Counted {
  public:
+  /// What iteration goes over.
   struct Entry {
-    String key;  ///< null in the gap that a removed entry leaves; iteration passes over gaps
-    Value value;
+    String key;   ///< null in the gap that a removed entry leaves; iteration passes over gaps
+    Value value;  ///< which may be the null value
   };
   class Iterator;
 
-  /// A new, mutable dictionary. Of two entries with one key the later value counts.
+  /// A new, mutable dictionary. Of two entries with one key the later value counts; a null key is
+  /// refused as by `set`.
+  /// @{
   static DictionaryRef make();
   static DictionaryRef make(std::initializer_list<std::pair<String, Value>> entries);
-  /// A new, frozen dictionary of entries without null keys; their containers must be frozen.
-  /// Of two entries with one key the later value stays, at the place of the first.
+  /// @}
+  /// A new, frozen dictionary. Of two entries with one key the later value stays, at the place of
+  /// the first. Throws InternalConsistencyFailure for a null key, and where a container among the
+  /// values is not frozen.
   static DictionaryRef makeFrozen(std::vector<Entry> entries);
+  /// For the last reference alone.
   static void destroy(Dictionary* dictionary) noexcept;
 
+  /// Whether it never changes.
   bool isFrozen() const noexcept { return _frozen; }
+  /// The entries in insertion order. Iterators are valid until the dictionary changes.
+  /// @{
   std::size_t size() const noexcept;
   bool empty() const noexcept { return size() == 0; }
   Iterator begin() const noexcept;
   Iterator end() const noexcept;
+  /// @}
 
   /// The value stored under `key`, which may be the null value; nullptr when there is no such key.
   /// Valid until the dictionary changes.
   const Value* find(std::string_view key) const noexcept;
+  /// Whether anything is stored under `key`, the null value included.
   bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
   /// The value stored under `key`, or the null value. The reference is valid until the dictionary
   /// changes.
   const Value& operator[](std::string_view key) const noexcept;
 
-  /// Stores `value` under `key`, the null value included; a new key comes last.
+  /// Stores `value` under `key`, the null value included; a new key comes last. Throws
+  /// InternalConsistencyFailure for a null key.
   void set(const String& key, Value value);
   /// Removes the key; nothing where there is none.
   void remove(std::string_view key);
@@ -328,13 +388,22 @@ class TALLBOOK_EXPORT Dictionary final : public Counted {
 /// dictionary ends its validity.
 class Dictionary::Iterator {
  public:
+  /// For the standard library's algorithms.
+  /// @{
   using value_type = Entry;
   using difference_type = std::ptrdiff_t;
+  /// @}
 
   Iterator() = default;
+  /// For the dictionary itself: stands at the first entry from `at` on, or at the end.
   Iterator(const Entry* at, const Entry* end) noexcept : _at(at), _end(end) { skipGaps(); }
+  /// The entry it stands at; not to be asked for at the end.
+  /// @{
   const Entry& operator*() const noexcept { return *_at; }
   const Entry* operator->() const noexcept { return _at; }
+  /// @}
+  /// Goes on to the next entry, over gaps.
+  /// @{
   Iterator& operator++() noexcept {
     ++_at;
     skipGaps();
@@ -345,6 +414,8 @@ class Dictionary::Iterator {
     ++*this;
     return before;
   }
+  /// @}
+  /// Whether both stand at one place of one dictionary.
   friend bool operator==(const Iterator& a, const Iterator& b) noexcept { return a._at == b._at; }
 
  private:
