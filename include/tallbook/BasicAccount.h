@@ -15,7 +15,7 @@ namespace tallbook {
 
 /// Why a dataclass is on or off for an account.
 struct DataclassExplanation {
-  bool isOn = false;
+  bool isOn = false;  ///< as `isEnabledForDataclass` answers
   /// For programs: "enabled", "parent", "unsupported", "restricted", "unprovisioned", "disabled".
   std::string_view reason;
   std::string text;  ///< for people, one sentence without a full stop

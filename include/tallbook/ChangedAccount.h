@@ -52,6 +52,7 @@ struct AccountsFileDifferences {
   std::vector<ChangedAccount> accounts;
   bool isReordered = false;  ///< whether records that are in both stand in another order
 
+  /// Whether the files say the same.
   bool empty() const noexcept { return keys.empty() && accounts.empty() && !isReordered; }
 };
 
