@@ -1,12 +1,23 @@
 # Installs the library, its headers and the packages that find_package(tallbook) and pkg-config find.
 # Tools and resources install themselves. The same package works from the build tree: -Dtallbook_DIR=<build>.
+# docs/packages.md lists the components of the installation and those of the package.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tallbook)
 
-install(TARGETS tallbook EXPORT tallbookTargets)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tallbook DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT tallbookTargets NAMESPACE tallbook:: DESTINATION ${package_folder})
-export(TARGETS tallbook NAMESPACE tallbook:: FILE ${PROJECT_BINARY_DIR}/tallbookTargets.cmake)
+# tallbook_install_package_component(name install-component): what was installed with
+# EXPORT tallbook-targets-<name> becomes the component of that name of find_package(tallbook).
+macro(tallbook_install_package_component name component)
+  install(EXPORT tallbook-targets-${name} NAMESPACE tallbook:: DESTINATION ${package_folder}
+          COMPONENT ${component})
+  export(EXPORT tallbook-targets-${name} NAMESPACE tallbook::
+         FILE ${PROJECT_BINARY_DIR}/tallbook-targets-${name}.cmake)
+endmacro()
+
+install(TARGETS tallbook EXPORT tallbook-targets-library
+        LIBRARY COMPONENT library NAMELINK_COMPONENT dev)
+tallbook_install_package_component(library dev)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tallbook DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT dev)
 
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/tallbook-config.cmake.in ${PROJECT_BINARY_DIR}/tallbook-config.cmake
@@ -15,7 +26,15 @@ configure_package_config_file(
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tallbook-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tallbook-config.cmake
-              ${PROJECT_BINARY_DIR}/tallbook-config-version.cmake DESTINATION ${package_folder})
+              ${PROJECT_BINARY_DIR}/tallbook-config-version.cmake
+        DESTINATION ${package_folder} COMPONENT dev)
 
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tallbook.pc.in ${PROJECT_BINARY_DIR}/tallbook.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tallbook.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/tallbook.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT dev)
+
+# The pages refer to each other and to the examples as they do in the sources.
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)
