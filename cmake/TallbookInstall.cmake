@@ -4,24 +4,15 @@
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tallbook)
 
-# tallbook_install_package_component(name install-component): what was installed with
-# EXPORT tallbook-targets-<name> becomes the component of that name of find_package(tallbook).
-macro(tallbook_install_package_component name component)
-  install(EXPORT tallbook-targets-${name} NAMESPACE tallbook:: DESTINATION ${package_folder}
-          COMPONENT ${component})
-  export(EXPORT tallbook-targets-${name} NAMESPACE tallbook::
-         FILE ${PROJECT_BINARY_DIR}/tallbook-targets-${name}.cmake)
-endmacro()
-
-install(TARGETS tallbook EXPORT tallbook-targets-library
-        LIBRARY COMPONENT library NAMELINK_COMPONENT dev)
-tallbook_install_package_component(library dev)
+install(TARGETS tallbook EXPORT tallbookTargets LIBRARY COMPONENT library NAMELINK_COMPONENT dev)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tallbook DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT dev)
+install(EXPORT tallbookTargets NAMESPACE tallbook:: DESTINATION ${package_folder} COMPONENT dev)
+export(TARGETS tallbook NAMESPACE tallbook:: FILE ${PROJECT_BINARY_DIR}/tallbookTargets.cmake)
 
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/tallbook-config.cmake.in ${PROJECT_BINARY_DIR}/tallbook-config.cmake
-  INSTALL_DESTINATION ${package_folder}
+  INSTALL_DESTINATION ${package_folder} PATH_VARS CMAKE_INSTALL_BINDIR
   NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tallbook-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
@@ -34,7 +25,9 @@ install(FILES ${PROJECT_BINARY_DIR}/tallbook.pc DESTINATION ${CMAKE_INSTALL_LIBD
         COMPONENT dev)
 
 # The pages refer to each other and to the examples as they do in the sources.
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+foreach(page NEWS README.md SECURITY.md)
+  install(FILES ${PROJECT_SOURCE_DIR}/${page} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)
