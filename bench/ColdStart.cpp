@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A program as a device starts it all day: reads the accounts of a device tree, looks at every
 // value of every account and ends, with 0 where it saw any text. It prints nothing: that would be
 // its own cost.

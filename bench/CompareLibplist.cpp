@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // libplist's decode and encode of a property-list file, in a process of their own: prints
 // "decode NANOSECONDS" or "encode NANOSECONDS" of the first call.
 //

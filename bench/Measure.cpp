@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // One measurement in a process of its own, for the ratios: prints its figures as "name value".
 //
 //   make FILE RECORDS CHILDREN    writes an accounts file

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A program that does one thing with the accounts of a device tree and ends, with 0 where it did
 // it: what is counted beyond a program that does nothing is what the operation costs, and a load,
 // which comes before each but the migration.

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Counts what small programs cost beyond one that does nothing.
 
 usage: counts.py FOLDER            (the folder of the built programs)

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Measures the ratios that the library must keep and prints them with their bounds.
 
 usage: ratios.py FOLDER    (the folder of the built programs)

@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 # Installs the library, its headers and the packages that find_package(tallbook) and pkg-config find.
 # Tools and resources install themselves. The same package works from the build tree: -Dtallbook_DIR=<build>.
 # docs/packages.md lists the components of the installation and those of the package.

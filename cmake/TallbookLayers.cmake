@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 # tallbook_add_layer(name folder): the object library tallbook_<name> of the folder, whose
 # CMakeLists.txt lists its sources. A layer may use the layers added before it.
 set(TALLBOOK_LAYERS "")

@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 # For our own code only.
 add_library(tallbook_warnings INTERFACE)
 target_compile_options(

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // Writes a property list in the binary encoding, which a program decodes ten times as quickly as
 // the XML that people edit.
 //

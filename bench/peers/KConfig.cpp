@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // KConfig: a group an account, named by its identifier, in a file of its own without the system's
 // defaults.
 

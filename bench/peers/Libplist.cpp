@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // libplist: a dictionary an account, in the binary encoding. The library gives and takes bytes, so
 // that the file is read and replaced as by any program that minds its data.
 

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // The floor of a save that survives a loss of power: as many bytes as the accounts file has, in
 // memory before the clock starts, and then nothing but putting them in place of a file.
 //

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // Runs a program and prints, after what it printed itself, "whole NANOSECONDS" from fork to wait
 // and "peak KIBIBYTES" of memory. What the kernel counts as a program's peak starts with the memory
 // of the one that started it, so this one is small.

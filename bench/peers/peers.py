@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Compares this library with others that could keep the same records.
 
 usage: peers.py BUILD DOCS    (the folder of the build, and that of the results)

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // Loads the accounts, waits for a line on standard input, makes the changes given as arguments and
 // saves. The wait lets two of these hold the same accounts at one time, as two programs do.
 

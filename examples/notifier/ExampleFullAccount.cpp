@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A full account: the record and, beyond it, the code that knows how to work with the account. Its
 // creator names the class for each account type; the library then makes the object.
 

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A notifier: told about every change of the accounts that concern it. It writes what it is told
 // to the file named by EXAMPLE_NOTIFIER_LOG, or to standard error.
 

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A sync account: begins refreshes of the dataclasses that its account has turned on.
 
 #include <memory>

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // Keeps up with the accounts whichever process changes them: a poll loop over the watcher's
 // descriptor and standard input, as a program has that waits for other things as well. Where a file
 // is given, the program goes on from where it stopped the last time. The end of its input ends it.

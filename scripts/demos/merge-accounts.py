@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Furnishes a device tree for the merge demo: a dozen accounts, and a notifier for all of their types.
 
 usage: merge-accounts.py ROOT MODULE

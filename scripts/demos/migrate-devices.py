@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """The devices of the migration demo, written and looked at with Python's own plistlib.
 
 usage: migrate-devices.py legacy|old ROOT     furnishes a device tree

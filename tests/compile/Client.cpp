@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A client's code, never run. Without a case it is what a client should write; each case adds what
 // must not compile.
 #include <functional>

@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Two processes hold the same accounts and save one after the other; both changes must be kept, and a
 third process hears of all of them.
 

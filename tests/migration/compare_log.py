@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Compares a migration's log with copies of the files that it is about.
 
 compare_log.py LOG FOLDER: the folder holds one property list for each key of the log, under the

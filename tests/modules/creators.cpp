@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A module in good order: a creator of full accounts, one of sync accounts, and a notifier that
 // writes what it hears to the file named by the environment variable TALLBOOK_TEST_NOTIFICATIONS.
 

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 // A module of which one class was built for another version of the plug-in interface.
 
 #include "tallbook/PlugInClass.h"

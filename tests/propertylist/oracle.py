@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """The same values in the words of Python's plistlib, which reads and writes them on its own.
 
 oracle.py check FILE          fails unless FILE holds the values

@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Asks the command-line tool what words may become, itself and in the shells that do so on a tab.
 
 Usage: test_completion.py PATH-OF-THE-TOOL [unittest arguments]

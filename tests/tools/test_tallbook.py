@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Runs the command-line tool on device trees; reads and writes accounts files with plistlib.
 
 Usage: test_tallbook.py PATH-OF-THE-TOOL [unittest arguments]

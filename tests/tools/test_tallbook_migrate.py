@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 """Runs the migration host on device trees; their files are written and read with plistlib.
 
 Usage: test_tallbook_migrate.py MIGRATE TALLBOOK LIBRARY OTHER-MODULE [unittest arguments]

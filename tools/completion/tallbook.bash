@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 # Completion for bash, by the package bash-completion. What a word of tallbook's may become, the
 # program itself knows; here the words are taken from the shell's quotation and put back into it.
 # shellcheck shell=bash

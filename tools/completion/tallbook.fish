@@ -1,3 +1,6 @@
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 # Completion for fish. What a word of tallbook's may become, the program itself knows.
 
 function __tallbook_candidates

@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 #include "tools/tallbook-migrate/Module.h"
 
 // A migration host loads its plug-ins itself, as the operating system's own host does; the

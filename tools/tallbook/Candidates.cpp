@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 #include "tools/tallbook/Candidates.h"
 
 #include <algorithm>
@@ -76,7 +79,8 @@ Candidates accounts(const PartialCommandLine& line) {
     if (isByName) candidates.push_back({each.name, type + ", " + shortened(each.identifier)});
     if (storedIdentifier(*each.record).empty()) continue;
     if (!isByName || (!line.word.empty() && beginsWith(each.identifier, line.word))) {
-      candidates.push_back({each.identifier, shortened(each.record->nameForPeople()) + ", " + type});
+      candidates.push_back(
+          {each.identifier, shortened(each.record->nameForPeople()) + ", " + type});
     }
   }
   return candidates;
@@ -114,8 +118,8 @@ Candidates dataclasses(const PartialCommandLine& line) {
 Candidates types(const PartialCommandLine& /*line*/) {
   Candidates candidates;
   for (const String& type : BasicAccount::allAccountTypes()) {
-    candidates.push_back(
-        {type.str(), shortNamesOfDataclasses(BasicAccount::supportedDataclassesForAccountType(type))});
+    candidates.push_back({type.str(), shortNamesOfDataclasses(
+                                          BasicAccount::supportedDataclassesForAccountType(type))});
   }
   return candidates;
 }
