@@ -128,48 +128,85 @@ Value valueAtDepth(const JSON& json, int depth) {
   }
 }
 
-/// Reads as nlohmann's own reader does, but for what that takes for something else than was
-/// written: a long integer for a real, and of two values with one key the later one.
-class Reader : public nlohmann::detail::json_sax_dom_parser<JSON> {
+/// Builds what nlohmann's own reader builds, but for what that takes for something else than was
+/// written: a long integer for a real, and of two values with one key the later one. It also looks
+/// for a key among all that an object has, which takes longer the more there are.
+class Reader final : public nlohmann::json_sax<JSON> {
  public:
-  using json_sax_dom_parser::json_sax_dom_parser;
+  explicit Reader(JSON& root) : _root(root) {}
 
-  bool number_float(double real, const std::string& text) {
-    if (text.find_first_of(".eE") != text.npos) {
-      return json_sax_dom_parser::number_float(real, text);
-    }
+  bool null() override { return add(nullptr); }
+  bool boolean(bool boolean) override { return add(boolean); }
+  bool number_integer(std::int64_t number) override { return add(number); }
+  bool number_unsigned(std::uint64_t number) override { return add(number); }
+  bool number_float(double real, const std::string& text) override {
+    if (text.find_first_of(".eE") != text.npos) return add(real);
     throw Failure(ExitCode::Usage, "no integer from -2^63 to 2^64-1: " + text);
   }
-  bool start_object(std::size_t size) {
+  bool string(std::string& text) override { return add(std::move(text)); }
+  /// Text has no such value.
+  bool binary(JSON::binary_t&) override { return false; }
+  bool start_array(std::size_t) override { return open(JSON::array()); }
+  bool end_array() override { return close(); }
+  bool start_object(std::size_t) override {
     _keys.emplace_back();
-    return json_sax_dom_parser::start_object(size);
+    return open(JSON::object());
   }
-  bool end_object() {
+  bool key(std::string& name) override {
+    if (!_keys.back().insert(name).second) {
+      throw Failure(ExitCode::Usage, "the key \"" + name + "\" is twice in one dictionary");
+    }
+    _key = std::move(name);
+    return true;
+  }
+  bool end_object() override {
     _keys.pop_back();
-    return json_sax_dom_parser::end_object();
+    return close();
   }
-  bool key(std::string& name) {
-    if (_keys.back().insert(name).second) return json_sax_dom_parser::key(name);
-    throw Failure(ExitCode::Usage, "the key \"" + name + "\" is twice in one dictionary");
+  bool parse_error(std::size_t, const std::string&, const JSON::exception& error) override {
+    const std::string_view what = error.what();
+    // Without the exception's name before it.
+    throw Failure(ExitCode::Usage, "no JSON: " + std::string(what.substr(what.find("] ") + 2)));
   }
 
  private:
+  /// Where it stays until what it is in gets another element, after it was closed.
+  JSON& place(JSON value) {
+    if (_open.empty()) return _root = std::move(value);
+    JSON& container = *_open.back();
+    if (container.is_object()) {
+      auto& members = container.get_ref<JSON::object_t&>();
+      return members.emplace_back(std::move(_key), std::move(value)).second;
+    }
+    container.push_back(std::move(value));
+    return container.back();
+  }
+  bool add(JSON value) {
+    place(std::move(value));
+    return true;
+  }
+  bool open(JSON container) {
+    _open.push_back(&place(std::move(container)));
+    return true;
+  }
+  bool close() {
+    _open.pop_back();
+    return true;
+  }
+
+  JSON& _root;
+  std::vector<JSON*> _open;
   std::vector<std::set<std::string>> _keys;  ///< of the objects that are open
+  std::string _key;                          ///< of the value that comes next
 };
 
 }  // namespace
 
 JSON jsonFromText(std::string_view text) {
-  try {
-    JSON json;
-    Reader reader(json);
-    JSON::sax_parse(text, &reader);
-    return json;
-  } catch (const JSON::exception& error) {
-    const std::string_view what = error.what();
-    // Without the exception's name before it.
-    throw Failure(ExitCode::Usage, "no JSON: " + std::string(what.substr(what.find("] ") + 2)));
-  }
+  JSON json;
+  Reader reader(json);
+  JSON::sax_parse(text, &reader);
+  return json;
 }
 
 JSON jsonFromValue(const Value& value) {
