@@ -1,3 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 The Tallbook authors
+
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
