@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include "model/DictionaryFile.h"
 #include "model/LibraryLogging.h"
@@ -30,8 +31,9 @@ std::vector<DropIn> dropInsOf(std::string_view resource) {
   std::vector<DropIn> dropIns;
   dropIns.reserve(names.size());
   for (const std::string& name : names) {
-    DropIn& dropIn = dropIns.emplace_back(path + "/" + name);
+    DropIn dropIn{path + "/" + name, nullptr, {}};
     dropIn.content = dictionaryFromFile(dropIn.path, &dropIn.fault);
+    dropIns.push_back(std::move(dropIn));
   }
   return dropIns;
 }
