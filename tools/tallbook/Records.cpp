@@ -60,7 +60,9 @@ std::shared_ptr<BasicAccount> recordNamed(const AccountsManager& store, const st
   if (auto record = recordWithIdentifier(store, name)) return record;
   const std::vector<NamedRecord> all = namedRecords(store);
   // The first way of naming that fits any account is meant.
-  const auto isIdentifier = [&](const NamedRecord& each) { return isSameWord(each.identifier, name); };
+  const auto isIdentifier = [&](const NamedRecord& each) {
+    return isSameWord(each.identifier, name);
+  };
   const auto isNear = [&](const NamedRecord& each) {
     return isSameWord(each.name, name) || beginsWith(each.identifier, name);
   };
