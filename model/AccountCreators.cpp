@@ -14,8 +14,8 @@ namespace tallbook {
 std::vector<AccountCreator> accountCreators() {
   const auto& catalogue = AccountTypeCatalogue::shared();
   std::vector<AccountCreator> creators;
-  for (const LeftOutDropIn& dropIn : catalogue.leftOut()) {
-    creators.push_back({dropIn.path, {}, {}, {}, {}, dropIn.fault});
+  for (const DropIn& dropIn : catalogue.leftOut()) {
+    creators.push_back(faultyCreator(dropIn.path, dropIn.fault));
   }
   CreatorsInformation information = CreatorsInformation::read();
   std::ranges::move(information.faults, std::back_inserter(creators));
@@ -23,16 +23,12 @@ std::vector<AccountCreator> accountCreators() {
   for (const CreatorEntries& entries : information.entries) {
     std::ranges::move(creatorsIn(entries), std::back_inserter(creators));
   }
+  const auto& listed = information.entries;
   for (const auto& [type, unused] : catalogue.entries()) {
-    const auto& listed = information.entries;
     if (std::ranges::find(listed, type, &CreatorEntries::type) != listed.end()) continue;
-    creators.push_back(
-        {information.file,
-         {},
-         {},
-         {},
-         {},
-         "it has nothing for the type \"" + type.str() + "\", not even an empty array"});
+    creators.push_back(faultyCreator(
+        information.file,
+        "it has nothing for the type \"" + type.str() + "\", not even an empty array"));
   }
   return creators;
 }

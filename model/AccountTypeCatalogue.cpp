@@ -14,7 +14,6 @@
 
 #include "model/CanonicalDataclasses.h"
 #include "model/DictionaryFile.h"
-#include "model/DropIns.h"
 #include "platform/OncePerPlatform.h"
 #include "platform/Platform.h"
 
@@ -94,13 +93,13 @@ AccountTypeCatalogue AccountTypeCatalogue::read() {
   const bool hasNotes = isProcessorForMultitasking();
   AccountTypeCatalogue catalogue;
   catalogue.add(types, hasNotes);
-  for (const DropIn& dropIn : dropInsOf(kResource)) {
-    const std::string fault = dropIn.content ? catalogue.faultOf(dropIn.content) : dropIn.fault;
-    if (fault.empty()) {
+  for (DropIn& dropIn : dropInsOf(kResource)) {
+    if (dropIn.content) dropIn.fault = catalogue.faultOf(dropIn.content);
+    if (dropIn.fault.empty()) {
       catalogue.add(dropIn.content, hasNotes);
     } else {
-      logLeftOut(dropIn.path, fault);
-      catalogue._leftOut.push_back({dropIn.path, fault});
+      logLeftOut(dropIn.path, dropIn.fault);
+      catalogue._leftOut.push_back(std::move(dropIn));
     }
   }
   return catalogue;
@@ -120,9 +119,8 @@ std::string AccountTypeCatalogue::faultOf(const DictionaryRef& types) const {
     const std::string name = "\"" + type.str() + "\"";
     if (type.empty()) return "it has a type without a name";
     if (entryForType(type)) return "the type " + name + " is there already";
-    if (!described.dictionary())
-      return "its " + name + " " + textOfWrongKind(described, "dictionary");
     const DictionaryRef entry = described.dictionary();
+    if (!entry) return "its " + name + " " + textOfWrongKind(described, "dictionary");
     const Value listed = entry[kPropertiesSupportedDataclasses];
     if (!listed.array()) {
       return "\"" + kPropertiesSupportedDataclasses.str() + "\" of its " + name + " " +

@@ -11,6 +11,8 @@
 #include "tallbook/String.h"
 #include "tallbook/Value.h"
 
+#include "model/DropIns.h"
+
 namespace tallbook {
 
 /// What the shipped resource says about one account type. Lists are frozen; a list that the
@@ -19,12 +21,6 @@ struct AccountTypeEntry {
   DictionaryRef described;        ///< the resource's own entry
   ArrayRef supportedDataclasses;  ///< the recognised ones, in the resource's order
   ArrayRef orderedDataclasses;    ///< the same in canonical order, each once; never null
-};
-
-/// A drop-in that the catalogue does without, and why, on one line.
-struct LeftOutDropIn {
-  std::string path;
-  std::string fault;
 };
 
 /// The account types that records may have. Read from the resource "AccountTypesProperties" and its
@@ -40,7 +36,8 @@ class AccountTypeCatalogue {
   const std::vector<std::pair<String, AccountTypeEntry>>& entries() const noexcept {
     return _entries;
   }
-  const std::vector<LeftOutDropIn>& leftOut() const noexcept { return _leftOut; }
+  /// The drop-ins that it does without, each with its fault.
+  const std::vector<DropIn>& leftOut() const noexcept { return _leftOut; }
 
  private:
   static AccountTypeCatalogue read();
@@ -51,7 +48,7 @@ class AccountTypeCatalogue {
 
   // So few that searching them one by one is quicker than hashing.
   std::vector<std::pair<String, AccountTypeEntry>> _entries;
-  std::vector<LeftOutDropIn> _leftOut;
+  std::vector<DropIn> _leftOut;
 };
 
 }  // namespace tallbook

@@ -14,6 +14,9 @@
 /// built before the class may be used.
 namespace tallbook {
 
+/// What every dataclass begins with; the rest of it is its short name.
+inline constexpr std::string_view kDataclassPrefix = "com.orvane.Dataclass.";
+
 /// The fourteen dataclasses in canonical order; one frozen list for the process.
 const ArrayRef& canonicalDataclasses();
 

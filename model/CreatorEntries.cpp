@@ -8,12 +8,11 @@
 #include "tallbook/BasicAccount.h"
 #include "tallbook/Vocabulary.h"
 
+#include "model/CanonicalDataclasses.h"
 #include "model/PlugInRegistry.h"
 
 namespace tallbook {
 namespace {
-
-constexpr std::string_view kDataclassPrefix = "com.orvane.Dataclass.";
 
 std::string quoted(std::string_view text) {
   return "\"" + std::string(text) + "\"";
@@ -74,16 +73,17 @@ AccountCreator creatorFrom(const std::string& place, const String& type, const V
 
 }  // namespace
 
+AccountCreator faultyCreator(const std::string& place, const std::string& why) {
+  return {place, {}, {}, {}, {}, why};
+}
+
 std::vector<AccountCreator> creatorsIn(const CreatorEntries& entries) {
   const std::string place = entries.file + ", " + entries.type.str();
-  const auto fault = [&](const std::string& why) {
-    return std::vector<AccountCreator>{{place, {}, {}, {}, {}, why}};
-  };
   if (!BasicAccount::_isValidAccountType(entries.type)) {
-    return fault("there is no account type " + quoted(entries.type));
+    return {faultyCreator(place, "there is no account type " + quoted(entries.type))};
   }
   const ArrayRef list = entries.list.array();
-  if (!list) return fault("it " + textOfWrongKind(entries.list, "array"));
+  if (!list) return {faultyCreator(place, "it " + textOfWrongKind(entries.list, "array"))};
   std::vector<AccountCreator> creators;
   creators.reserve(list->size());
   for (std::size_t index = 0; index < list->size(); ++index) {

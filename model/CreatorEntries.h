@@ -18,6 +18,9 @@ struct CreatorEntries {
   Value list;
 };
 
+/// What stands for something at that place that serves nobody, and why, on one line.
+AccountCreator faultyCreator(const std::string& place, const std::string& why);
+
 /// Each entry, with what is wrong with it; what stands in the place of a list of entries is one.
 std::vector<AccountCreator> creatorsIn(const CreatorEntries& entries);
 

@@ -18,15 +18,11 @@ namespace {
 
 constexpr std::string_view kResource = "AccountCreators";
 
-AccountCreator faultOf(const std::string& file, const std::string& why) {
-  return {file, {}, {}, {}, {}, why};
-}
-
 /// What a drop-in adds; nothing, with its first fault, for one that has any: whoever meets a faulty
 /// entry fails, and no component may bring that upon the others.
 std::vector<CreatorEntries> entriesIn(const DropIn& dropIn, std::vector<AccountCreator>& faults) {
   if (!dropIn.content) {
-    faults.push_back(faultOf(dropIn.path, dropIn.fault));
+    faults.push_back(faultyCreator(dropIn.path, dropIn.fault));
     return {};
   }
   std::vector<CreatorEntries> added;
@@ -50,11 +46,11 @@ CreatorsInformation CreatorsInformation::read() {
   const std::vector<std::string> files =
       Platform::current().resourceBundle().pathsForResource(kResource, "plist");
   first = files.empty() ? std::string(kResource) + ".plist" : files.front();
-  if (files.empty()) faults.push_back(faultOf(first, "it is not there"));
+  if (files.empty()) faults.push_back(faultyCreator(first, "it is not there"));
   for (const std::string& file : files) {
     std::string why;
     const DictionaryRef content = dictionaryFromFile(file, &why);
-    if (!content) faults.push_back(faultOf(file, why));
+    if (!content) faults.push_back(faultyCreator(file, why));
     if (file == first) isReadable = static_cast<bool>(content);
     if (!isReadable) break;
     for (const auto& [type, list] : content) {

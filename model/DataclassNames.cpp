@@ -7,14 +7,9 @@
 #include "model/UpperCase.h"
 
 namespace tallbook {
-namespace {
-
-constexpr std::string_view kPrefix = "com.orvane.Dataclass.";
-
-}  // namespace
 
 std::string shortNameOfDataclass(std::string_view dataclass) {
-  if (dataclass.starts_with(kPrefix)) dataclass.remove_prefix(kPrefix.size());
+  if (dataclass.starts_with(kDataclassPrefix)) dataclass.remove_prefix(kDataclassPrefix.size());
   return std::string(dataclass);
 }
 
