@@ -26,13 +26,15 @@ std::error_code whyNotReadable(const struct stat& status) {
 // More than the `expected` bytes come where somebody writes meanwhile: one more is asked for, and
 // where it does not come, that was all. Fewer are a file that was cut off under the reader: an
 // error, since its content was another a moment ago. A string's growth writes zeros, so it goes in
-// pieces that are read into while they are still in the caches.
+// pieces that are read into while they are still in the caches. What says that it is empty may be a
+// table of the kernel's, which is right only within one read: so a whole piece is asked for.
 std::string readToEnd(int fd, std::size_t expected, std::error_code& error) {
   constexpr std::size_t kPiece = std::size_t{1} << 18;
   std::string bytes;
   bytes.reserve(expected + 1);
   for (std::size_t used = 0;;) {
-    bytes.resize(used + (used <= expected ? std::min(expected + 1 - used, kPiece) : kPiece));
+    const bool isWithin = expected > 0 && used <= expected;
+    bytes.resize(used + (isWithin ? std::min(expected + 1 - used, kPiece) : kPiece));
     const ssize_t got = ::read(fd, bytes.data() + used, bytes.size() - used);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) {

@@ -46,13 +46,23 @@ std::string textOf(const std::string& path) {
   return file ? readRegularFile(file, error) : std::string();
 }
 
+/// A long table is told in several reads, and a lock that goes between two of them makes the next
+/// line be left out: whoever is not found is looked for again.
+std::optional<long> holderOf(const std::string& file) {
+  constexpr int kLooks = 3;
+  std::optional<long> holder;
+  for (int look = 0; look < kLooks && !holder; ++look) {
+    holder = holderInTable(textOf("/proc/locks"), file);
+  }
+  return holder;
+}
+
 }  // namespace
 
 std::string holderOfLockOn(const FileDescriptor& file) {
   struct stat status {};
-  const auto process = ::fstat(file.get(), &status) == 0
-                           ? holderInTable(textOf("/proc/locks"), nameInTable(status))
-                           : std::nullopt;
+  const auto process =
+      ::fstat(file.get(), &status) == 0 ? holderOf(nameInTable(status)) : std::nullopt;
   if (!process) return "a process that the kernel does not name";
   const std::string text = "process " + std::to_string(*process);
   const std::string program = textOf("/proc/" + std::to_string(*process) + "/comm");
