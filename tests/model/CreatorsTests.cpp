@@ -135,6 +135,46 @@ TEST_F(AnAccountWithCreators, KnowsWhichOfThemServeNobody) {
   EXPECT_THAT(creators.front().fault, HasSubstr("no property list"));
 }
 
+// What the authors of modules are told.
+TEST_F(AnAccountWithCreators, TellsWhatTheClassesOfItsCreatorsOfferAndLack) {
+  const PlugInRegistration namesNoClass(kPlugInInterfaceVersion, [] {
+    PlugInClass made;
+    made.name = "TestNamesNoClass";
+    made.classForAccountType = [](const String&) { return String("TestMissing"); };
+    return made;
+  });
+  const PlugInRegistration namesAClassOfOthers(kPlugInInterfaceVersion, [] {
+    PlugInClass made;
+    made.name = "TestNamesAClassOfOthers";
+    made.classForAccountType = [](const String&) { return String("TestNotifier"); };
+    return made;
+  });
+  const std::string named = "offers classForAccountType and lacks accountWithBasicAccount";
+  const std::tuple<const char*, const char*, std::string> rows[] = {
+      {"FullAccount", "TestFullAccountCreator",
+       "offers classForAccountType, accountWithBasicAccount and lacks nothing"},
+      {"FullAccount", "TestNotifier",
+       "it offers neither classForAccountType nor accountWithBasicAccount; offers nothing and "
+       "lacks classForAccountType, accountWithBasicAccount"},
+      {"FullAccount", "TestNamesNoClass",
+       "its classForAccountType answers \"TestMissing\" for \"Mail\", which is no class; " + named},
+      {"FullAccount", "TestNamesAClassOfOthers",
+       "its classForAccountType answers \"TestNotifier\" for \"Mail\", which offers no "
+       "initWithProperties; " +
+           named},
+      {"SyncAccount", "TestFullAccount",
+       "it makes no sync accounts; offers nothing and lacks accountToRefreshForBasicAccount"},
+      {"NotifierAccount", "TestFullAccount",
+       "a save that concerns it fails to tell the notifiers; offers nothing and lacks "
+       "accountWillChangeForDataclass, accountDidChangeForDataclass, noteAccountChanges"},
+      {"NotifierAccount", "TestMissing", "the module has no class \"TestMissing\""},
+  };
+  for (const auto& [role, className, told] : rows) {
+    const AccountCreator found{"", "Mail", role, "/creators.so", className, ""};
+    EXPECT_EQ(operationsOfCreator(found).text(), told);
+  }
+}
+
 TEST_F(AnAccountWithCreators, TakesWhatDropInsAddInTheOrderOfTheirNames) {
   ship({creator("SyncAccount", "creators.so", "Shipped")});
   const auto dropIn = [&](const std::string& file, const Value& content) {

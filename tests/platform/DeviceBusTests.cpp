@@ -14,6 +14,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "platform/linux/DeviceBus.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "tests/support/Device.h"
 
@@ -76,16 +77,17 @@ class ADeviceBus : public ThrowAwayDevice {
   ADeviceBus() { std::filesystem::create_directories(path("/run/dbus")); }
 
   const std::string socket = path("/run/dbus/system_bus_socket");
+  const std::string busAddress = "unix:path=" + socket;
   const std::unique_ptr<Platform> device =
       makeLinuxPlatform({root(), LinuxPlatformOptions::LogSink::Nowhere});
 };
 
 TEST_F(ADeviceBus, CarriesNoticesToWhoeverListens) {
-  const BusProgram program("unix:path=" + socket);
+  const BusProgram program(busAddress);
   if (!program.runs) GTEST_SKIP() << "no dbus-daemon on this machine";
   sd_bus* listener = nullptr;
   ASSERT_GE(sd_bus_new(&listener), 0);
-  ASSERT_GE(sd_bus_set_address(listener, ("unix:path=" + socket).c_str()), 0);
+  ASSERT_GE(sd_bus_set_address(listener, busAddress.c_str()), 0);
   ASSERT_GE(sd_bus_set_bus_client(listener, 1), 0);
   ASSERT_GE(sd_bus_start(listener), 0);
   Heard heard;
@@ -106,6 +108,22 @@ TEST_F(ADeviceBus, CarriesNoticesToWhoeverListens) {
   }
   EXPECT_EQ(heard, expected);
   sd_bus_flush_close_unref(listener);
+}
+
+// Without a root it is the machine's own bus, or where that has none, the user's.
+TEST_F(ADeviceBus, IsThatOfTheRunningSystemOrOfItsUser) {
+  const BusProgram program(busAddress);
+  if (!program.runs) GTEST_SKIP() << "no dbus-daemon on this machine";
+  const std::string nowhere = "unix:path=" + path("/none");
+  const DeviceRoot runningSystem("");
+  const auto emitted = [&](const std::string& ofSystem, const std::string& ofUser) {
+    ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ofSystem.c_str(), 1);
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", ofUser.c_str(), 1);
+    return DeviceBus(runningSystem).emit({"/a", "com.example.A", "Changed"}, {{"b"}});
+  };
+  EXPECT_TRUE(emitted(busAddress, nowhere));
+  EXPECT_TRUE(emitted(nowhere, busAddress));
+  EXPECT_FALSE(emitted(nowhere, nowhere));
 }
 
 TEST_F(ADeviceBus, NeverHoldsUpItsSender) {

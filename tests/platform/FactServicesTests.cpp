@@ -3,6 +3,7 @@
 
 #include <ctime>
 #include <gmock/gmock.h>
+#include <pwd.h>
 #include <sys/utsname.h>
 
 #include "platform/linux/FactServices.h"
@@ -64,9 +65,17 @@ TEST_F(ALinuxDevice, ReadsItsFactsAfreshFromPropertyLists) {
   EXPECT_EQ(device->pairingRecords().valueForKey("Contacts", "domain"), Value(record));
   EXPECT_EQ(device->pairingRecords().valueForKey("", "domain"), Value(domain));
 
-  writeFacts("SyncSources", Dictionary::make({{"Calendars", Array::make({"a", 7, "b"})}}));
-  const auto answer = device->externalSyncSources().enabledSourcesForDataType(DataType::Calendars);
-  EXPECT_THAT(answer.sources, ElementsAre(String("a"), String("b")));
+  writeFacts("SyncSources", Dictionary::make({{"Bookmarks", Array::make({"of bookmarks"})},
+                                              {"Calendars", Array::make({"a", 7, "b"})},
+                                              {"Contacts", Array::make()},
+                                              {"Notes", Array::make({"of notes"})}}));
+  const auto sourcesOf = [&](DataType type) {
+    return device->externalSyncSources().enabledSourcesForDataType(type).sources;
+  };
+  EXPECT_THAT(sourcesOf(DataType::Bookmarks), ElementsAre(String("of bookmarks")));
+  EXPECT_THAT(sourcesOf(DataType::Calendars), ElementsAre(String("a"), String("b")));
+  EXPECT_THAT(sourcesOf(DataType::Contacts), IsEmpty());
+  EXPECT_THAT(sourcesOf(DataType::Notes), ElementsAre(String("of notes")));
 
   writeFacts("HostedService", Dictionary::make({{"AccountTypeDisplayString", "Cumulus"}}));
   EXPECT_EQ(device->hostedServiceLibrary().accountTypeDisplayString(), "Cumulus");
@@ -114,6 +123,13 @@ TEST_F(ALinuxDevice, KnowsItsFolders) {
   for (const char* own : {"", "/", "//"}) {
     EXPECT_EQ(makeLinuxPlatform({own})->directories().systemRoot(), "");
   }
+}
+
+// Without a root they are those of the machine around.
+TEST(ARunningSystem, HasItsUsersHomeWhereTheAccountDatabasePutsIt) {
+  const auto platform = makeLinuxPlatform({"", LinuxPlatformOptions::LogSink::Nowhere});
+  const passwd* const mobile = ::getpwnam("mobile");
+  EXPECT_EQ(platform->directories().mobileHome(), mobile ? mobile->pw_dir : "/var/mobile");
 }
 
 TEST(UUIDs, AreRandomAndInUpperCase) {

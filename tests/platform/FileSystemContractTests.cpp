@@ -199,6 +199,7 @@ TYPED_TEST(AFileSystem, ChangesNothingWhenItFails) {
       {"create below a file", disk.createFile(below("/d/old/x"), "x"), errc::not_a_directory},
       {"remove nothing", disk.remove(below("/d/none")), errc::no_such_file_or_directory},
       {"remove a directory", disk.remove(below("/d/sub")), errc::is_a_directory},
+      {"make over a file", disk.createDirectories(below("/d/old"), 0755), errc::not_a_directory},
       {"make below a file", disk.createDirectories(below("/d/old/x"), 0755), errc::not_a_directory},
       {"rename nothing", folder->rename("none", "old"), errc::no_such_file_or_directory},
       {"rename onto a directory", folder->rename("old", "sub"), errc::is_a_directory},

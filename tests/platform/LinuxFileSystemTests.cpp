@@ -171,6 +171,10 @@ TEST_F(TheKernelsFiles, LieBelowTheRootWhateverLinksSay) {
       EXPECT_FALSE(open(top, name, O_RDONLY | O_DIRECTORY, 0, error)) << name;
       EXPECT_EQ(error, errc::no_such_file_or_directory) << name;
     }
+    for (const char* name : {"/", "/..", "/inside/..", "."}) {
+      const auto itself = open(top, name, O_RDONLY | O_DIRECTORY, 0, error);
+      EXPECT_EQ(DeviceRoot::placeOf(itself), fs::canonical(root()).string()) << name;
+    }
     const auto inside = open(top, "/../inside/./../inside", O_RDONLY | O_DIRECTORY, 0, error);
     EXPECT_EQ(DeviceRoot::placeOf(inside), fs::canonical(path("/folder")).string());
     EXPECT_FALSE(open(top, "/loop/x", O_RDONLY, 0, error));

@@ -46,7 +46,8 @@ TEST_F(AResourceBundle, SpeaksTheUsersLanguageAndEnglishWhereItCannot) {
   } cases[] = {{"de_AT.UTF-8", "Jo", "Nein"}, {"de_CH@euro", "Ja", "Nein"},
                {"de", "Ja", "Nein"},          {"sv_SE.UTF-8", "Yes", "No"},
                {"fr", "Yes", "No"},           {"C.UTF-8", "Yes", "No"},
-               {"POSIX", "Yes", "No"},        {"../de", "Yes", "No"}};
+               {"POSIX", "Yes", "No"},        {"../de", "Yes", "No"},
+               {"es_419", "Yes", "No"},       {"", "Yes", "No"}};
   for (const auto& [locale, yes, no] : cases) {
     speak(locale);
     EXPECT_EQ(text("YES"), yes) << locale;

@@ -209,6 +209,31 @@ TEST(TheBinaryWriter, DependsOnContentAlone) {
   EXPECT_EQ(binaryPropertyList(one), binaryPropertyList(other->frozenCopy()));
 }
 
+// With so many distinct objects the writer looks ahead in dictionaries.
+TEST(TheBinaryWriter, StoresEachDistinctObjectOnceHoweverManyThereAre) {
+  constexpr int kRecords = 30'000;
+  std::vector<Value> records;
+  records.reserve(kRecords);
+  for (int number = 0; number < kRecords; ++number) {
+    const std::string text = "text " + std::to_string(number);
+    records.emplace_back(Dictionary::make({{"own", String(text)},
+                                           {"shared", String(text)},
+                                           {"date", Date{number + 0.5}},
+                                           {"long", std::string(5000, number % 2 ? 'a' : 'b')}}));
+    if (number % 3 == 0) records.emplace_back(number);
+  }
+  const Value all = Array::make(std::move(records));
+  const auto bytes = binaryPropertyList(all);
+  ASSERT_TRUE(bytes);
+  const auto again = read(*bytes);
+  ASSERT_TRUE(again);
+  EXPECT_TRUE(*again == all);
+  // The array; of each record itself, its text and its date; every third number; four keys; two
+  // long texts.
+  EXPECT_EQ(bytes->substr(bytes->size() - 24, 8),
+            bigEndian(1 + 3 * kRecords + kRecords / 3 + 6, 8));
+}
+
 TEST(TheBinaryWriter, TellsATextFromDataOfTheSameBytes) {
   for (const String& text : {String("shared"), String(std::string(5000, 's'))}) {
     for (const Value& tree :
