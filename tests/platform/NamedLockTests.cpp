@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/linux/LinuxNamedLock.h"
+#include "platform/linux/LockHolder.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Device.h"
 
@@ -19,6 +20,13 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::ChildProcess;
+
+/// How a holder is called that is this process.
+std::string thisProcess() {
+  std::string program = test::readFile("/proc/self/comm");
+  program.pop_back();
+  return "process " + std::to_string(::getpid()) + " (" + program + ")";
+}
 
 class ANamedLock : public ThrowAwayDevice {
  protected:
@@ -110,10 +118,25 @@ TEST_F(ANamedLock, TellsWhoeverWaitsLongOnceForWhom) {
   hold->release();
   EXPECT_EQ(waiter.hear(), 0);
   EXPECT_EQ(waiter.wait(), 0);
-  std::string program = test::readFile("/proc/self/comm");
-  program.pop_back();
-  EXPECT_EQ(test::readFile(path("/told")),
-            "process " + std::to_string(::getpid()) + " (" + program + ")");
+  EXPECT_EQ(test::readFile(path("/told")), thisProcess());
+}
+
+TEST_F(ANamedLock, NamesItsHolderWhileOtherLocksComeAndGo) {
+  constexpr int kOthers = 3;
+  std::vector<std::unique_ptr<ChildProcess>> others;
+  for (int i = 0; i < kOthers; ++i) {
+    others.push_back(std::make_unique<ChildProcess>([&, i](ChildProcess::Parent& parent) {
+      parent.say('l');
+      while (locks.lock("Other" + std::to_string(i))) {
+      }
+      return false;
+    }));
+    ASSERT_EQ(others.back()->hear(), 'l');
+  }
+  const auto hold = locks.lock("InProgress");
+  std::error_code error;
+  const FileDescriptor file = FileDescriptor::open(lockPath, O_RDONLY, 0, error);
+  for (int round = 0; round < 500; ++round) ASSERT_EQ(holderOfLockOn(file), thisProcess());
 }
 
 TEST_F(ANamedLock, CanBeTakenByEveryUser) {

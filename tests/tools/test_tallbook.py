@@ -703,6 +703,12 @@ class Comparing(ToolTest):
                 ("ignored", "Accounts[0]", [mail("a", ChildAccounts="none")], {}),
                 ("ignored", "Accounts[0].ChildAccounts[0]", [mail("a", ChildAccounts=[1])], {}),
                 ("ambiguous", "Accounts[0].ChildAccounts[0]", [mail("a", ChildAccounts=[mail("a")])], {}),
+                ("repaired", "Accounts[0]", [{"Type": "Mail", "Class": "IMAPAccount"}], {}),
+                ("ambiguous", "Accounts[0].ChildAccounts[0]",
+                 [mail("a", ChildAccounts=[{"Type": "Mail", "Class": "IMAPAccount"}])], {}),
+                ("ignored", "Accounts[0].ChildAccounts[0]",
+                 [mail("a", ChildAccounts=[mail("b", ChildAccounts=[])])], {}),
+                ("ignored", "Accounts[0]", [mail("a", **{"Enabled Dataclasses": [dataclass("Contacts")]})], {}),
                 ("ignored", "Accounts[0]", [mail("a", **{"Enabled Dataclasses": [3]})], {})]:
             with self.subTest(effect=effect, records=records, top=top):
                 self.write(records, **top)
