@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <gmock/gmock.h>
 #include <random>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,10 +11,13 @@
 #include "tallbook/PropertyList.h"
 
 #include "tests/migration/MigrationDevice.h"
+#include "tests/support/FailingFileSystem.h"
 
 namespace tallbook {
 namespace {
 namespace fs = std::filesystem;
+using ::testing::Contains;
+using ::testing::StartsWith;
 
 Value mailAccount(const std::string& accountClass) {
   return Dictionary::make({{"AccountType", accountClass}, {"uniqueId", "id of " + accountClass}});
@@ -106,6 +110,27 @@ TEST_F(ADamagedLegacyFile, ThatIsNoFileGoesAside) {
     EXPECT_TRUE(fs::is_directory(sentinelPath() + ".unreadable-1/folder"));
     EXPECT_FALSE(test::exists(sentinelPath()));
   }
+}
+
+TEST_F(ADamagedLegacyFile, ThatCannotBeMovedAsideStaysAndIsTold) {
+  for (const File& file : files()) {
+    arrangeStored();
+    test::writeFile(file.path, "no property list");
+    FailingFileSystem failing(platform().realFileSystem());
+    platform().replaceFileSystem(failing);
+    failing.failEvery("renameToNew", std::make_error_code(std::errc::io_error));
+    EXPECT_TRUE(migrate());
+    platform().replaceFileSystem(platform().realFileSystem());
+    EXPECT_EQ(test::readFile(file.path), "no property list");
+    EXPECT_THAT(consoleLines(), Contains(StartsWith("Could not move " + file.path + " aside. ")));
+  }
+}
+
+TEST_F(ADamagedLegacyFile, IsNoneWhereItsFolderIsMissing) {
+  arrangeStored();
+  fs::remove_all(preferencesFolder());
+  EXPECT_TRUE(migrate());
+  EXPECT_FALSE(test::exists(preferencesFolder())) << "there was nothing to do";
 }
 
 TEST_F(ADamagedLegacyFile, WithAnAccountThatNoLoadAcceptsGoesAside) {
