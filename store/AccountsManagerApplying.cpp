@@ -104,6 +104,7 @@ AccountsManager::Applied AccountsManager::applyAccounts(const ArrayRef& wanted,
 
 std::string AccountsManager::applyToAccount(const DictionaryRef& wanted,
                                             const std::shared_ptr<BasicAccount>& account) {
+  if (!account) return "there is no such account";
   const DictionaryRef present = account->properties()->frozenCopy();
   for (const String& key : {kAccountIdentifier, kAccountType}) {
     if ((*present)[key] != (*wanted)[key]) return whyKeyIsFixed(key);
@@ -123,6 +124,7 @@ std::string AccountsManager::applyToAccount(const DictionaryRef& wanted,
 }
 
 void AccountsManager::takeUpChangesOfAccount(const std::shared_ptr<BasicAccount>& account) {
+  if (!account) return;
   const std::shared_ptr<BasicAccount> parent = account->parentAccount();
   if (!parent) {
     replaceAccountWithAccount(account, account);

@@ -43,6 +43,8 @@ TEST_F(AChangedStore, InsertsUpdatesAndDeletesByIdentifier) {
   store->insertAccount(nullptr);
   store->replaceAccountWithAccount(nullptr, e1);
   store->replaceAccountsWithTypesWithAccounts({}, {nullptr});
+  store->takeUpChangesOfAccount(nullptr);
+  EXPECT_NE(store->applyToAccount(record("a"), nullptr), "");
   store->deleteAccount(made(record("stranger")));
   store->deleteAccountWithIdentifier("c");
   EXPECT_EQ(order(*store), "m1 e1 m2 p");
