@@ -18,7 +18,11 @@ TEST_P(AChain, BringsTheDeviceToItsEndAndChangesNothingWhenRunAgain) {
   const DictionaryRef before = description("before");
   const DictionaryRef after = description("after");
   arrange(before);
+  const bool hadAccounts = test::exists(accountsPath());
+  const std::string accounts = hadAccounts ? test::readFile(accountsPath()) : "";
   EXPECT_TRUE(migrate());
+  EXPECT_EQ(generations(), hadAccounts ? std::vector{accounts} : std::vector<std::string>())
+      << "what was there before, and nothing of what came on the way";
   EXPECT_EQ(readAccountsFile().dictionary()["Version"], Value(12));
   EXPECT_TRUE(test::matches((*after)["Accounts"], readAccounts()));
   EXPECT_EQ(platform().bookmarks.cloudTabsNotices, (*after)["Cloud Tabs Notices"].integerValue());

@@ -43,15 +43,6 @@ class ADamagedLegacyFile : public MigrationDevice {
     std::string path;
     std::string storedWithoutIts;
   };
-  /// The bytes of the kept generations.
-  std::vector<std::string> generations() const {
-    std::vector<std::string> bytes;
-    const std::string folder = preferencesFolder() + "/.tallbook-generations/";
-    for (const std::string& name : test::namesIn(folder)) {
-      bytes.push_back(test::readFile(folder + name));
-    }
-    return bytes;
-  }
   std::vector<File> files() const {
     return {{"Mail", legacyMailPath(), "exchange ldap"},
             {"Exchange", legacySyncoraPath(), "mail smtp ldap"}};

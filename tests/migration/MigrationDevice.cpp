@@ -74,4 +74,13 @@ bool MigrationDevice::isLockFree() const {
   return isFree;
 }
 
+std::vector<std::string> MigrationDevice::generations() const {
+  std::vector<std::string> bytes;
+  const std::string folder = preferencesFolder() + "/.tallbook-generations/";
+  for (const std::string& name : test::namesIn(folder)) {
+    bytes.push_back(test::readFile(folder + name));
+  }
+  return bytes;
+}
+
 }  // namespace tallbook

@@ -11,13 +11,10 @@
 
 namespace tallbook {
 
-/// A device to be migrated, described by a property list:
-///
-/// | key | value |
-/// |---|---|
-/// | `Accounts File`, `Legacy Mail`, `Legacy Exchange` | what the file holds; absent, there is none
-/// | | `CPUArchitecture`, `Google Mail` | what the device tells of itself | | `Sync Sources` |
-/// dictionary from data type to an array of sources or the text of an error |
+/// A device to be migrated, described by a property list. `Accounts File`, `Legacy Mail` and
+/// `Legacy Exchange` are what the file holds; absent, there is none. `CPUArchitecture` and `Google
+/// Mail` are what the device tells of itself, and `Sync Sources` has, for a data type, an array of
+/// sources or the text of an error.
 class MigrationDevice : public ThrowAwayDevice {
  protected:
   MigrationDevice();
@@ -37,6 +34,8 @@ class MigrationDevice : public ThrowAwayDevice {
   std::string lockPath() const { return path("/tmp/AccountMigrationInProgress"); }
   /// Whether another process could take the migration lock at once.
   bool isLockFree() const;
+  /// The bytes of the kept generations.
+  std::vector<std::string> generations() const;
   std::vector<std::string> consoleLines() { return platform().console.lines; }
 };
 
