@@ -69,12 +69,14 @@ TEST_F(AMailFixer, TellsTheMailApplicationOnceARepairIsSaved) {
 TEST_F(AMailFixer, LeavesAHopelessRecordInTheFileOnly) {
   const auto store = AccountsManager::init();
   store->insertAccount(BasicAccount::initWithProperties(
-      record("m", {{"Enabled Dataclasses", Array::make({kAccountDataclassMail})}})));
+      record("m", {{"Enabled Dataclasses", Array::make({kAccountDataclassMail})},
+                   {"ChildAccounts", Array::make({record("child")})}})));
   ASSERT_TRUE(store->saveAllAccounts());
+  ASSERT_TRUE(store->accountWithIdentifier("child"));
   heard().clear();
   store->accountWithIdentifier("m")->setAccountClass("Unheard Of");
   ASSERT_TRUE(store->saveAllAccounts());
-  EXPECT_FALSE(store->accountWithIdentifier("m"));
+  for (const char* lost : {"m", "child"}) EXPECT_FALSE(store->accountWithIdentifier(lost));
   EXPECT_EQ(stored("m")["Class"], Value("Unheard Of"));
   EXPECT_EQ(heard(), std::vector<std::string>{"2 m [\"com.orvane.Dataclass.Mail\"]"});
 }
