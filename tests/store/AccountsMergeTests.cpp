@@ -300,7 +300,7 @@ TEST(AMergeOfAccounts, TakesChildrenOfWrongKindsForOneValue) {
 }
 
 // They cannot be saved, but they are a client's to have.
-TEST(AMergeOfAccounts, EndsWithChildrenThatHoldThemselves) {
+TEST(AMergeOfAccounts, EndsWithAccountsThatHoldThemselves) {
   const DictionaryRef child = account("a1");
   const ArrayRef loop = Array::make({child, child});
   child->set("loop", loop);
@@ -310,6 +310,13 @@ TEST(AMergeOfAccounts, EndsWithChildrenThatHoldThemselves) {
   EXPECT_EQ(merged.records[0].dictionary()[kAccountChildAccounts].array().size(), 3u);
   child->remove("loop");
   child->remove("again");
+
+  // Records without identifier are told apart by all that they hold.
+  const DictionaryRef loops = Dictionary::make({{"k", 1}});
+  loops->set("self", loops);
+  const DictionaryRef others = Dictionary::make({{"k", 1}});
+  EXPECT_EQ(mergedAccounts({others}, {{loops, nullptr}}, {others}).records.size(), 1u);
+  loops->remove("self");
 }
 
 }  // namespace
