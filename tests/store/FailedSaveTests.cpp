@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <set>
 
 #include "tests/store/StoreDevice.h"
@@ -86,6 +87,15 @@ TEST_F(AFailedSave, LosesNothingWhicheverStepFails) {
                                              "finish", "makeNote", "look", "rename"}));
   EXPECT_EQ(saved,
             (std::set<std::string>{"folder", "makeFolder", "link", "look", "flush", "remove"}));
+}
+
+TEST_F(AFailedSave, SaysThatAValueCannotBeWritten) {
+  store->accountWithIdentifier("a")->setAccountPropertyForKey("no UTF-8: \xff", "Note");
+  EXPECT_FALSE(store->saveAllAccounts());
+  expectNothingLost();
+  EXPECT_THAT(store->saveFailure().text(), ::testing::HasSubstr("as a property list"));
+  store->accountWithIdentifier("a")->removeAccountPropertyForKey("Note");
+  expectTheNextSaveToBeWhole();
 }
 
 TEST_F(AFailedSave, LeavesAWholeFileWhereverTheProcessEnds) {

@@ -64,6 +64,11 @@ TEST_F(AMailFixer, TellsTheMailApplicationOnceARepairIsSaved) {
   ASSERT_TRUE(store->saveAllAccounts());
   ASSERT_TRUE(store->saveAllAccounts());
   EXPECT_EQ(notices(), (Notices{{"com.orvane.quillpost", "MailAccounts"}}));
+
+  const auto ofOne = AccountsManager::initWithAccounsInfoArray(nullptr);
+  ofOne->insertAccount(BasicAccount::initWithProperties(broken("only", "Mail/POP-")));
+  ASSERT_TRUE(ofOne->saveAllAccounts());
+  EXPECT_EQ(notices().size(), 2u);
 }
 
 TEST_F(AMailFixer, LeavesAHopelessRecordInTheFileOnly) {

@@ -137,6 +137,13 @@ TEST_F(AGeneration, OfAMigrationIsOneOfItsOwn) {
   EXPECT_TRUE(AccountsHistory::list().generations[1].name.ends_with("Z-migration"));
 }
 
+TEST_F(AGeneration, OfAMigrationIsKeptThoughASaveHasKeptTheSame) {
+  save("1");
+  save("0");
+  EXPECT_EQ(keepForAMigration(), "");
+  EXPECT_EQ(kept(), (Texts{"0", "0"}));
+}
+
 TEST_F(AGeneration, IsTheFileItselfForMobileAlone) {
   const bool mayGiveAway = ::geteuid() == 0;
   if (mayGiveAway) {
@@ -159,13 +166,21 @@ TEST_F(AGeneration, IsTheFileItselfForMobileAlone) {
 TEST_F(AGeneration, IsACopyWhereTheFileCannotHaveASecondName) {
   FailingFileSystem files(platform().realFileSystem());
   platform().replaceFileSystem(files);
-  files.failEvery("link", std::make_error_code(std::errc::operation_not_permitted));
   const std::string before = test::readFile(accountsPath());
-  save("1");
-  Texts names = test::namesIn(generationsFolder());
-  ASSERT_EQ(names.size(), 1u);
-  EXPECT_EQ(test::readFile(generationsFolder() + "/" + names[0]), before);
-  EXPECT_EQ(statusOf(generationsFolder() + "/" + names[0]).st_mode, S_IFREG | 0600U);
+  Texts names;
+  for (const std::errc refusal :
+       {std::errc::operation_not_permitted, std::errc::operation_not_supported,
+        std::errc::function_not_supported, std::errc::too_many_links,
+        std::errc::cross_device_link}) {
+    fs::remove_all(generationsFolder());
+    test::writeFile(accountsPath(), before);
+    files.failEvery("link", std::make_error_code(refusal));
+    save("1");
+    names = test::namesIn(generationsFolder());
+    ASSERT_EQ(names.size(), 1u);
+    EXPECT_EQ(test::readFile(generationsFolder() + "/" + names[0]), before);
+    EXPECT_EQ(statusOf(generationsFolder() + "/" + names[0]).st_mode, S_IFREG | 0600U);
+  }
 
   // The save puts its file in the place of a link, and a second name of the link leads nowhere.
   files.heal();

@@ -66,6 +66,18 @@ TEST_F(ANotifier, HearsOfEachChangeThatConcernsIt) {
       {"a property of an account with nothing enabled",
        [](auto& s) { s.accountWithIdentifier("off")->setDisplayName("changed"); },
        {}},
+      {"one added beside those that stay",
+       [](auto& s) {
+         s.insertAccount(BasicAccount::initWithProperties(
+             record("a", {{"Enabled Dataclasses", Array::make({mail})}})));
+       },
+       {"0 a []"}},
+      {"one removed beside one that stays and one that is changed",
+       [](auto& s) {
+         s.deleteAccountWithIdentifier("off");
+         s.accountWithIdentifier("e")->setDisplayName("changed again");
+       },
+       {"1 e [\"com.orvane.Dataclass.Mail\"]"}},
       {"an account removed and one added",
        [](auto& s) {
          s.deleteAccountWithIdentifier("e");
