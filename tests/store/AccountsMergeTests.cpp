@@ -179,6 +179,12 @@ TEST(AMergeOfAccounts, PutsANamedRecordInThePlaceOfTheNamelessOneThatItWasReadFr
   EXPECT_EQ(shown(merged.records), "a n1 b");
   EXPECT_EQ(shown(merged.clashes), "");
   EXPECT_EQ(shown(merged.takenOver), "+b");
+
+  // Whether others have deleted it or given it another identifier, nobody can tell.
+  const MergedAccounts gone =
+      mergedAccounts(accounts("?1"), {{account("n1"), account("?1")}}, accounts("m1"));
+  EXPECT_EQ(shown(gone.records), "m1 n1");
+  EXPECT_EQ(shown(gone.clashes), "n n1|-");
 }
 
 /// Null for an absent value.

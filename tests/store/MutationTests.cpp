@@ -56,6 +56,16 @@ TEST_F(AChangedStore, InsertsUpdatesAndDeletesByIdentifier) {
   EXPECT_TRUE(logContains("Deleting account: "));
 }
 
+TEST_F(AChangedStore, DeletesOneOfTwoThatShareAnIdentifier) {
+  store = AccountsManager::initWithAccounsInfoArray(
+      Array::make({record("a", {{"n", 1}}), record("b"), record("a", {{"n", 2}})}));
+  store->deleteAccount(made(record("a")));
+  EXPECT_EQ(order(*store), "a b");
+  EXPECT_EQ(store->allBasicAccounts()->front()->accountPropertyForKey("n"), Value(1));
+  store->deleteAccounts({made(record("a")), made(record("b")), made(record("a"))});
+  EXPECT_EQ(order(*store), "");
+}
+
 TEST_F(AChangedStore, TellsTheEmptyIdentifierFromNone) {
   store = AccountsManager::initWithAccounsInfoArray(Array::make(
       {record(""),

@@ -13,6 +13,7 @@
 #include "tallbook/Vocabulary.h"
 
 #include "tests/store/StoreDevice.h"
+#include "tests/support/FailingFileSystem.h"
 
 namespace tallbook {
 namespace {
@@ -221,6 +222,18 @@ TEST_F(AWatcher, LosesNothingWhenNoticesAreLost) {
   setName("A", "Office");
   EXPECT_EQ(told(), Lines{"~ A [->] DisplayName:>\"Office\""});
   EXPECT_FALSE(isReadable(*watcher));
+}
+
+TEST_F(AWatcher, TellsLaterWhatItFailedToTell) {
+  writeAccounts({record("A")});
+  watcher = AccountsWatcher::fromNow();
+  setName("A", "Office");
+  FailingFileSystem files(platform().realFileSystem());
+  platform().replaceFileSystem(files);
+  files.stopAt(1);
+  EXPECT_THROW(watcher->changes(), Stopped);
+  platform().replaceFileSystem(platform().realFileSystem());
+  EXPECT_EQ(told(), Lines{"~ A [->] DisplayName:>\"Office\""});
 }
 
 TEST_F(AWatcher, TellsOnceThatTheFileIsUnreadableAndWhatChangedMeanwhile) {
