@@ -228,6 +228,20 @@ TEST_F(AGeneration, ThatCannotBeKeptFailsNoSave) {
   EXPECT_EQ(told, expected);
 }
 
+TEST_F(AGeneration, IsKeptWheneverAnotherSaveMakesTheFolder) {
+  FailingFileSystem files(platform().realFileSystem());
+  platform().replaceFileSystem(files);
+  for (std::size_t n = 1; n <= files.operations() + 1; ++n) {
+    SCOPED_TRACE("operation " + std::to_string(n));
+    fs::remove_all(generationsFolder());
+    files.heal();
+    files.callAt(n, [&] { fs::create_directories(generationsFolder()); });
+    const std::string before = stored("a")["DisplayName"].string().str();
+    save(std::to_string(n).c_str());
+    EXPECT_EQ(kept(), Texts{before});
+  }
+}
+
 TEST_F(AGeneration, IsKeptOnceThoughTheSaveHasToBeRepeated) {
   FailingFileSystem files(platform().realFileSystem());
   platform().replaceFileSystem(files);
