@@ -42,10 +42,10 @@ std::optional<std::string> serialised(std::vector<Value> records, SaveFailure& f
     problem = "the file would be too large to be read again";
     bytes.reset();
   }
-  if (!bytes || !problem.empty()) {
+  if (!bytes) {
     logMessage(kOperation, [&] { return "Failed to serialize tallbook data: " + problem; });
+    failure = {"write the accounts as a property list", problem, {}};
   }
-  if (!bytes) failure = {"write the accounts as a property list", problem, {}};
   return bytes;
 }
 

@@ -94,6 +94,7 @@ TEST_F(AFailedSave, SaysThatAValueCannotBeWritten) {
   EXPECT_FALSE(store->saveAllAccounts());
   expectNothingLost();
   EXPECT_THAT(store->saveFailure().text(), ::testing::HasSubstr("as a property list"));
+  EXPECT_TRUE(logContains("Failed to serialize tallbook data: "));
   store->accountWithIdentifier("a")->removeAccountPropertyForKey("Note");
   expectTheNextSaveToBeWhole();
 }
