@@ -162,6 +162,8 @@ TEST_P(AnInterruptedMigration, ReachesItsEndWhicheverOperationFails) {
   for (;; ++n) {
     SCOPED_TRACE("operation " + std::to_string(n));
     arrangeBefore();
+    const bool hadAccounts = test::exists(accountsPath());
+    const std::string accounts = hadAccounts ? test::readFile(accountsPath()) : "";
     FailingFileSystem files(platform().realFileSystem());
     platform().replaceFileSystem(files);
     files.failAt(n, std::make_error_code(std::errc::no_space_on_device));
@@ -178,6 +180,8 @@ TEST_P(AnInterruptedMigration, ReachesItsEndWhicheverOperationFails) {
     if (failed != "look" && failed != "read" && failed != "readFile" && failed != "openFolder") {
       EXPECT_TRUE(answer);
       EXPECT_TRUE(test::matches((*after)["Accounts"], readAccounts()));
+      EXPECT_EQ(hadAccounts, std::ranges::count(generations(), accounts) == 1)
+          << "the next save keeps what could not be kept at first";
     }
     expectNothingLost();
     EXPECT_TRUE(migrateInANewProcess());
