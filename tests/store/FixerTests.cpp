@@ -84,6 +84,10 @@ TEST_F(AMailFixer, LeavesAHopelessRecordInTheFileOnly) {
   for (const char* lost : {"m", "child"}) EXPECT_FALSE(store->accountWithIdentifier(lost));
   EXPECT_EQ(stored("m")["Class"], Value("Unheard Of"));
   EXPECT_EQ(heard(), std::vector<std::string>{"2 m [\"com.orvane.Dataclass.Mail\"]"});
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(store->unloadableRecords().size(), 1u) << "of one save";
+    ASSERT_TRUE(store->saveAllAccounts());
+  }
 }
 
 }  // namespace
