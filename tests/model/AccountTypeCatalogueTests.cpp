@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Tallbook authors
 
 #include <functional>
+#include <gmock/gmock.h>
 
+#include "tallbook/AccountCreators.h"
 #include "tallbook/BasicAccount.h"
 #include "tallbook/DeviceLocalAccount.h"
 
@@ -15,6 +17,7 @@ namespace {
 using test::dataclasses;
 using test::failureOf;
 using test::words;
+using ::testing::HasSubstr;
 
 class AnAccountTypeCatalogue : public ThrowAwayDevice {
  protected:
@@ -59,12 +62,24 @@ TEST_F(AnAccountTypeCatalogue, TakesNewTypesFromDropIns) {
   dropIn("chat2.plist", "Chat", carrying("Mail"));
   dropIn("mail.plist", "Mail", carrying("Notes"));
   dropIn("bare.plist", "Bare", Dictionary::make());
+  dropIn("nameless.plist", "", carrying("Notes"));
+  dropIn("flat.plist", "Flat", "Notes");
   EXPECT_EQ(words(BasicAccount::supportedDataclassesForAccountType("Chat")), "Notes Contacts");
   EXPECT_EQ(words(BasicAccount::supportedDataclassesForAccountType("Mail")), "Mail Notes");
-  EXPECT_FALSE(BasicAccount::_isValidAccountType("Bare"));
+  for (const char* type : {"Bare", "", "Flat"}) {
+    EXPECT_FALSE(BasicAccount::_isValidAccountType(type)) << type;
+  }
+  EXPECT_TRUE(logContains("nameless.plist: it has a type without a name"));
+  EXPECT_TRUE(logContains("flat.plist: its \"Flat\" is of the kind string, not dictionary"));
   EXPECT_TRUE(logContains("bare.plist: \"Supported Dataclasses\" of its \"Bare\" is "));
   EXPECT_TRUE(logContains("chat2.plist: the type \"Chat\" is there already"));
   EXPECT_TRUE(logContains("mail.plist: the type \"Mail\" is there already"));
+
+  // Whoever looks at the creators hears of them too, and of the new type that nobody serves.
+  std::string faults;
+  for (const AccountCreator& each : accountCreators()) faults += each.fault + "\n";
+  EXPECT_THAT(faults, HasSubstr("it has a type without a name"));
+  EXPECT_THAT(faults, HasSubstr("it has nothing for the type \"Chat\""));
 }
 
 TEST_F(AnAccountTypeCatalogue, AnswersAbsentForWhatTheResourceLacksOrGetsWrong) {

@@ -38,19 +38,34 @@ TEST_F(ABasicAccount, IsNotMadeOfRejectedProperties) {
   struct Case {
     Value type, className;
     std::vector<const char*> messages;
+    const char* why;
   };
   for (const Case& each : {
-           Case{"T", "", {"\"Missing account class.\""}},
-           Case{"T", 5, {"\"Missing account class.\""}},
-           Case{"X", "C", {"\"Invalid account type: X\""}},
-           Case{"X\n[forged]", "C", {"\"Invalid account type: X\\x0a[forged]\""}},
-           Case{7, "C", {"\"Invalid account type: 7\""}},
-           Case{{}, {}, {"\"Invalid account type: (null)\"", "\"Missing account class.\""}},
+           Case{"T", "", {"\"Missing account class.\""}, "its \"Class\" is empty"},
+           Case{"T",
+                5,
+                {"\"Missing account class.\""},
+                "its \"Class\" is of the kind integer, not string"},
+           Case{"T", {}, {"\"Missing account class.\""}, "it has no \"Class\""},
+           Case{"X", "C", {"\"Invalid account type: X\""}, "there is no account type \"X\""},
+           Case{"X\n[forged]",
+                "C",
+                {"\"Invalid account type: X\\x0a[forged]\""},
+                "there is no account type \"X\n[forged]\""},
+           Case{7,
+                "C",
+                {"\"Invalid account type: 7\""},
+                "its \"Type\" is of the kind integer, not string"},
+           Case{{},
+                {},
+                {"\"Invalid account type: (null)\"", "\"Missing account class.\""},
+                "it has no \"Type\""},
        }) {
     platform().log.lines.clear();
     const DictionaryRef properties = Dictionary::make();
     if (!each.type.isNull()) properties->set("Type", each.type);
     if (!each.className.isNull()) properties->set("Class", each.className);
+    EXPECT_EQ(BasicAccount::whyNoRecord(properties), each.why);
     EXPECT_FALSE(BasicAccount::accountWithProperties(properties));
     ASSERT_EQ(platform().log.lines.size(), each.messages.size());
     for (std::size_t i = 0; i < each.messages.size(); ++i) {
@@ -58,6 +73,17 @@ TEST_F(ABasicAccount, IsNotMadeOfRejectedProperties) {
       EXPECT_EQ(line.rfind("-[BasicAccount initWithProperties:] (", 0), 0u) << line;
       EXPECT_NE(line.find(std::string(") ") + each.messages[i]), std::string::npos) << line;
     }
+  }
+  for (const auto& [value, kind] :
+       std::initializer_list<std::pair<Value, const char*>>{{nullptr, "null"},
+                                                            {true, "boolean"},
+                                                            {0.5, "real"},
+                                                            {Date{}, "date"},
+                                                            {UID{1}, "uid"},
+                                                            {Data(""), "data"},
+                                                            {Array::make(), "array"}}) {
+    EXPECT_EQ(BasicAccount::whyNoRecord(value),
+              "it is of the kind " + std::string(kind) + ", not dictionary");
   }
   EXPECT_FALSE(BasicAccount::initWithProperties(nullptr));
   EXPECT_EQ(failureOf([] { return BasicAccount::accountWithTypeClass("T", ""); }),

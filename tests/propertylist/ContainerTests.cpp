@@ -92,6 +92,7 @@ TEST(TypedReads, AnswerAbsentForOtherKinds) {
   for (const Value& value :
        {Value(), Value("12"), Value(Data("12")), Value(Array::make({1})), Value(Date{1})}) {
     EXPECT_EQ(value.integerValue(), 0);
+    EXPECT_EQ(value.realValue(), 0);
     EXPECT_FALSE(value.boolValue());
     EXPECT_FALSE(value.dictionary());
     EXPECT_FALSE(value.uid());
@@ -99,6 +100,9 @@ TEST(TypedReads, AnswerAbsentForOtherKinds) {
   EXPECT_EQ(Value(-2.9).integerValue(), -2);
   EXPECT_EQ(Value(1e300).integerValue(), std::numeric_limits<std::int64_t>::max());
   EXPECT_EQ(Value(std::numeric_limits<double>::quiet_NaN()).integerValue(), 0);
+  EXPECT_EQ(Value(-1e300).integerValue(), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(Value(-3).realValue(), -3);
+  EXPECT_EQ(Value(~std::uint64_t{0}).realValue(), 18446744073709551616.0);
   EXPECT_EQ(Value(true).integerValue(), 1);
   EXPECT_TRUE(Value(0.5).boolValue());
   EXPECT_FALSE(Value(4).string());

@@ -318,11 +318,18 @@ TEST(AMergeOfAccounts, EndsWithAccountsThatHoldThemselves) {
   child->remove("again");
 
   // Records without identifier are told apart by all that they hold.
-  const DictionaryRef loops = Dictionary::make({{"k", 1}});
+  const DictionaryRef others = Dictionary::make({{"k", 1},
+                                                 {"real", 0.5},
+                                                 {"date", Date{1}},
+                                                 {"uid", UID{7}},
+                                                 {"data", Data("bytes")},
+                                                 {"null", Value()}});
+  const DictionaryRef loops = others->mutableCopy();
   loops->set("self", loops);
-  const DictionaryRef others = Dictionary::make({{"k", 1}});
   EXPECT_EQ(mergedAccounts({others}, {{loops, nullptr}}, {others}).records.size(), 1u);
   loops->remove("self");
+  EXPECT_EQ(mergedAccounts({others}, {{loops, others}}, {others->mutableCopy()}).records.size(),
+            1u);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "tallbook/InternalConsistencyFailure.h"
+#include "tallbook/PlugInClass.h"
 #include "tallbook/Vocabulary.h"
 
 #include "tests/store/StoreDevice.h"
@@ -140,7 +141,14 @@ TEST_F(ANotifier, FailsWithTheTextOfItsDefect) {
     return Value(Array::make(
         {Dictionary::make({{"Type", "NotifierAccount"}, {"Description", description}})}));
   };
+  const PlugInRegistration deaf(kPlugInInterfaceVersion, [] {
+    PlugInClass made;
+    made.name = "DeafNotifier";
+    return made;
+  });
   const std::pair<Value, std::string> rows[] = {
+      {entry({{"Framework", "/usr/lib/creators.so"}, {"Class", "DeafNotifier"}}),
+       "The class DeafNotifier does not offer noteAccountChanges:"},
       {Value("no array"),
        "Malformed AccountCreators information. Could not find the information for the type Mail"},
       {entry({}),
