@@ -71,6 +71,8 @@ TEST_F(AResourceBundle, TakesTheFirstLocaleThatIsSet) {
   EXPECT_EQ(userLanguages(), (std::vector<std::string>{"de_AT", "de", "sv"}));
   ::setenv("LC_ALL", "C.UTF-8", 1);
   EXPECT_EQ(userLanguages(), std::vector<std::string>{});
+  for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) ::unsetenv(variable);
+  EXPECT_EQ(userLanguages(), std::vector<std::string>{});
 }
 
 TEST_F(AResourceBundle, IsFoundFromTheLibrarysOwnPlace) {

@@ -111,6 +111,13 @@ TEST(TheBinaryReader, RefusesWhatIsNoPropertyList) {
   std::vector<std::string> deep;
   for (int level = 1; level <= 513; ++level) deep.push_back("\xa1"s + bigEndian(level, 2));
   deep.push_back("\x08"s);
+  // The root has an array 300 deep, and another one of that depth around the first.
+  std::vector<std::string> deepTogether{"\xa2"s + bigEndian(1, 2) + bigEndian(302, 2)};
+  for (int level = 2; level <= 301; ++level) deepTogether.push_back("\xa1"s + bigEndian(level, 2));
+  deepTogether.push_back("\x08"s);
+  for (int level = 303; level <= 602; ++level) {
+    deepTogether.push_back("\xa1"s + bigEndian(level < 602 ? level : 1, 2));
+  }
   const std::string whole = file({"\x51x"s});
   const std::pair<const char*, std::string> rows[] = {
       {"empty", ""},
@@ -119,6 +126,12 @@ TEST(TheBinaryReader, RefusesWhatIsNoPropertyList) {
       {"a longer cycle", file({"\xa1\x01"s, "\xd1\x02\x00"s, "\x51k"s})},
       {"unfolding to 2^40 values", file(unfolding)},
       {"nested past the limit", file(deep, {2, 2, 0})},
+      {"nested past the limit by sharing", file(deepTogether, {2, 2, 0})},
+      {"a number past the end", file({"\x13\x01"s})},
+      {"an integer of 32 bytes", file({"\x15"s + std::string(32, '\0')})},
+      {"a real of two bytes", file({"\x21\0\0"s})},
+      {"a date of four bytes", file({"\x32\0\0\0\0"s})},
+      {"an unknown simple object", file({"\x01"s})},
       {"a reference outside", file({"\xa1\x05"s})},
       {"a root outside", file({"\x08"s}, {1, 1, 9})},
       {"an object past the end", file({"\x5f\x12\x7f\xff\xff\xff"s})},
@@ -195,6 +208,7 @@ TEST(TheBinaryWriter, StoresEachDistinctObjectOnceInTheSmallestWidths) {
   std::vector<Value> texts;
   for (int number = 0; number < 255; ++number) texts.emplace_back(std::to_string(number));
   texts.emplace_back("0");
+  EXPECT_EQ(referenceSize(std::vector<Value>(1000, "the same")), 1);
   for (std::vector<Value>* elements : {&containers, &texts}) {
     EXPECT_EQ(referenceSize(*elements), 1);
     elements->emplace_back(Array::make());

@@ -561,6 +561,9 @@ class Bulk(ToolTest):
                 self.run_tool("apply", "--prune", "-", given=text, expect=code)
         self.run_tool("apply", self.path + ".none", expect=NOT_FOUND)
         self.assertEqual(self.read(), family())
+        self.write([mail("odd", Type="Unknown")])
+        self.apply([mail("odd")], expect=USAGE)
+        self.assertIn("a record with its identifier odd that cannot be loaded", self.message)
 
     def edit(self, *arguments, by, **more):
         return self.run_tool("edit", *arguments, EDITOR="false", VISUAL=by, TMPDIR=self.root + "/tmp", **more)
