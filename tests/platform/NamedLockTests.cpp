@@ -108,6 +108,10 @@ TEST_F(ANamedLock, TellsWhoeverWaitsLongOnceForWhom) {
   std::vector<std::string> told;
   const auto hold = impatient.lock("InProgress", [&](auto holder) { told.emplace_back(holder); });
   EXPECT_THAT(told, ::testing::IsEmpty()) << "nobody held it";
+  const auto soon = std::chrono::steady_clock::now() + std::chrono::milliseconds(12);
+  EXPECT_FALSE(impatient.lock(
+      "InProgress", [&](auto holder) { told.emplace_back(holder); }, soon));
+  EXPECT_THAT(told, ::testing::ElementsAre(thisProcess())) << "once, however often it looked";
   ChildProcess waiter([&](ChildProcess::Parent& parent) {
     return impatient.lock("InProgress", [&](std::string_view holder) {
       test::writeFile(path("/told"), holder);
