@@ -9,8 +9,10 @@ usage: counts.py FOLDER            (the folder of the built programs)
 
 Counted are the instructions of the whole process, its allocations and its system calls; of those
 that are started all day also the symbols and other places that the dynamic linker fills in. Ends
-with 1 when a count is more than 3 % above the one in counts.json, and with 77 where this machine cannot count. After a change that is worth what it costs,
-or that saves something, --renew writes the counts of the present build into that file.
+with 1 when a count is more than 3 % above the one in counts.json, or one of the two is missing, and
+with 77 where this machine cannot count what the program that does nothing costs. After a change that
+is worth what it costs, or that saves something, --renew writes the counts of the present build into
+that file.
 """
 
 import json
@@ -33,8 +35,7 @@ ENVIRONMENT = {"PATH": "/usr/bin:/bin", "LC_ALL": "C"}
 def run(*command, **environment):
     result = subprocess.run(command, env=ENVIRONMENT | environment, capture_output=True, text=True)
     if result.returncode != 0:
-        print(f"{command[0]} cannot run here: {result.stderr.strip().splitlines()[-1:]}")
-        sys.exit(CANNOT_COUNT)
+        sys.exit(f"{' '.join(command)} ended with {result.returncode}: {result.stderr.strip()}")
     return result.stderr
 
 
@@ -60,9 +61,21 @@ def counts(scratch, *command, links=False, again=lambda: None):
     return spent
 
 
-def present_counts(programs, scratch):
+def counts_of_nothing(programs, scratch):
+    """What the program costs that does nothing; ends where that cannot be counted here."""
+    for tool in ("valgrind", "strace"):
+        if not shutil.which(tool, path=ENVIRONMENT["PATH"]):
+            print(f"there is no {tool} on this machine")
+            sys.exit(CANNOT_COUNT)
+    try:
+        return counts(scratch, str(programs / "do-nothing"), links=True)
+    except SystemExit as reason:
+        print(reason)
+        sys.exit(CANNOT_COUNT)
+
+
+def present_counts(programs, scratch, nothing):
     """For each small program what it costs beyond the one that does nothing."""
-    nothing = counts(scratch, str(programs / "do-nothing"), links=True)
     present = {}
 
     def measure(name, *command, **options):
@@ -98,29 +111,31 @@ def present_counts(programs, scratch):
     return present
 
 
+def by_name(table):
+    return {f"{program}, {what}": count for program, spent in table.items() for what, count in spent.items()}
+
+
 def main():
     if len(sys.argv) not in (2, 3) or sys.argv[2:] not in ([], ["--renew"]):
         sys.exit(__doc__)
-    for tool in ("valgrind", "strace"):
-        if not shutil.which(tool, path=ENVIRONMENT["PATH"]):
-            print(f"there is no {tool} on this machine")
-            sys.exit(CANNOT_COUNT)
-    with tempfile.TemporaryDirectory() as scratch:
-        present = present_counts(pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(scratch))
+    programs = pathlib.Path(sys.argv[1]).resolve()
+    with tempfile.TemporaryDirectory() as folder:
+        scratch = pathlib.Path(folder)
+        present = present_counts(programs, scratch, counts_of_nothing(programs, scratch))
     if sys.argv[2:]:
         COUNTS.write_text(json.dumps(present, indent=2) + "\n")
-    agreed = json.loads(COUNTS.read_text())
-    grown = 0
-    for program, expected in agreed.items():
-        for what, most in expected.items():
-            count = present[program][what]
-            has_grown = count > most * TOLERATED
-            grown += has_grown
-            verdict = "  GROWN" if has_grown else ""
-            print(f"{program + ', ' + what:<40}{count:>10}{most:>10}{verdict}")
-    if grown:
-        print(f"{grown} have grown. Where that is worth it, say why and: bench/counts.py FOLDER --renew")
-    sys.exit(1 if grown else 0)
+    agreed, present = by_name(json.loads(COUNTS.read_text())), by_name(present)
+    wrong = 0
+    for name in agreed | present:
+        most, count = agreed.get(name), present.get(name)
+        verdict = ("MISSING" if most is None or count is None else
+                   "GROWN" if count > most * TOLERATED else "")
+        wrong += verdict != ""
+        print(f"{name:<40}{count!s:>10}{most!s:>10}  {verdict}".rstrip())
+    if wrong:
+        print(f"{wrong} have grown or are missing. Where that is as it should be, say why and: "
+              "bench/counts.py FOLDER --renew")
+    sys.exit(1 if wrong else 0)
 
 
 if __name__ == "__main__":
