@@ -18,7 +18,7 @@ class TALLBOOK_EXPORT AccountFullAccountProtocol {
   /// Receives the result code of a renewal.
   using RenewalHandler = std::function<void(int)>;
 
-  virtual ~AccountFullAccountProtocol() = default;
+  virtual ~AccountFullAccountProtocol();
   /// Renews what the account proves itself with, and gives the handler, which may be empty, the
   /// result code. What the codes mean is between the account's class and its caller.
   virtual void renewAccountCredentialsWithHandler(const RenewalHandler& handler) = 0;
@@ -29,7 +29,7 @@ class TALLBOOK_EXPORT AccountFullAccountProtocol {
 /// waits for. Sync accounts are thread-bound, with the record they belong to.
 class TALLBOOK_EXPORT AccountRefreshProtocol {
  public:
-  virtual ~AccountRefreshProtocol() = default;
+  virtual ~AccountRefreshProtocol();
   /// Refreshes what one of the dataclass's containers holds.
   virtual bool refreshContainerWithIdentifierForDataclassIsUserRequested(const String& identifier,
                                                                          const String& dataclass,
@@ -46,7 +46,7 @@ class TALLBOOK_EXPORT AccountRefreshProtocol {
 /// asks for a full account.
 class TALLBOOK_EXPORT AccountLoader {
  public:
-  virtual ~AccountLoader() = default;
+  virtual ~AccountLoader();
   /// True when the code for a full account of the record with these properties is now loaded; the
   /// module named in the creators information is then not loaded.
   virtual bool loadBundleForAccountWithProperties(const DictionaryRef& properties) = 0;

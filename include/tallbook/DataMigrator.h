@@ -16,7 +16,7 @@ class MigrationObserver;
 /// What a data-migration host asks of the principal class of a plug-in. A migrator is thread-bound.
 class TALLBOOK_EXPORT DataMigrator {
  public:
-  virtual ~DataMigrator() = default;
+  virtual ~DataMigrator();
 
   /// Names the kind of data that it migrates.
   virtual String dataClassName() const = 0;

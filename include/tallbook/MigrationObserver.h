@@ -42,7 +42,7 @@ struct LegacyFileEnd {
 /// under "ChildAccounts".
 class TALLBOOK_EXPORT MigrationObserver {
  public:
-  virtual ~MigrationObserver() = default;
+  virtual ~MigrationObserver();
 
   /// The accounts file before the migration could be kept neither as a copy nor as a generation.
   /// Asked before anything is changed; false ends the migration, which answers NO then.
