@@ -15,7 +15,8 @@ export(TARGETS tallbook NAMESPACE tallbook:: FILE ${PROJECT_BINARY_DIR}/tallbook
 
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/tallbook-config.cmake.in ${PROJECT_BINARY_DIR}/tallbook-config.cmake
-  INSTALL_DESTINATION ${package_folder} PATH_VARS CMAKE_INSTALL_BINDIR
+  INSTALL_DESTINATION ${package_folder}
+  PATH_VARS CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR TALLBOOK_RESOURCE_DIRECTORY
   NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tallbook-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
@@ -28,9 +29,11 @@ install(FILES ${PROJECT_BINARY_DIR}/tallbook.pc DESTINATION ${CMAKE_INSTALL_LIBD
         COMPONENT dev)
 
 # The pages refer to each other and to the examples as they do in the sources.
-foreach(page NEWS README.md SECURITY.md)
+foreach(page CONTRIBUTING.md NEWS README.md SECURITY.md)
   install(FILES ${PROJECT_SOURCE_DIR}/${page} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 endforeach()
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
-        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
+        PATTERN CMakeLists.txt EXCLUDE
+        PATTERN Doxyfile.in EXCLUDE)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)
