@@ -3,6 +3,8 @@
 
 #include "fuzz/ExpectedSave.h"
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "tallbook/AccountsFileContents.h"
@@ -31,6 +33,13 @@ Records recordsIn(const ArrayRef& accounts) {
     if (const DictionaryRef record = element.dictionary()) records.push_back(record);
   }
   return records;
+}
+
+std::vector<Value> othersIn(const ArrayRef& accounts) {
+  std::vector<Value> others;
+  std::ranges::copy_if(accounts, std::back_inserter(others),
+                       [](const Value& element) { return !element.dictionary(); });
+  return others;
 }
 
 Records recordsOf(const AccountsManager& store) {
@@ -67,6 +76,16 @@ class ByIdentifier {
   std::map<String, Records> _records;
 };
 
+Records namelessOf(Records records) {
+  std::erase_if(records, [](const DictionaryRef& record) { return identifierOf(record); });
+  return records;
+}
+
+std::ptrdiff_t count(const Records& records, const DictionaryRef& content) {
+  return std::ranges::count_if(
+      records, [&](const DictionaryRef& record) { return equalContent(record, content); });
+}
+
 }  // namespace
 
 ExpectedSave::ExpectedSave(const AccountsManager& store) {
@@ -94,7 +113,11 @@ ExpectedSave::Records ExpectedSave::originsOf(const AccountsManager& store) cons
 }
 
 void ExpectedSave::checkSavedChanges(const AccountsManager& store, const Bytes& file) const {
-  checkIdentified(recordsOf(store), accountsIn(file));
+  const ArrayRef after = accountsIn(file);
+  const Records held = recordsOf(store);
+  checkIdentified(held, after);
+  checkNameless(store, held, after);
+  check(othersIn(after) == othersIn(_file), "what is no record stays in the file");
 }
 
 void ExpectedSave::checkIdentified(const Records& held, const ArrayRef& file) const {
@@ -121,6 +144,24 @@ void ExpectedSave::checkIdentified(const Records& held, const ArrayRef& file) co
             "what only this store touched is as it has it: " + identifier.str());
     }
   }
+}
+
+void ExpectedSave::checkNameless(const AccountsManager& store, const Records& held,
+                                 const ArrayRef& file) const {
+  const Records read = namelessOf(_read);
+  const Records origins = namelessOf(originsOf(store));
+  const Records here = namelessOf(held);
+  const Records there = namelessOf(recordsIn(_file));
+  const Records after = namelessOf(recordsIn(file));
+  const auto checkContent = [&](const DictionaryRef& content) {
+    // An account of this store takes one of the file with it: that of its origin.
+    const auto taken = std::max(count(read, content), count(origins, content));
+    const auto left = std::max(count(there, content) - taken, std::ptrdiff_t{0});
+    check(count(after, content) >= left + count(here, content),
+          "a record without identifier stays in the file");
+  };
+  std::ranges::for_each(here, checkContent);
+  std::ranges::for_each(there, checkContent);
 }
 
 void ExpectedSave::checkSavedAll(const AccountsManager& store, const Bytes& file) const {

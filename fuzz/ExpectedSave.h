@@ -35,6 +35,7 @@ class ExpectedSave {
   void noteOrigins(const AccountsManager& store);
   Records originsOf(const AccountsManager& store) const;
   void checkIdentified(const Records& held, const ArrayRef& file) const;
+  void checkNameless(const AccountsManager& store, const Records& held, const ArrayRef& file) const;
 
   /// What each account was made of, by the account.
   std::map<std::shared_ptr<BasicAccount>, DictionaryRef> _origins;
