@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "tests/support/Files.h"
+#include "tests/support/ShippedResources.h"
 
 namespace tallbook {
 namespace {
@@ -61,8 +62,7 @@ ExternalSyncSources::Answer ScriptedSyncSources::enabledSourcesForDataType(DataT
 }
 
 ScriptedResources::ScriptedResources(std::string overriding)
-    : _overriding(std::move(overriding)),
-      _bundle(_root, {_overriding, TALLBOOK_SHIPPED_RESOURCES}) {}
+    : _overriding(std::move(overriding)), _bundle(_root, {_overriding, shippedResources()}) {}
 
 void ScriptedResources::replace(const std::string& name, const Value& content) {
   test::writePropertyList(_overriding + "/" + name + ".plist", content);
