@@ -108,10 +108,18 @@ std::error_code obstacleToGiving(const AccountDatabase& accounts, const std::str
 
 std::error_code makeFolder(const FileDescriptor& above, const std::string& name, unsigned mode) {
   if (::mkdirat(above.get(), name.c_str(), S_IRWXU) != 0) return lastSystemError();
-  // The process's mask must not take bits away. It may have taken them all, so that the folder
-  // cannot be opened by now; a link that has its name by now is left alone.
-  const auto error = outcome(
-      ::fchmodat(above.get(), name.c_str(), static_cast<mode_t>(mode), AT_SYMLINK_NOFOLLOW));
+  // The process's mask must not take bits away; the folder is opened so that they go to the one
+  // that was made, whatever has its name by now.
+  std::error_code error;
+  const auto made =
+      FileDescriptor::openAt(above, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW, 0, error);
+  const auto bits = static_cast<mode_t>(mode);
+  if (made) {
+    error = outcome(::fchmod(made.get(), bits));
+  } else if (error == std::errc::permission_denied) {
+    // The mask took so many that nobody may open it.
+    error = outcome(::fchmodat(above.get(), name.c_str(), bits, AT_SYMLINK_NOFOLLOW));
+  }
   // One that nobody may enter would be in the way for good.
   if (error) ::unlinkat(above.get(), name.c_str(), AT_REMOVEDIR);
   return error;

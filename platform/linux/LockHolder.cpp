@@ -6,12 +6,14 @@
 // Without the standard library's streams: each of their classes would be looked up at the start of
 // every program that has this library.
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <thread>
 
 namespace tallbook {
 namespace {
@@ -47,14 +49,16 @@ std::string textOf(const std::string& path) {
 }
 
 /// A long table is told in several reads, and a lock that goes between two of them makes the next
-/// line be left out: whoever is not found is looked for again.
+/// line be left out: whoever is not found is looked for again, after a moment in which others move
+/// on, since the same ones would be at the same point again.
 std::optional<long> holderOf(const std::string& file) {
-  constexpr int kLooks = 3;
-  std::optional<long> holder;
-  for (int look = 0; look < kLooks && !holder; ++look) {
-    holder = holderInTable(textOf("/proc/locks"), file);
+  constexpr int kLooks = 20;
+  constexpr std::chrono::milliseconds kMoment{1};
+  for (int look = 1;; ++look) {
+    const auto holder = holderInTable(textOf("/proc/locks"), file);
+    if (holder || look == kLooks) return holder;
+    std::this_thread::sleep_for(kMoment);
   }
-  return holder;
 }
 
 }  // namespace

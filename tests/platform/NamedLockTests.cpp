@@ -108,7 +108,7 @@ TEST_F(ANamedLock, TellsWhoeverWaitsLongOnceForWhom) {
   std::vector<std::string> told;
   const auto hold = impatient.lock("InProgress", [&](auto holder) { told.emplace_back(holder); });
   EXPECT_THAT(told, ::testing::IsEmpty()) << "nobody held it";
-  const auto soon = std::chrono::steady_clock::now() + std::chrono::milliseconds(12);
+  const auto soon = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
   EXPECT_FALSE(impatient.lock(
       "InProgress", [&](auto holder) { told.emplace_back(holder); }, soon));
   EXPECT_THAT(told, ::testing::ElementsAre(thisProcess())) << "once, however often it looked";
@@ -140,7 +140,12 @@ TEST_F(ANamedLock, NamesItsHolderWhileOtherLocksComeAndGo) {
   const auto hold = locks.lock("InProgress");
   std::error_code error;
   const FileDescriptor file = FileDescriptor::open(lockPath, O_RDONLY, 0, error);
-  for (int round = 0; round < 500; ++round) ASSERT_EQ(holderOfLockOn(file), thisProcess());
+  // The kernel's table comes in pieces, whose borders the more locks move over the holder's line.
+  std::vector<std::unique_ptr<LockHold>> more;
+  for (int number = 0; number < 100; ++number) {
+    more.push_back(locks.lock("More" + std::to_string(number)));
+    for (int round = 0; round < 20; ++round) ASSERT_EQ(holderOfLockOn(file), thisProcess());
+  }
 }
 
 TEST_F(ANamedLock, CanBeTakenByEveryUser) {
