@@ -124,6 +124,9 @@ TEST_F(ADeviceBus, IsThatOfTheRunningSystemOrOfItsUser) {
   EXPECT_TRUE(emitted(busAddress, nowhere));
   EXPECT_TRUE(emitted(nowhere, busAddress));
   EXPECT_FALSE(emitted(nowhere, nowhere));
+  for (const char* variable : {"DBUS_SYSTEM_BUS_ADDRESS", "DBUS_SESSION_BUS_ADDRESS"}) {
+    ::unsetenv(variable);
+  }
 }
 
 TEST_F(ADeviceBus, NeverHoldsUpItsSender) {

@@ -43,11 +43,10 @@ TEST_F(AResourceBundle, SpeaksTheUsersLanguageAndEnglishWhereItCannot) {
   test::writeFile(path("/shipped/fr/Table.strings"), "no property list");
   const struct {
     const char *locale, *yes, *no;
-  } cases[] = {{"de_AT.UTF-8", "Jo", "Nein"}, {"de_CH@euro", "Ja", "Nein"},
-               {"de", "Ja", "Nein"},          {"sv_SE.UTF-8", "Yes", "No"},
-               {"fr", "Yes", "No"},           {"C.UTF-8", "Yes", "No"},
-               {"POSIX", "Yes", "No"},        {"../de", "Yes", "No"},
-               {"es_419", "Yes", "No"},       {"", "Yes", "No"}};
+  } cases[] = {
+      {"de_AT.UTF-8", "Jo", "Nein"}, {"de_CH@euro", "Ja", "Nein"}, {"de", "Ja", "Nein"},
+      {"sv_SE.UTF-8", "Yes", "No"},  {"fr", "Yes", "No"},          {"C.UTF-8", "Yes", "No"},
+      {"POSIX", "Yes", "No"},        {"../de", "Yes", "No"},       {"es_419", "Yes", "No"}};
   for (const auto& [locale, yes, no] : cases) {
     speak(locale);
     EXPECT_EQ(text("YES"), yes) << locale;

@@ -129,8 +129,8 @@ TEST(TheBinaryReader, RefusesWhatIsNoPropertyList) {
       {"nested past the limit by sharing", file(deepTogether, {2, 2, 0})},
       {"a number past the end", file({"\x13\x01"s})},
       {"an integer of 32 bytes", file({"\x15"s + std::string(32, '\0')})},
-      {"a real of two bytes", file({"\x21\0\0"s})},
-      {"a date of four bytes", file({"\x32\0\0\0\0"s})},
+      {"a real of two bytes", file({"\x21"s + std::string(8, '\0')})},
+      {"a date of four bytes", file({"\x32"s + std::string(8, '\0')})},
       {"an unknown simple object", file({"\x01"s})},
       {"a reference outside", file({"\xa1\x05"s})},
       {"a root outside", file({"\x08"s}, {1, 1, 9})},
@@ -226,6 +226,7 @@ TEST(TheBinaryWriter, DependsOnContentAlone) {
 // With so many distinct objects the writer looks ahead in dictionaries.
 TEST(TheBinaryWriter, StoresEachDistinctObjectOnceHoweverManyThereAre) {
   constexpr int kRecords = 30'000;
+  const String longOnes[] = {std::string(5000, 'a'), std::string(5000, 'b')};
   std::vector<Value> records;
   records.reserve(kRecords);
   for (int number = 0; number < kRecords; ++number) {
@@ -233,7 +234,7 @@ TEST(TheBinaryWriter, StoresEachDistinctObjectOnceHoweverManyThereAre) {
     records.emplace_back(Dictionary::make({{"own", String(text)},
                                            {"shared", String(text)},
                                            {"date", Date{number + 0.5}},
-                                           {"long", std::string(5000, number % 2 ? 'a' : 'b')}}));
+                                           {"long", longOnes[number % 2]}}));
     if (number % 3 == 0) records.emplace_back(number);
   }
   const Value all = Array::make(std::move(records));

@@ -213,7 +213,8 @@ TEST_F(AWatcher, HearsHoweverTheFileComesAndGoes) {
 TEST_F(AWatcher, LosesNothingWhenNoticesAreLost) {
   std::size_t most = 0;
   std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> most;
-  if (most > 200'000) GTEST_SKIP() << "it would take long to fill the queue";
+  if (most == 0 || most > 200'000)
+    GTEST_SKIP() << "how long the queue is nobody tells, or it would take long to fill";
   writeAccounts({record("A")});
   watcher = AccountsWatcher::fromNow();
   const std::string names[] = {preferencesFolder() + "/one", preferencesFolder() + "/other"};

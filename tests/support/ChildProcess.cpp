@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <stdexcept>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,6 +56,8 @@ ChildProcess::ChildProcess(const std::function<bool(Parent&)>& work) {
     throw std::runtime_error("no child process");
   }
   if (_pid == 0) {
+    // A test that is killed leaves nobody behind.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::close(down[1]);
     ::close(up[0]);
     Parent parent(down[0], up[1]);

@@ -15,6 +15,7 @@ import plistlib
 import pty
 import re
 import resource
+import shutil
 import signal
 import struct
 import subprocess
@@ -822,6 +823,7 @@ class Watching(ToolTest):
                                 (("--keep", self.root + "/none/file"), NOT_SAVED)]:
             self.run_tool("watch", *arguments, expect=code)
 
+    @unittest.skipUnless(shutil.which("dbus-daemon") and shutil.which("dbus-monitor"), "there is no message bus")
     def test_the_bus_is_told_names_and_no_values(self):
         self.run_tool("disable", "m1", "Mail")
         # Without a bus the change is kept for the next start.
@@ -839,8 +841,10 @@ class Watching(ToolTest):
         self.addCleanup(listener.stdout.close)
         self.addCleanup(listener.wait)
         self.addCleanup(listener.kill)
-        while "NameLost" not in listener.stdout.readline():
-            pass  # the sign that it listens
+        line = ""
+        while "NameLost" not in line:  # the sign that it listens
+            line = listener.stdout.readline()
+            self.assertNotEqual(line, "", "dbus-monitor has ended")
         self.assertEqual(self.run_tool("watch", "--since", self.baseline, "--bus", "--once"), "")
         heard = ""
         while 'string "c2"' not in heard:
